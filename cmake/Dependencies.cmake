@@ -1,0 +1,20 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+# Every library that Quelvin stands on; all of them are packages of Debian 12 (tools/setup installs them).
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Widgets)
+find_package(SQLite3 REQUIRED)
+find_package(SQLiteCpp REQUIRED)
+find_package(CURL REQUIRED)
+find_package(EXPAT REQUIRED)
+find_package(OpenSSL REQUIRED)
+pkg_check_modules(MICROHTTPD REQUIRED IMPORTED_TARGET libmicrohttpd)
+
+if(QUELVIN_TESTS)
+    find_package(GTest REQUIRED)
+    find_path(RAPIDCHECK_INCLUDE_DIR rapidcheck.h REQUIRED)
+    find_library(RAPIDCHECK_LIBRARY rapidcheck REQUIRED)
+    add_library(rapidcheck INTERFACE IMPORTED)
+    target_include_directories(rapidcheck SYSTEM INTERFACE ${RAPIDCHECK_INCLUDE_DIR})
+    target_link_libraries(rapidcheck INTERFACE ${RAPIDCHECK_LIBRARY})
+endif()
