@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "foundation/clock.h"
+#include "foundation/error.h"
+#include "objectstore/object_model.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+namespace objectstore
+{
+
+class Connection;
+
+/// Codes of the errors of the domain "ObjectStoreErrorDomain".
+enum class StoreErrorCode {
+    CannotOpen = 1, ///< the file cannot be opened or created
+    Damaged, ///< the file is not a store or is broken; it is left as it is
+    NewerSchema, ///< a later version of the program wrote it; it is left as it is
+    Unreadable, ///< a read failed
+    NotSaved, ///< a save failed and wrote nothing
+    BadRequest, ///< a fetch names what the model does not have
+};
+
+/// One store file: knows its model, its identity and how to connect to it. Any thread may use it.
+class Store
+{
+public:
+    /// Opens the file, creating it where there is none. `vfs` names the SQLite file layer; empty means the default.
+    [[nodiscard]] static foundation::Result<std::unique_ptr<Store>> open(const ObjectModel &model,
+        const std::filesystem::path &file, const foundation::Clock &clock, std::string vfs = {});
+    ~Store();
+
+    [[nodiscard]] const ObjectModel &model() const { return m_model; }
+    [[nodiscard]] const foundation::Clock &clock() const { return m_clock; }
+    [[nodiscard]] const std::filesystem::path &file() const { return m_file; }
+    /// The store's own identity, made when the file was created.
+    [[nodiscard]] const std::string &uuid() const { return m_uuid; }
+
+    /// "x-objectstore://UUID/Entity/key"
+    [[nodiscard]] std::string uri(const ObjectID &id) const;
+    /// The id that `uri` names, or an empty one when the text is no URI of this store.
+    [[nodiscard]] ObjectID objectID(std::string_view uri) const;
+
+    /// A new connection of its own for one context.
+    [[nodiscard]] foundation::Result<std::unique_ptr<Connection>> connect() const;
+
+private:
+    Store(const ObjectModel &model, std::filesystem::path file, const foundation::Clock &clock, std::string vfs);
+
+    const ObjectModel &m_model;
+    std::filesystem::path m_file;
+    const foundation::Clock &m_clock;
+    std::string m_vfs;
+    std::string m_uuid;
+};
+
+} // namespace objectstore
