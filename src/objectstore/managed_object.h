@@ -19,10 +19,10 @@ class ObjectContext;
 class ManagedObject
 {
 public:
-    ManagedObject() = default;
+    ManagedObject();
     ManagedObject(const ManagedObject &) = delete;
     ManagedObject &operator=(const ManagedObject &) = delete;
-    virtual ~ManagedObject() = default;
+    virtual ~ManagedObject();
 
     [[nodiscard]] const ObjectID &objectID() const { return m_id; }
     [[nodiscard]] const EntityDescription &entity() const { return *m_id.entity; }
@@ -78,16 +78,28 @@ private:
     friend class ContextMerger;
     friend class UndoManager;
 
-    struct ToManyState;
-    struct Unsaved;
+    /// Values that differ from the row, by slot, and the to-many relationships whose members differ.
+    struct Unsaved {
+        std::vector<std::pair<int, Value>> values;
+        std::vector<const Property *> members;
+    };
+    struct Members {
+        const Property *relationship = nullptr;
+        std::vector<ManagedObject *> objects;
+    };
+
+    [[nodiscard]] const Value *unsavedValue(int slot) const;
+    void storeValue(const Property &property, Value value);
+    void change(const Property &property, Value value);
+    [[nodiscard]] Members *loadedMembers(const Property &relationship) const;
 
     ObjectID m_id;
     ObjectContext *m_context = nullptr;
     mutable RowPointer m_row; ///< as read from the store, or the entity's defaults for an inserted object
     std::unique_ptr<Unsaved> m_unsaved; ///< present only while something is changed
-    mutable std::unique_ptr<std::vector<std::unique_ptr<ToManyState>>> m_toMany; ///< loaded to-many relationships
+    mutable std::vector<std::unique_ptr<Members>> m_members; ///< the to-many relationships that were read
     bool m_inserted = false;
-    bool m_deleted = false;
+    mutable bool m_deleted = false;
 };
 
 } // namespace objectstore

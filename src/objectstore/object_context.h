@@ -152,6 +152,16 @@ private:
     friend class UndoManager;
     struct State;
 
+    void load(const ManagedObject &fault) const;
+    [[nodiscard]] ManagedObject &registered(const ObjectID &id);
+    void noteChange(ManagedObject &object);
+    void changeMembers(ManagedObject &owner, const Property &relationship, ManagedObject &member, bool add);
+    [[nodiscard]] std::vector<ManagedObject *> readMembers(const ManagedObject &owner, const Property &relationship);
+    void revive(ManagedObject &object);
+    void markDeleted(ManagedObject &object);
+    void applyDeleteRules(ManagedObject &object);
+    void forgetMembers();
+
     Store &m_store;
     MergePolicy m_policy;
     std::unique_ptr<UndoManager> m_undo;

@@ -18,7 +18,7 @@ class ManagedObject;
 class ObjectContext;
 
 enum class PropertyKind { Attribute, ToOne, ToMany };
-enum class AttributeType { Boolean, Integer, Double, Date, Text, Data };
+enum class AttributeType { Boolean, Integer, Double, Date, Text, Binary };
 /// What the deletion of an object does to the objects it is related to.
 enum class DeleteRule { Nullify, Cascade };
 

@@ -66,6 +66,10 @@ public:
     /// Text that `parse` reads back as the same tree; records are printed as `object("URI-like text")`.
     [[nodiscard]] std::string text() const;
 
+    /// Whether some key path leads through a relationship to another record's properties, or through a to-many one, so
+    /// that the answer may hang on changes of other objects.
+    [[nodiscard]] bool followsRelationships() const;
+
     /// The first key path of the tree that `entity` does not have, as a sentence; nothing when all resolve.
     [[nodiscard]] std::optional<std::string> problemWith(const EntityDescription &entity) const;
 

@@ -15,7 +15,7 @@ namespace objectstore
 class Row
 {
 public:
-    enum class Kind : std::uint8_t { Nil, Boolean, Integer, Double, Date, Text, Data, Reference };
+    enum class Kind : std::uint8_t { Nil, Boolean, Integer, Double, Date, Text, Binary, Reference };
 
     [[nodiscard]] std::int64_t save() const { return m_save; }
     [[nodiscard]] int columns() const { return m_columns; }

@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "foundation/error.h"
+#include "objectstore/store.h"
+
+#include <SQLiteCpp/Database.h>
+#include <memory>
+#include <sqlite3.h>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+namespace objectstore
+{
+
+/// A prepared statement borrowed from its connection; it is reset, and its parameters let go, when it goes.
+class Statement
+{
+public:
+    explicit Statement(sqlite3_stmt *statement) : m_statement(statement) { }
+    Statement(Statement &&other) noexcept : m_statement(std::exchange(other.m_statement, nullptr)) { }
+    Statement(const Statement &) = delete;
+    Statement &operator=(const Statement &) = delete;
+    ~Statement();
+
+    /// Binds the next parameter. Text and bytes are not copied: they must hold until the statement goes.
+    Statement &bind(const ValueView &value);
+    Statement &bind(std::int64_t value);
+    /// Moves to the next row; false after the last. Throws SQLite::Exception.
+    bool step();
+    void run() { (void)step(); }
+    /// Makes the statement ready to be bound and run again.
+    void again();
+
+    [[nodiscard]] std::int64_t integer(int column) const { return sqlite3_column_int64(m_statement, column); }
+    [[nodiscard]] std::string text(int column) const;
+    [[nodiscard]] sqlite3_stmt *handle() const { return m_statement; }
+
+private:
+    sqlite3_stmt *m_statement;
+    int m_bound = 0;
+};
+
+/// One connection to a store file, with its prepared statements kept for the next use. Belongs to one thread.
+/// Failures are SQLite::Exception; they stay inside the object store.
+class Connection
+{
+public:
+    /// Opens the file with the care that every connection takes; `create` makes a missing one.
+    Connection(const std::filesystem::path &file, const std::string &vfs, bool create);
+
+    [[nodiscard]] Statement prepare(const std::string &sql);
+    void execute(const std::string &sql) { m_database.exec(sql); }
+    [[nodiscard]] int changes() const { return sqlite3_changes(m_database.getHandle()); }
+    [[nodiscard]] sqlite3 *handle() const { return m_database.getHandle(); }
+
+    /// A number that changes whenever another connection has committed.
+    [[nodiscard]] std::int64_t dataVersion();
+
+private:
+    struct Finalize {
+        void operator()(sqlite3_stmt *statement) const { sqlite3_finalize(statement); }
+    };
+
+    SQLite::Database m_database;
+    std::unordered_map<std::string, std::unique_ptr<sqlite3_stmt, Finalize>> m_statements;
+};
+
+/// A transaction that can write: rolled back when it goes without having been committed.
+class WriteTransaction
+{
+public:
+    explicit WriteTransaction(Connection &connection);
+    WriteTransaction(const WriteTransaction &) = delete;
+    WriteTransaction &operator=(const WriteTransaction &) = delete;
+    ~WriteTransaction();
+    void commit();
+
+private:
+    Connection &m_connection;
+    bool m_open = true;
+};
+
+/// The error value for what SQLite reported while doing what `sentence` says.
+[[nodiscard]] foundation::Error storeError(
+    StoreErrorCode code, std::string sentence, const SQLite::Exception &exception);
+
+/// `name` as an SQL identifier.
+[[nodiscard]] std::string identifier(std::string_view name);
+
+} // namespace objectstore

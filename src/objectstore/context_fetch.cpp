@@ -1,0 +1,226 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "objectstore/context_state.h"
+
+#include <QCollator>
+#include <QString>
+#include <SQLiteCpp/Exception.h>
+#include <algorithm>
+#include <numeric>
+
+namespace objectstore
+{
+
+using foundation::Failure;
+
+namespace
+{
+
+Error badRequest(std::string sentence)
+{
+    return {"ObjectStoreErrorDomain", static_cast<int>(StoreErrorCode::BadRequest), std::move(sentence), {}};
+}
+
+/// The value at the end of a key path of to-one relationships; nothing where the path meets nothing.
+ValueView valueAtPath(const ManagedObject &object, std::string_view path)
+{
+    const ManagedObject *current = &object;
+    for (std::size_t dot = path.find('.'); dot != std::string_view::npos; dot = path.find('.')) {
+        current = current->related(path.substr(0, dot));
+        if (!current)
+            return {};
+        path.remove_prefix(dot + 1);
+    }
+    return current->value(path);
+}
+
+/// Orders values of one column: nothing first, then numbers and dates, then text.
+int order(const ValueView &left, const ValueView &right)
+{
+    const auto rank = [](const ValueView &value) {
+        return isNil(value) ? 0 : std::holds_alternative<std::string_view>(value) ? 2 : 1;
+    };
+    if (rank(left) != rank(right) || rank(left) == 0)
+        return rank(left) - rank(right);
+    if (rank(left) == 2)
+        return toText(left).compare(toText(right));
+    const double a = toDouble(left);
+    const double b = toDouble(right);
+    return a < b ? -1 : a > b ? 1 : 0;
+}
+
+void sortBy(std::vector<ManagedObject *> &objects, const SortDescriptor &descriptor)
+{
+    std::vector<std::size_t> places(objects.size());
+    std::iota(places.begin(), places.end(), std::size_t{0});
+    const auto arrange = [&](auto compare) {
+        std::stable_sort(places.begin(), places.end(),
+            [&](std::size_t a, std::size_t b) { return descriptor.ascending ? compare(a, b) < 0 : compare(b, a) < 0; });
+    };
+    if (descriptor.localized) {
+        QCollator collator;
+        collator.setCaseSensitivity(Qt::CaseInsensitive);
+        std::vector<QCollatorSortKey> keys;
+        keys.reserve(objects.size());
+        for (const ManagedObject *object : objects) {
+            const std::string_view text = toText(valueAtPath(*object, descriptor.key));
+            keys.push_back(collator.sortKey(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()))));
+        }
+        arrange([&](std::size_t a, std::size_t b) { return keys[a].compare(keys[b]); });
+    } else {
+        std::vector<ValueView> keys;
+        keys.reserve(objects.size());
+        for (const ManagedObject *object : objects)
+            keys.push_back(valueAtPath(*object, descriptor.key));
+        arrange([&](std::size_t a, std::size_t b) { return order(keys[a], keys[b]); });
+    }
+    std::vector<ManagedObject *> sorted;
+    sorted.reserve(objects.size());
+    for (const std::size_t place : places)
+        sorted.push_back(objects[place]);
+    objects = std::move(sorted);
+}
+
+/// What a request means for the statement that answers it.
+struct Plan {
+    const EntityDescription *entity = nullptr;
+    SqlCondition condition;
+};
+
+Result<Plan> planFor(const FetchRequest &request, const ObjectModel &model)
+{
+    Plan plan;
+    plan.entity = model.entity(request.entity);
+    if (!plan.entity)
+        return Failure(badRequest("There are no records of the kind \"" + request.entity + "\"."));
+    for (const SortDescriptor &descriptor : request.sortDescriptors) {
+        if (!plan.entity->property(descriptor.key.substr(0, descriptor.key.find('.'))))
+            return Failure(badRequest("There is no \"" + descriptor.key + "\" to sort by."));
+    }
+    if (!request.predicate.isAlwaysTrue()) {
+        auto condition = compileToSql(request.predicate, *plan.entity);
+        if (!condition)
+            return Failure(condition.error());
+        plan.condition = std::move(*condition);
+    }
+    return plan;
+}
+
+std::string where(const Plan &plan)
+{
+    return plan.condition.sql.empty() ? std::string() : " WHERE " + plan.condition.sql;
+}
+
+void bindAll(Statement &statement, const SqlCondition &condition)
+{
+    for (const Value &parameter : condition.parameters)
+        statement.bind(view(parameter));
+}
+
+} // namespace
+
+Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &request)
+{
+    processPendingChanges();
+    if (!m_state->connection)
+        return Failure(m_state->connectError);
+    auto plan = planFor(request, m_store.model());
+    if (!plan)
+        return Failure(plan.error());
+
+    // Unsaved changes may alter the answer. Where any exist, objects that hold some are asked in memory; and a
+    // predicate over relationships, whose answer may hang on changes elsewhere, is asked of every object in memory.
+    const bool unsaved = hasChanges();
+    const bool everyObject = unsaved && request.predicate.followsRelationships();
+    if (everyObject)
+        plan->condition = {};
+
+    const auto index = static_cast<std::size_t>(plan->entity->index());
+    auto &objects = m_state->objects[index];
+    std::vector<ManagedObject *> found;
+    std::vector<ManagedObject *> loaded;
+    try {
+        Statement statement
+            = m_state->connection->prepare(selectRows(*plan->entity) + where(*plan) + " ORDER BY t._key");
+        bindAll(statement, plan->condition);
+        RowBuilder builder;
+        while (statement.step()) {
+            auto &kept = objects[statement.integer(0)];
+            if (!kept) {
+                kept = plan->entity->makeObject();
+                kept->m_id = {plan->entity, statement.integer(0)};
+                kept->m_context = this;
+            }
+            if (!kept->m_row) {
+                kept->m_row = readRow(builder, statement, *plan->entity);
+                loaded.push_back(kept.get());
+            } else if (!kept->m_unsaved && kept->m_row->save() != statement.integer(1) && !kept->m_inserted) {
+                kept->m_row = readRow(builder, statement, *plan->entity);
+            }
+            if (!unsaved || (!kept->hasChanges() && !everyObject))
+                found.push_back(kept.get());
+            else if (everyObject && !kept->hasChanges() && request.predicate.matches(*kept))
+                found.push_back(kept.get());
+        }
+    } catch (const SQLite::Exception &exception) {
+        return Failure(
+            storeError(StoreErrorCode::Unreadable, "The tasks could not be read from the store.", exception));
+    }
+    for (ManagedObject *object : loaded)
+        object->awakeFromFetch();
+    if (unsaved) {
+        for (ManagedObject *object : m_state->sorted(m_state->changed)) {
+            if (&object->entity() == plan->entity && object->hasChanges() && !object->m_deleted
+                && request.predicate.matches(*object))
+                found.push_back(object);
+        }
+        std::sort(found.begin(), found.end(),
+            [](const ManagedObject *a, const ManagedObject *b) { return a->m_id.key < b->m_id.key; });
+    }
+    for (auto descriptor = request.sortDescriptors.rbegin(); descriptor != request.sortDescriptors.rend(); ++descriptor)
+        sortBy(found, *descriptor);
+    if (request.limit > 0 && found.size() > static_cast<std::size_t>(request.limit))
+        found.resize(static_cast<std::size_t>(request.limit));
+    return found;
+}
+
+Result<std::int64_t> ObjectContext::count(const FetchRequest &request)
+{
+    processPendingChanges();
+    const bool unsaved = hasChanges();
+    if (unsaved && request.predicate.followsRelationships()) {
+        auto found = fetch(request);
+        return found ? Result<std::int64_t>(static_cast<std::int64_t>(found->size())) : Failure(found.error());
+    }
+    if (!m_state->connection)
+        return Failure(m_state->connectError);
+    const auto plan = planFor(request, m_store.model());
+    if (!plan)
+        return Failure(plan.error());
+    std::int64_t number = 0;
+    try {
+        const std::string from = " FROM " + identifier(plan->entity->name()) + " t" + where(*plan);
+        Statement statement = m_state->connection->prepare((unsaved ? "SELECT t._key" : "SELECT count(*)") + from);
+        bindAll(statement, plan->condition);
+        const auto &objects = m_state->objects[static_cast<std::size_t>(plan->entity->index())];
+        while (statement.step()) {
+            if (!unsaved) {
+                number = statement.integer(0);
+                break;
+            }
+            const auto kept = objects.find(statement.integer(0));
+            number += kept == objects.end() || !kept->second->hasChanges() ? 1 : 0;
+        }
+    } catch (const SQLite::Exception &exception) {
+        return Failure(storeError(StoreErrorCode::Unreadable, "The tasks could not be counted.", exception));
+    }
+    if (unsaved) {
+        for (const ManagedObject *object : m_state->changed) {
+            if (&object->entity() == plan->entity && object->hasChanges() && !object->m_deleted
+                && request.predicate.matches(*object))
+                ++number;
+        }
+    }
+    return request.limit > 0 ? std::min(number, request.limit) : number;
+}
+
+} // namespace objectstore

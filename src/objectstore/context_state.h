@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "objectstore/connection.h"
+#include "objectstore/object_context.h"
+#include "objectstore/schema.h"
+
+#include <map>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace objectstore
+{
+
+/// The unsaved links and unlinks of one join table, findable from either end. The last word on a pair stands.
+struct JoinChanges {
+    std::map<std::pair<std::int64_t, std::int64_t>, bool>
+        byOwner; ///< (owner, member) to whether the pair is to be there
+    std::map<std::pair<std::int64_t, std::int64_t>, bool> byMember; ///< (member, owner)
+
+    void set(std::int64_t owner, std::int64_t member, bool there)
+    {
+        byOwner[{owner, member}] = there;
+        byMember[{member, owner}] = there;
+    }
+    void clear()
+    {
+        byOwner.clear();
+        byMember.clear();
+    }
+};
+
+/// What an ObjectContext keeps.
+struct ObjectContext::State {
+    using Objects = std::unordered_map<std::int64_t, std::unique_ptr<ManagedObject>>;
+    using ObjectSet = std::unordered_set<ManagedObject *>;
+
+    std::unique_ptr<Connection> connection;
+    foundation::Error connectError; ///< why there is no connection
+    std::vector<Objects> objects; ///< by entity index, then key
+    std::vector<std::vector<std::int64_t>> faults; ///< keys of objects that were made as faults, loaded in batches
+    std::vector<RowPointer> defaults; ///< the row that an inserted object starts from, by entity index
+    ObjectSet changed; ///< inserted, updated or deleted since the last save
+    ObjectSet pendingInserted; ///< the same since the last announcement
+    ObjectSet pendingUpdated;
+    ObjectSet pendingDeleted;
+    std::unordered_set<const ManagedObject *> withMembers; ///< those that hold read to-many relationships
+    std::map<std::string, JoinChanges> joins; ///< by table
+    std::list<std::function<void(const ObjectsChange &)>> handlers;
+    std::int64_t lastKey = 0;
+    std::int64_t seenDataVersion = 0;
+    std::int64_t seenSave = 0;
+    bool announcing = false;
+
+    [[nodiscard]] std::vector<ManagedObject *> sorted(const ObjectSet &set) const;
+};
+
+/// Writes a context's changes in one transaction and then lets its objects know.
+class ContextSaver
+{
+public:
+    explicit ContextSaver(ObjectContext &context);
+    [[nodiscard]] Result<SaveReport> save();
+
+private:
+    struct Conflict {
+        ManagedObject *object;
+        RowPointer storeRow; ///< none when the record was deleted
+        std::vector<int> discardedSlots;
+    };
+
+    void write();
+    void insert(ManagedObject &object);
+    void update(ManagedObject &object);
+    void resolve(ManagedObject &object);
+    bool writeColumns(ManagedObject &object, const std::vector<int> &slots, std::int64_t expectedSave);
+    void remove(ManagedObject &object);
+    void writeJoins();
+    [[nodiscard]] bool wasCommitted();
+    SaveReport adopt();
+
+    ObjectContext &m_context;
+    ObjectContext::State &m_state;
+    Connection &m_connection;
+    std::int64_t m_save = 0;
+    std::string m_token;
+    std::vector<Conflict> m_conflicts;
+    RowBuilder m_builder;
+};
+
+} // namespace objectstore

@@ -1,0 +1,400 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "objectstore/object_context.h"
+
+#include "objectstore/context_state.h"
+#include "objectstore/undo_manager.h"
+
+#include <SQLiteCpp/Exception.h>
+#include <algorithm>
+#include <random>
+
+namespace objectstore
+{
+
+namespace
+{
+
+constexpr std::size_t faultBatch = 64;
+
+/// Keys grow with time in steps of a millisecond with twenty random bits below, so that two processes that insert at
+/// the same moment do not meet; within one context they grow by one.
+std::int64_t nextKey(std::int64_t last, const foundation::Clock &clock)
+{
+    constexpr double epoch = 1577836800; // 2020-01-01
+    static thread_local std::mt19937 random{std::random_device{}()};
+    const auto milliseconds = static_cast<std::int64_t>((clock.now().seconds - epoch) * 1000);
+    const std::int64_t fresh = (std::max<std::int64_t>(milliseconds, 1) << 20) | (random() & 0xfffff);
+    return std::max(last + 1, fresh);
+}
+
+RowPointer defaultRow(const EntityDescription &entity)
+{
+    RowBuilder builder;
+    builder.begin(static_cast<int>(entity.columns().size()), 0);
+    for (const Property *column : entity.columns())
+        builder.add(view(column->defaultValue));
+    return builder.finish();
+}
+
+bool byKey(const ManagedObject *left, const ManagedObject *right)
+{
+    const int leftEntity = left->entity().index();
+    const int rightEntity = right->entity().index();
+    return leftEntity != rightEntity ? leftEntity < rightEntity : left->objectID().key < right->objectID().key;
+}
+
+} // namespace
+
+std::vector<ManagedObject *> ObjectContext::State::sorted(const ObjectSet &set) const
+{
+    std::vector<ManagedObject *> ordered(set.begin(), set.end());
+    std::sort(ordered.begin(), ordered.end(), byKey);
+    return ordered;
+}
+
+ObjectContext::ObjectContext(Store &store, MergePolicy policy)
+    : m_store(store), m_policy(policy), m_state(std::make_unique<State>())
+{
+    if (auto connection = store.connect()) {
+        m_state->connection = std::move(*connection);
+        try {
+            m_state->seenDataVersion = m_state->connection->dataVersion();
+            m_state->seenSave = std::stoll("0" + objectstore::storeValue(*m_state->connection, "save"));
+        } catch (const SQLite::Exception &exception) {
+            m_state->connectError
+                = storeError(StoreErrorCode::Unreadable, "The task store could not be read.", exception);
+            m_state->connection.reset();
+        }
+    } else {
+        m_state->connectError = connection.error();
+    }
+    const std::size_t entities = store.model().entities().size();
+    m_state->objects.resize(entities);
+    m_state->faults.resize(entities);
+    for (const auto &entity : store.model().entities())
+        m_state->defaults.push_back(defaultRow(*entity));
+}
+
+ObjectContext::~ObjectContext() = default;
+
+ManagedObject &ObjectContext::registered(const ObjectID &id)
+{
+    auto &kept = m_state->objects[static_cast<std::size_t>(id.entity->index())][id.key];
+    if (!kept) {
+        kept = id.entity->makeObject();
+        kept->m_id = id;
+        kept->m_context = this;
+    }
+    return *kept;
+}
+
+ManagedObject &ObjectContext::insert(std::string_view entityName)
+{
+    const EntityDescription *entity = m_store.model().entity(entityName);
+    if (!entity)
+        throw std::logic_error("There is no entity " + std::string(entityName));
+    m_state->lastKey = nextKey(m_state->lastKey, m_store.clock());
+    ManagedObject &object = registered({entity, m_state->lastKey});
+    object.m_row = m_state->defaults[static_cast<std::size_t>(entity->index())];
+    object.m_inserted = true;
+    m_state->changed.insert(&object);
+    m_state->pendingInserted.insert(&object);
+    if (m_undo)
+        m_undo->recordInsertion(object);
+    object.awakeFromInsert();
+    return object;
+}
+
+void ObjectContext::remove(ManagedObject &object)
+{
+    if (object.m_deleted)
+        return;
+    if (object.isFault())
+        load(object);
+    if (object.m_deleted)
+        return;
+    applyDeleteRules(object);
+    if (m_undo)
+        m_undo->recordDeletion(object);
+    markDeleted(object);
+}
+
+void ObjectContext::markDeleted(ManagedObject &object)
+{
+    object.m_deleted = true;
+    m_state->changed.insert(&object);
+    m_state->pendingUpdated.erase(&object);
+    if (m_state->pendingInserted.erase(&object) == 0)
+        m_state->pendingDeleted.insert(&object);
+}
+
+/// Brings a deleted object back, for undo: as one to be inserted again where its deletion has been saved already.
+void ObjectContext::revive(ManagedObject &object)
+{
+    object.m_deleted = false;
+    if (m_state->changed.insert(&object).second)
+        object.m_inserted = true;
+    if (m_state->pendingDeleted.erase(&object) == 0)
+        m_state->pendingInserted.insert(&object);
+}
+
+void ObjectContext::applyDeleteRules(ManagedObject &object)
+{
+    for (const Property *column : object.entity().columns()) {
+        if (column->isToOne() && object.related(*column))
+            object.setRelated(column->name, nullptr);
+    }
+    for (const Property *relationship : object.entity().toManyRelationships()) {
+        const std::vector<ManagedObject *> members = object.objects(*relationship);
+        for (ManagedObject *member : members) {
+            if (relationship->deleteRule == DeleteRule::Cascade)
+                remove(*member);
+            else
+                object.removeObject(relationship->name, *member);
+        }
+    }
+}
+
+void ObjectContext::changeMembers(ManagedObject &owner, const Property &relationship, ManagedObject &member, bool add)
+{
+    if (relationship.joinTable.empty()) {
+        const bool isMember = member.related(*relationship.inverse) == &owner;
+        if (add != isMember)
+            member.setRelated(relationship.inverse->name, add ? &owner : nullptr);
+        return;
+    }
+    const auto &present = owner.objects(relationship);
+    if ((std::find(present.begin(), present.end(), &member) != present.end()) == add)
+        return;
+    if (m_undo)
+        m_undo->recordMember(owner, relationship, member, add);
+
+    const bool forward = relationship.joinOwner == "owner";
+    m_state->joins[relationship.joinTable].set(
+        (forward ? owner : member).m_id.key, (forward ? member : owner).m_id.key, add);
+    const auto edit = [this, add](ManagedObject &object, const Property &side, ManagedObject &other) {
+        if (auto *members = object.loadedMembers(side)) {
+            auto &objects = members->objects;
+            if (add)
+                objects.insert(std::upper_bound(objects.begin(), objects.end(), &other, byKey), &other);
+            else
+                std::erase(objects, &other);
+        }
+        if (!object.m_unsaved)
+            object.m_unsaved = std::make_unique<ManagedObject::Unsaved>();
+        auto &changed = object.m_unsaved->members;
+        if (std::find(changed.begin(), changed.end(), &side) == changed.end())
+            changed.push_back(&side);
+        noteChange(object);
+    };
+    edit(owner, relationship, member);
+    if (relationship.inverse && (relationship.inverse != &relationship || &owner != &member))
+        edit(member, *relationship.inverse, owner);
+}
+
+void ObjectContext::noteChange(ManagedObject &object)
+{
+    m_state->changed.insert(&object);
+    if (!m_state->pendingInserted.contains(&object))
+        m_state->pendingUpdated.insert(&object);
+}
+
+ManagedObject *ObjectContext::object(const ObjectID &id)
+{
+    if (!id)
+        return nullptr;
+    ManagedObject &found = registered(id);
+    if (found.isFault() && !found.m_deleted)
+        m_state->faults[static_cast<std::size_t>(id.entity->index())].push_back(id.key);
+    return &found;
+}
+
+ManagedObject *ObjectContext::existingObject(const ObjectID &id)
+{
+    ManagedObject *found = object(id);
+    if (found && found->isFault() && !found->m_deleted)
+        load(*found);
+    return found && !found->m_deleted ? found : nullptr;
+}
+
+ManagedObject *ObjectContext::objectWithURI(std::string_view uri)
+{
+    return existingObject(m_store.objectID(uri));
+}
+
+std::string ObjectContext::uri(const ManagedObject &object) const
+{
+    return m_store.uri(object.objectID());
+}
+
+/// Reads the row of a fault, and with it those of other faults of its kind that are waiting: who reads one of a list
+/// will read the others.
+void ObjectContext::load(const ManagedObject &fault) const
+{
+    if (fault.m_deleted || !m_state->connection)
+        return;
+    const EntityDescription &entity = fault.entity();
+    const auto index = static_cast<std::size_t>(entity.index());
+    auto &waiting = m_state->faults[index];
+    auto &objects = m_state->objects[index];
+    std::vector<std::int64_t> keys{fault.m_id.key};
+    while (!waiting.empty() && keys.size() < faultBatch) {
+        const auto found = objects.find(waiting.back());
+        waiting.pop_back();
+        if (found != objects.end() && found->second->isFault() && !found->second->m_deleted)
+            keys.push_back(found->first);
+    }
+    const bool single = keys.size() == 1;
+    std::string sql = selectRows(entity) + " WHERE t._key IN (?";
+    for (std::size_t i = 1; !single && i < faultBatch; ++i)
+        sql += ",?";
+    sql += ")";
+    std::vector<ManagedObject *> loaded;
+    try {
+        Statement statement = m_state->connection->prepare(sql);
+        for (std::size_t i = 0; i < (single ? 1 : faultBatch); ++i)
+            statement.bind(keys[std::min(i, keys.size() - 1)]);
+        RowBuilder builder;
+        while (statement.step()) {
+            ManagedObject &object = *objects[statement.integer(0)];
+            object.m_row = readRow(builder, statement, entity);
+            loaded.push_back(&object);
+        }
+    } catch (const SQLite::Exception &) {
+        return; // reads as nothing now and is tried again at the next read; the next fetch or save reports the cause
+    }
+    for (ManagedObject *object : loaded)
+        object->awakeFromFetch();
+    fault.m_deleted = !fault.m_row; // the record is in no store
+}
+
+std::vector<ManagedObject *> ObjectContext::readMembers(const ManagedObject &owner, const Property &relationship)
+{
+    const bool join = !relationship.joinTable.empty();
+    const std::string sql = join ? "SELECT " + relationship.joinMember + " FROM " + identifier(relationship.joinTable)
+            + " WHERE " + relationship.joinOwner + " = ?"
+                                 : "SELECT _key FROM " + identifier(relationship.destination->name()) + " WHERE "
+            + identifier(relationship.inverse->name) + " = ?";
+    std::set<std::int64_t> keys;
+    if (m_state->connection && !owner.m_inserted) {
+        try {
+            Statement statement = m_state->connection->prepare(sql);
+            statement.bind(owner.m_id.key);
+            while (statement.step())
+                keys.insert(statement.integer(0));
+        } catch (const SQLite::Exception &) {
+            keys.clear();
+        }
+    }
+    if (join) {
+        const JoinChanges &changes = m_state->joins[relationship.joinTable];
+        const auto &side = relationship.joinOwner == "owner" ? changes.byOwner : changes.byMember;
+        for (auto entry = side.lower_bound({owner.m_id.key, INT64_MIN});
+             entry != side.end() && entry->first.first == owner.m_id.key; ++entry) {
+            if (entry->second)
+                keys.insert(entry->first.second);
+            else
+                keys.erase(entry->first.second);
+        }
+    } else {
+        for (const ManagedObject *changed : m_state->changed) {
+            if (&changed->entity() != relationship.destination)
+                continue;
+            const Value *unsaved = changed->unsavedValue(relationship.inverse->slot);
+            if (!unsaved)
+                continue;
+            const auto *target = std::get_if<ObjectID>(unsaved);
+            if (target && target->key == owner.m_id.key)
+                keys.insert(changed->m_id.key);
+            else
+                keys.erase(changed->m_id.key);
+        }
+    }
+    std::vector<ManagedObject *> members;
+    members.reserve(keys.size());
+    for (const std::int64_t key : keys) {
+        ManagedObject *member = object({relationship.destination, key});
+        if (!member->m_deleted)
+            members.push_back(member);
+    }
+    return members;
+}
+
+void ObjectContext::forgetMembers()
+{
+    for (const ManagedObject *object : std::exchange(m_state->withMembers, {}))
+        object->m_members.clear();
+}
+
+bool ObjectContext::hasChanges() const
+{
+    return std::any_of(m_state->changed.begin(), m_state->changed.end(),
+        [](const ManagedObject *object) { return object->hasChanges() && !(object->m_inserted && object->m_deleted); });
+}
+
+void ObjectContext::processPendingChanges()
+{
+    if (m_state->announcing)
+        return;
+    m_state->announcing = true;
+    constexpr int patience = 16; // handlers that answer each other's changes for ever are cut short
+    for (int round = 0; round < patience; ++round) {
+        ObjectsChange change{m_state->sorted(m_state->pendingInserted), m_state->sorted(m_state->pendingUpdated),
+            m_state->sorted(m_state->pendingDeleted)};
+        m_state->pendingInserted.clear();
+        m_state->pendingUpdated.clear();
+        m_state->pendingDeleted.clear();
+        if (change.inserted.empty() && change.updated.empty() && change.deleted.empty())
+            break;
+        const auto handlers = m_state->handlers;
+        for (const auto &handler : handlers)
+            handler(change);
+    }
+    m_state->announcing = false;
+    if (m_undo)
+        m_undo->closeImplicitGroup();
+}
+
+Result<SaveReport> ObjectContext::save()
+{
+    processPendingChanges();
+    if (!m_state->connection)
+        return foundation::Failure(m_state->connectError);
+    return ContextSaver(*this).save();
+}
+
+void ObjectContext::rollback()
+{
+    for (ManagedObject *object : m_state->sorted(m_state->changed)) {
+        object->m_unsaved.reset();
+        if (object->m_inserted)
+            object->m_deleted = true;
+        else if (object->m_deleted)
+            object->m_deleted = false;
+        m_state->pendingUpdated.insert(object);
+    }
+    for (auto &[table, changes] : m_state->joins)
+        changes.clear();
+    m_state->changed.clear();
+    m_state->pendingInserted.clear();
+    m_state->pendingDeleted.clear();
+    forgetMembers();
+    if (m_undo)
+        m_undo->clear();
+    std::erase_if(m_state->pendingUpdated, [](const ManagedObject *object) { return object->m_deleted; });
+    processPendingChanges();
+}
+
+Subscription ObjectContext::onObjectsDidChange(std::function<void(const ObjectsChange &)> handler)
+{
+    const auto place = m_state->handlers.insert(m_state->handlers.end(), std::move(handler));
+    return Subscription([state = m_state.get(), place] { state->handlers.erase(place); });
+}
+
+void ObjectContext::enableUndo()
+{
+    if (!m_undo)
+        m_undo = std::make_unique<UndoManager>(*this);
+}
+
+} // namespace objectstore

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "objectstore/connection.h"
+#include "objectstore/row.h"
+
+#include <string>
+
+namespace objectstore
+{
+
+/// Creates what is missing of the tables, columns and indexes that `model` needs and records its version.
+/// Run inside a write transaction; what is there already stays as it is.
+void createSchema(Connection &connection, const ObjectModel &model);
+
+/// Values that the store keeps about itself, in the table `_store`.
+[[nodiscard]] std::string storeValue(Connection &connection, const std::string &name);
+void setStoreValue(Connection &connection, const std::string &name, const std::string &value);
+
+/// "SELECT _key, _save, every column FROM the entity's table t", to which a condition may be added.
+[[nodiscard]] std::string selectRows(const EntityDescription &entity);
+
+/// The row at which `statement`, made from `selectRows`, stands.
+[[nodiscard]] RowPointer readRow(RowBuilder &builder, const Statement &statement, const EntityDescription &entity);
+
+} // namespace objectstore

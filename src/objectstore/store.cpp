@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "objectstore/store.h"
+
+#include "objectstore/connection.h"
+#include "objectstore/schema.h"
+
+#include <SQLiteCpp/Exception.h>
+#include <charconv>
+#include <random>
+
+namespace objectstore
+{
+
+using foundation::Failure;
+using foundation::Result;
+
+namespace
+{
+
+constexpr int applicationId = 0x51564c31; // "QVL1": tells a store from any other SQLite file
+constexpr std::string_view uriScheme = "x-objectstore://";
+
+std::int64_t pragma(Connection &connection, const std::string &name)
+{
+    Statement statement = connection.prepare("PRAGMA " + name);
+    return statement.step() ? statement.integer(0) : 0;
+}
+
+std::string newUuid()
+{
+    std::random_device random;
+    std::uniform_int_distribution<int> digit(0, 15);
+    std::string text = "xxxxxxxx-xxxx-4xxx-axxx-xxxxxxxxxxxx";
+    for (char &letter : text) {
+        if (letter == 'x')
+            letter = "0123456789ABCDEF"[digit(random)];
+    }
+    return text;
+}
+
+/// Some SQLite calls report a lock at once, whatever the busy timeout; a change of the journal mode is one.
+void switchToWriteAheadLog(Connection &connection)
+{
+    for (int attempt = 0;; ++attempt) {
+        try {
+            connection.execute("PRAGMA journal_mode=WAL");
+            return;
+        } catch (const SQLite::Exception &exception) {
+            if (exception.getErrorCode() != SQLITE_BUSY || attempt == 50)
+                throw;
+            sqlite3_sleep(20);
+        }
+    }
+}
+
+bool isEmptyFile(Connection &connection)
+{
+    Statement statement = connection.prepare("SELECT count(*) FROM sqlite_schema");
+    return statement.step() && statement.integer(0) == 0;
+}
+
+/// Triggers, views and tables of unknown make do not come from this program; a store that has some is not believed.
+bool hasForeignSchema(Connection &connection)
+{
+    Statement statement = connection.prepare("SELECT count(*) FROM sqlite_schema WHERE type NOT IN ('table', 'index')");
+    return statement.step() && statement.integer(0) != 0;
+}
+
+foundation::Error refusal(StoreErrorCode code, std::string sentence)
+{
+    return {"ObjectStoreErrorDomain", static_cast<int>(code), std::move(sentence), {}};
+}
+
+} // namespace
+
+Store::Store(const ObjectModel &model, std::filesystem::path file, const foundation::Clock &clock, std::string vfs)
+    : m_model(model), m_file(std::move(file)), m_clock(clock), m_vfs(std::move(vfs))
+{
+}
+
+Store::~Store() = default;
+
+Result<std::unique_ptr<Store>> Store::open(
+    const ObjectModel &model, const std::filesystem::path &file, const foundation::Clock &clock, std::string vfs)
+{
+    std::unique_ptr<Store> store(new Store(model, file, clock, std::move(vfs)));
+    const std::string name = file.filename().string();
+    try {
+        Connection connection(file, store->m_vfs, true);
+        const bool fresh = isEmptyFile(connection);
+        if (!fresh && (pragma(connection, "application_id") != applicationId || hasForeignSchema(connection)))
+            return Failure(refusal(StoreErrorCode::Damaged, "The file \"" + name + "\" is not a task store."));
+        if (pragma(connection, "user_version") > model.version())
+            return Failure(refusal(StoreErrorCode::NewerSchema,
+                "The store \"" + name + "\" was written by a newer version of the program. It was left as it is."));
+        if (fresh)
+            switchToWriteAheadLog(connection);
+        if (fresh || pragma(connection, "user_version") < model.version()) {
+            if (!fresh) // an older store is migrated in place; its last state stays beside it
+                connection.execute(
+                    "VACUUM INTO '" + file.string() + ".before-" + std::to_string(model.version()) + "'");
+            WriteTransaction transaction(connection);
+            createSchema(connection, model);
+            if (storeValue(connection, "uuid").empty()) {
+                connection.execute("PRAGMA application_id=" + std::to_string(applicationId));
+                setStoreValue(connection, "uuid", newUuid());
+                setStoreValue(connection, "save", "0");
+            }
+            transaction.commit();
+        }
+        store->m_uuid = storeValue(connection, "uuid");
+    } catch (const SQLite::Exception &exception) {
+        const bool damaged = exception.getErrorCode() == SQLITE_NOTADB || exception.getErrorCode() == SQLITE_CORRUPT;
+        return Failure(storeError(damaged ? StoreErrorCode::Damaged : StoreErrorCode::CannotOpen,
+            damaged ? "The store \"" + name + "\" is damaged. It was left as it is."
+                    : "The store \"" + name + "\" could not be opened.",
+            exception));
+    }
+    return store;
+}
+
+std::string Store::uri(const ObjectID &id) const
+{
+    return id ? std::string(uriScheme) + m_uuid + "/" + id.entity->name() + "/" + std::to_string(id.key)
+              : std::string();
+}
+
+ObjectID Store::objectID(std::string_view uri) const
+{
+    const std::string prefix = std::string(uriScheme) + m_uuid + "/";
+    if (!uri.starts_with(prefix))
+        return {};
+    uri.remove_prefix(prefix.size());
+    const std::size_t slash = uri.find('/');
+    if (slash == std::string_view::npos)
+        return {};
+    ObjectID id{m_model.entity(uri.substr(0, slash)), 0};
+    const std::string_view digits = uri.substr(slash + 1);
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), id.key);
+    const bool whole = error == std::errc() && end == digits.data() + digits.size() && id.key > 0;
+    return id.entity && whole ? id : ObjectID{};
+}
+
+Result<std::unique_ptr<Connection>> Store::connect() const
+{
+    try {
+        return std::make_unique<Connection>(m_file, m_vfs, false);
+    } catch (const SQLite::Exception &exception) {
+        return Failure(storeError(StoreErrorCode::CannotOpen,
+            "The store \"" + m_file.filename().string() + "\" could not be opened.", exception));
+    }
+}
+
+} // namespace objectstore
