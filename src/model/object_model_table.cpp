@@ -36,7 +36,7 @@ PropertySchema date(std::string name)
 }
 PropertySchema data(std::string name)
 {
-    return attribute(AttributeType::Data, std::move(name), {});
+    return attribute(AttributeType::Binary, std::move(name), {});
 }
 PropertySchema real(std::string name)
 {
