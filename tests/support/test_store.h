@@ -21,10 +21,11 @@ class TestStore
 public:
     TestStore() { launch(); }
 
-    /// Closes the store and opens it again as the next launch does; objects from before are gone.
+    /// Closes the store and, a second later, opens it again as the next launch does; objects from before are gone.
     void relaunch()
     {
         m_store.reset();
+        clock.advance(1);
         launch();
     }
 
