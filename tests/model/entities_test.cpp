@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "model/entities.h"
+#include "support/test_store.h"
+
+#include <gmock/gmock.h>
+
+using namespace support;
+using testing::ElementsAre;
+
+TEST(ObjectModel, aRelationshipAndItsInverseNameEachOther)
+{
+    for (const auto &entity : model::objectModel().entities()) {
+        const auto check = [&](const objectstore::Property *property) {
+            SCOPED_TRACE(entity->name() + "." + property->name);
+            if (property->inverse) {
+                EXPECT_EQ(property->inverse->inverse, property);
+                EXPECT_EQ(property->inverse->destination, entity.get());
+            }
+            EXPECT_EQ(property->deleteRule, objectstore::DeleteRule::Nullify);
+        };
+        std::ranges::for_each(entity->toManyRelationships(), check);
+        std::ranges::for_each(entity->columns(), check);
+    }
+}
+
+TEST(ObjectModel, aTemplateHasATasksAttributesWithoutTheNine)
+{
+    const auto attributes = [](const char *entity) {
+        std::set<std::string> names;
+        for (const auto *property : model::objectModel().entity(entity)->columns()) {
+            if (property->isAttribute())
+                names.insert(property->name);
+        }
+        return names;
+    };
+    const auto task = attributes("Tasks");
+    const auto tasksTemplate = attributes("TasksTemplate");
+    std::set<std::string> missing;
+    std::ranges::set_difference(task, tasksTemplate, std::inserter(missing, missing.end()));
+    EXPECT_THAT(missing,
+        ElementsAre("childrenCount", "deleteOnSync", "hasDueDate", "hasDueTime", "hasStartTime", "isCurrentLocation",
+            "isNew", "length", "markedDeleted"));
+    EXPECT_EQ(task.size() - missing.size(), tasksTemplate.size());
+}
+
+TEST(Tasks, aNewOneIsDatedAndLandsInTheInbox)
+{
+    TestStore store;
+    store.relaunch();
+    const auto &task = store.add(aTask());
+    EXPECT_EQ(task.title(), "New Task");
+    EXPECT_EQ(task.creationDate(), store.clock.now());
+    EXPECT_EQ(task.modifiedDate(), store.clock.now());
+    EXPECT_EQ(task.folders()->title(), "Inbox");
+    EXPECT_EQ(task.contexts()->title(), "None");
+    EXPECT_EQ(task.states()->stateID(), 0);
+    EXPECT_EQ(task.states()->state(), "");
+    EXPECT_EQ(task.priorities()->priority(), 0);
+    EXPECT_TRUE(task.isNew());
+    EXPECT_FALSE(task.deleteOnSync());
+}
+
+TEST(Tasks, aNewOneGoesWithoutTheRecordsThatAreMissing)
+{
+    TestStore store; // at the first launch "None" has no id yet
+    store.moc().remove(*store.records().getFolderByTitle("Inbox"));
+    const auto &task = store.add(aTask());
+    EXPECT_EQ(task.contexts(), nullptr);
+    EXPECT_EQ(task.folders(), nullptr);
+    EXPECT_NE(task.priorities(), nullptr);
+}
+
+TEST(Tasks, outliveTheirFolderAndLoseIt)
+{
+    TestStore store;
+    auto &task = store.add(aTask().in("Home").tagged("food").tagged("shop"));
+    store.moc().remove(*task.folders());
+    store.save();
+    EXPECT_FALSE(task.isDeleted());
+    EXPECT_EQ(task.folders(), nullptr);
+    EXPECT_THAT(titles(task.tags()), ElementsAre("food", "shop"));
+}
+
+TEST(Folders, andContextsAreNumberedOnEachOfThemForItself)
+{
+    TestStore store;
+    const auto number = [](std::string_view title, std::string_view before) {
+        EXPECT_TRUE(title.starts_with(before));
+        return std::stoi(std::string(title.substr(before.size())));
+    };
+    const int folder = number(model::insert<model::Folders>(store.moc()).title(), "New Folder #");
+    const int context = number(model::insert<model::Contexts>(store.moc()).title(), "New Context #");
+    EXPECT_EQ(number(model::insert<model::Folders>(store.moc()).title(), "New Folder #"), folder + 1);
+    const auto &second = model::insert<model::Contexts>(store.moc());
+    EXPECT_EQ(number(second.title(), "New Context #"), context + 1);
+    EXPECT_EQ(second.date("creationDate"), store.clock.now());
+}
+
+TEST(Contexts, theLocationStandsAtTheEndOfTheNotesAndOnlyOnce)
+{
+    const std::string block = "\n--- Begin Location Info ---\n48.1374,-11.5\n--- End Location Info ---";
+    struct Case {
+        std::string before;
+        std::string after;
+    };
+    const Case cases[] = {
+        {"", block},
+        {"By the river", "By the river" + block},
+        {"Above\n--- Begin Location Info ---\n1,2\n--- End Location Info ---\nbelow", "Above\nbelow" + block},
+        {"Above\n--- Begin Location Info ---\n1,2\nno end", "Above" + block},
+        {"--- End Location Info --- first" + block, "--- End Location Info --- first" + block},
+    };
+    TestStore store;
+    for (const Case &each : cases) {
+        SCOPED_TRACE(each.before);
+        auto &context = model::insert<model::Contexts>(store.moc());
+        context.setLatitude(48.1374);
+        context.setLongitude(-11.5);
+        context.setNotes(each.before);
+        context.updateNotesLocation();
+        EXPECT_EQ(context.notes(), each.after);
+        store.save();
+        context.updateNotesLocation();
+        EXPECT_FALSE(context.hasChanges()) << "the same place again is no change";
+    }
+}
