@@ -40,6 +40,9 @@ struct CivilTime {
 /// What the local clock shows at `instant`.
 [[nodiscard]] CivilTime toLocal(Instant instant);
 
+/// To be called when the computer has moved to another time zone (or `TZ` was set): forgets what was known of the old.
+void localZoneChanged();
+
 /// Seconds that the local clock is ahead of UTC at `instant`.
 [[nodiscard]] int localOffset(Instant instant);
 
