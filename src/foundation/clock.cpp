@@ -3,8 +3,7 @@
 
 #include <chrono>
 
-namespace foundation
-{
+namespace foundation {
 
 Instant SystemClock::now() const
 {

@@ -4,8 +4,7 @@
 #include <string>
 #include <tl/expected.hpp>
 
-namespace foundation
-{
+namespace foundation {
 
 /// What went wrong: a code for the caller, a sentence for the person, a detail for the log. No secret is in any of
 /// them.

@@ -8,11 +8,9 @@
 #include <cstdlib>
 #include <ctime>
 
-namespace foundation
-{
+namespace foundation {
 
-namespace
-{
+namespace {
 
 constexpr std::int64_t secondsPerDay = 86'400;
 constexpr std::int64_t firstSecond = -62'167'219'200; // 0000-01-01 00:00:00 UTC

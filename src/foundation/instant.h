@@ -7,8 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace foundation
-{
+namespace foundation {
 
 /// A point in time: seconds since 1970-01-01 00:00:00 UTC. Whole milliseconds survive every form it is written in.
 struct Instant {

@@ -16,11 +16,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace foundation
-{
+namespace foundation {
 
-namespace
-{
+namespace {
 
 namespace fs = std::filesystem;
 

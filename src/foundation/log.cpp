@@ -5,11 +5,9 @@
 #include <array>
 #include <cstdio>
 
-namespace foundation
-{
+namespace foundation {
 
-namespace
-{
+namespace {
 
 constexpr std::array<std::string_view, 4> secretParameters{"pass", "key", "token", "userid"};
 constexpr std::string_view mask = "***";

@@ -4,11 +4,9 @@
 #include <charconv>
 #include <cmath>
 
-namespace foundation
-{
+namespace foundation {
 
-namespace
-{
+namespace {
 
 // A value of another kind is read where it says the same; otherwise it counts as never set, and the default holds.
 

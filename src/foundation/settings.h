@@ -15,8 +15,7 @@
 #include <variant>
 #include <vector>
 
-namespace foundation
-{
+namespace foundation {
 
 /// What a setting can hold; the dictionary form serves keyed values such as a key combination.
 using SettingValue = std::variant<bool, std::int64_t, double, std::string, Instant, std::vector<std::byte>,

@@ -4,11 +4,9 @@
 #include <array>
 #include <charconv>
 
-namespace model
-{
+namespace model {
 
-namespace
-{
+namespace {
 
 constexpr std::string_view beginMarker = "\n--- Begin Location Info ---";
 constexpr std::string_view endMarker = "--- End Location Info ---";

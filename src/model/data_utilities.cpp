@@ -8,14 +8,12 @@
 #include <charconv>
 #include <limits>
 
-namespace model
-{
+namespace model {
 
 using objectstore::Predicate;
 using objectstore::Value;
 
-namespace
-{
+namespace {
 
 template <class Entity> Entity *firstOf(const std::optional<std::vector<ManagedObject *>> &objects)
 {

@@ -10,13 +10,11 @@
 #include <string_view>
 #include <vector>
 
-namespace objectstore
-{
+namespace objectstore {
 class Predicate;
 }
 
-namespace model
-{
+namespace model {
 
 /// Finds records of one context by id, title or value, and places tasks.
 ///

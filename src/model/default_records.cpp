@@ -7,14 +7,12 @@
 
 #include <array>
 
-namespace model
-{
+namespace model {
 
 using objectstore::Predicate;
 using objectstore::Value;
 
-namespace
-{
+namespace {
 
 struct DefaultState {
     std::string_view state;

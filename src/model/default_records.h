@@ -4,8 +4,7 @@
 #include "foundation/error.h"
 #include "model/entities.h"
 
-namespace model
-{
+namespace model {
 
 /// Creates the records that the program counts on where they are missing (the folder "Inbox", the context "None", the
 /// states, the priorities) and saves. Run at every launch. Errors are shown and the rest is still done.

@@ -3,8 +3,7 @@
 
 #include <algorithm>
 
-namespace model
-{
+namespace model {
 
 void EditTracking::observe()
 {

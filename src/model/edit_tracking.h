@@ -5,8 +5,7 @@
 #include "model/entities.h"
 #include "objectstore/object_context.h"
 
-namespace model
-{
+namespace model {
 
 /// Writes the current time into `modifiedDate` of the tasks, folders and contexts that the user changes, which is how
 /// synchronisation knows what to send. Work of the program itself runs with the tracking paused.

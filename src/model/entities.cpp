@@ -7,11 +7,9 @@
 
 #include <atomic>
 
-namespace model
-{
+namespace model {
 
-namespace
-{
+namespace {
 
 /// A record that is being made has nobody at hand to show an error to.
 class LoggedErrors final : public foundation::ErrorPresenter

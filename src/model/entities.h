@@ -8,8 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace model
-{
+namespace model {
 
 using foundation::Instant;
 using objectstore::ManagedObject;

@@ -4,11 +4,9 @@
 #include <algorithm>
 #include <iterator>
 
-namespace model
-{
+namespace model {
 
-namespace
-{
+namespace {
 
 using objectstore::AttributeType;
 using objectstore::EntitySchema;

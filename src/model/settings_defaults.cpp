@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "model/settings_defaults.h"
 
-namespace model
-{
+namespace model {
 
 foundation::SettingsTable settingsDefaults()
 {

@@ -5,15 +5,13 @@
 
 #include <string_view>
 
-namespace model
-{
+namespace model {
 
 /// What a setting reads as while the user has not set it. Colours are texts of the form "#rrggbb".
 [[nodiscard]] foundation::SettingsTable settingsDefaults();
 
 /// The names of the settings that code asks for.
-namespace keys
-{
+namespace keys {
 
 // The account and the state of synchronisation; without defaults.
 inline constexpr std::string_view HasBeenRun = "HasBeenRun";

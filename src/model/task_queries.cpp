@@ -3,16 +3,14 @@
 
 #include <array>
 
-namespace model
-{
+namespace model {
 
 using objectstore::Argument;
 using objectstore::FetchRequest;
 using objectstore::Predicate;
 using objectstore::Value;
 
-namespace
-{
+namespace {
 
 /// The forms of one list's predicate: completed tasks too or not, and everywhere or only at the current location.
 struct PredicateForms {

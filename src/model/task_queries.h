@@ -4,8 +4,7 @@
 #include "model/entities.h"
 #include "objectstore/object_context.h"
 
-namespace model
-{
+namespace model {
 
 /// What the user wants to see in the lists.
 struct ListFilter {

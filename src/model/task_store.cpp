@@ -9,14 +9,12 @@
 #include <sys/stat.h>
 #include <system_error>
 
-namespace model
-{
+namespace model {
 
 namespace fs = std::filesystem;
 using foundation::Result;
 
-namespace
-{
+namespace {
 
 constexpr const char *folderName = "Quelvin";
 
@@ -63,8 +61,7 @@ fs::path settingsFile()
 
 TaskStore::TaskStore(std::unique_ptr<objectstore::Store> store)
     : m_store(std::move(store)), m_managedObjectContext(*m_store, objectstore::MergePolicy::Rollback)
-{
-}
+{ }
 
 Result<std::unique_ptr<TaskStore>> TaskStore::open(
     const fs::path &folder, const foundation::Clock &clock, foundation::ErrorPresenter &presenter)

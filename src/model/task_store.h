@@ -9,8 +9,7 @@
 #include <filesystem>
 #include <memory>
 
-namespace model
-{
+namespace model {
 
 /// The folder of the store: $XDG_DATA_HOME/Quelvin, else ~/.local/share/Quelvin, else Quelvin among the temporary
 /// files.

@@ -5,11 +5,9 @@
 
 #include <SQLiteCpp/Exception.h>
 
-namespace objectstore
-{
+namespace objectstore {
 
-namespace
-{
+namespace {
 constexpr int busyTimeout = 10000; // milliseconds; a first pull of 100,000 tasks holds the lock for seconds at most
 
 void check(int code, sqlite3 *database)

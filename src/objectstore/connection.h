@@ -11,8 +11,7 @@
 #include <string_view>
 #include <unordered_map>
 
-namespace objectstore
-{
+namespace objectstore {
 
 /// A prepared statement borrowed from its connection; it is reset, and its parameters let go, when it goes.
 class Statement

@@ -7,13 +7,11 @@
 #include <algorithm>
 #include <numeric>
 
-namespace objectstore
-{
+namespace objectstore {
 
 using foundation::Failure;
 
-namespace
-{
+namespace {
 
 Error badRequest(std::string sentence)
 {

@@ -4,8 +4,7 @@
 
 #include <SQLiteCpp/Exception.h>
 
-namespace objectstore
-{
+namespace objectstore {
 
 using foundation::Failure;
 

@@ -5,15 +5,13 @@
 #include <algorithm>
 #include <random>
 
-namespace objectstore
-{
+namespace objectstore {
 
 using foundation::Failure;
 
 ContextSaver::ContextSaver(ObjectContext &context)
     : m_context(context), m_state(*context.m_state), m_connection(*m_state.connection)
-{
-}
+{ }
 
 Result<SaveReport> ContextSaver::save()
 {

@@ -9,8 +9,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
-namespace objectstore
-{
+namespace objectstore {
 
 /// The unsaved links and unlinks of one join table, findable from either end. The last word on a pair stands.
 struct JoinChanges {

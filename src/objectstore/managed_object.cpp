@@ -6,8 +6,7 @@
 
 #include <algorithm>
 
-namespace objectstore
-{
+namespace objectstore {
 
 ManagedObject::ManagedObject() = default;
 ManagedObject::~ManagedObject() = default;

@@ -7,8 +7,7 @@
 #include <memory>
 #include <optional>
 
-namespace objectstore
-{
+namespace objectstore {
 
 class ObjectContext;
 

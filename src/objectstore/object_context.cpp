@@ -8,11 +8,9 @@
 #include <algorithm>
 #include <random>
 
-namespace objectstore
-{
+namespace objectstore {
 
-namespace
-{
+namespace {
 
 constexpr std::size_t faultBatch = 64;
 

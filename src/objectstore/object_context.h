@@ -11,8 +11,7 @@
 #include <set>
 #include <unordered_map>
 
-namespace objectstore
-{
+namespace objectstore {
 
 using foundation::Error;
 using foundation::Result;

@@ -5,8 +5,7 @@
 
 #include <stdexcept>
 
-namespace objectstore
-{
+namespace objectstore {
 
 const Property *EntityDescription::property(std::string_view name) const
 {

@@ -10,8 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
-namespace objectstore
-{
+namespace objectstore {
 
 class EntityDescription;
 class ManagedObject;

@@ -11,8 +11,7 @@
 #include <string_view>
 #include <vector>
 
-namespace objectstore
-{
+namespace objectstore {
 
 class EntityDescription;
 class ManagedObject;
@@ -102,8 +101,7 @@ struct SqlCondition {
 
 struct sqlite3;
 
-namespace objectstore
-{
+namespace objectstore {
 
 /// Gives a connection the functions (text folding and matching) that compiled conditions call.
 void installPredicateFunctions(sqlite3 *connection);

@@ -4,8 +4,7 @@
 #include <cstdlib>
 #include <new>
 
-namespace objectstore
-{
+namespace objectstore {
 
 ValueView Row::value(int slot, const EntityDescription *destination) const
 {

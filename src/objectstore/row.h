@@ -7,8 +7,7 @@
 #include <cstring>
 #include <utility>
 
-namespace objectstore
-{
+namespace objectstore {
 
 /// One row of an entity's table as it lies in memory: one block with a slot of eight bytes for each column, then the
 /// text and bytes that the slots point into. Immutable once built and shared by a count that only one thread touches.

@@ -3,11 +3,9 @@
 
 #include <set>
 
-namespace objectstore
-{
+namespace objectstore {
 
-namespace
-{
+namespace {
 
 void createTable(Connection &connection, const EntityDescription &entity)
 {
@@ -87,8 +85,7 @@ std::string selectRows(const EntityDescription &entity)
     return sql + " FROM " + identifier(entity.name()) + " t";
 }
 
-namespace
-{
+namespace {
 
 Row::Kind numberKind(const Property &column)
 {

@@ -6,8 +6,7 @@
 
 #include <string>
 
-namespace objectstore
-{
+namespace objectstore {
 
 /// Creates what is missing of the tables, columns and indexes that `model` needs and records its version.
 /// Run inside a write transaction; what is there already stays as it is.

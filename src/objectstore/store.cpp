@@ -8,14 +8,12 @@
 #include <charconv>
 #include <random>
 
-namespace objectstore
-{
+namespace objectstore {
 
 using foundation::Failure;
 using foundation::Result;
 
-namespace
-{
+namespace {
 
 constexpr int applicationId = 0x51564c31; // "QVL1": tells a store from any other SQLite file
 constexpr std::string_view uriScheme = "x-objectstore://";
@@ -75,8 +73,7 @@ foundation::Error refusal(StoreErrorCode code, std::string sentence)
 
 Store::Store(const ObjectModel &model, std::filesystem::path file, const foundation::Clock &clock, std::string vfs)
     : m_model(model), m_file(std::move(file)), m_clock(clock), m_vfs(std::move(vfs))
-{
-}
+{ }
 
 Store::~Store() = default;
 

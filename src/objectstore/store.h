@@ -9,8 +9,7 @@
 #include <memory>
 #include <string>
 
-namespace objectstore
-{
+namespace objectstore {
 
 class Connection;
 

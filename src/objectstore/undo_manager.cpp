@@ -5,8 +5,7 @@
 
 #include <utility>
 
-namespace objectstore
-{
+namespace objectstore {
 
 UndoManager::UndoManager(ObjectContext &context) : m_context(context) { }
 

@@ -7,8 +7,7 @@
 #include <variant>
 #include <vector>
 
-namespace objectstore
-{
+namespace objectstore {
 
 class ManagedObject;
 class ObjectContext;

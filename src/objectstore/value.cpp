@@ -3,8 +3,7 @@
 
 #include <cmath>
 
-namespace objectstore
-{
+namespace objectstore {
 
 ValueView view(const Value &value)
 {

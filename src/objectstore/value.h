@@ -11,8 +11,7 @@
 #include <variant>
 #include <vector>
 
-namespace objectstore
-{
+namespace objectstore {
 
 class EntityDescription;
 using foundation::Instant;

@@ -9,8 +9,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
-namespace
-{
+namespace {
 
 /// A store at its second launch, when every default record has its id.
 class DataUtilities : public testing::Test

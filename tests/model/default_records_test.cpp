@@ -9,8 +9,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-namespace
-{
+namespace {
 
 std::vector<std::pair<std::string, std::int64_t>> states(TestStore &store)
 {

@@ -6,8 +6,7 @@
 
 using namespace support;
 
-namespace
-{
+namespace {
 
 /// Tracked records, modified long ago and saved, and a clock that stands at now.
 class EditTracking : public testing::Test

@@ -10,8 +10,7 @@ using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
 
-namespace
-{
+namespace {
 
 using Titles = std::vector<std::string>;
 

@@ -11,8 +11,7 @@
 using namespace support;
 namespace fs = std::filesystem;
 
-namespace
-{
+namespace {
 
 /// Sets an environment variable, or removes it, until the end of the test.
 class Environment

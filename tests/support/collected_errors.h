@@ -5,8 +5,7 @@
 
 #include <vector>
 
-namespace support
-{
+namespace support {
 
 /// Keeps the errors that would have been shown.
 class CollectedErrors final : public foundation::ErrorPresenter

@@ -10,8 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace support
-{
+namespace support {
 
 /// Describes a task in the words of a test: `aTask().titled("Milk").in("Home").due("2026-12-01")`.
 /// Folders, contexts and tags that are named and missing are made; a name stands for its first record.

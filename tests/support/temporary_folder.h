@@ -6,8 +6,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace support
-{
+namespace support {
 
 /// A new empty folder that goes away, with all in it, at the end of the test.
 class TemporaryFolder

@@ -6,8 +6,7 @@
 #include <stdexcept>
 #include <string_view>
 
-namespace support
-{
+namespace support {
 
 /// The instant that a local date such as "2026-12-01" or "2026-12-01 14:30" names.
 inline foundation::Instant at(std::string_view text)

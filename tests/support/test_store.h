@@ -12,8 +12,7 @@
 #include <stdexcept>
 #include <vector>
 
-namespace support
-{
+namespace support {
 
 /// A task store of its own for a test, in a temporary folder, as the first launch of the program leaves it.
 class TestStore
