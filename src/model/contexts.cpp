@@ -32,8 +32,7 @@ void Contexts::updateNotesLocation()
     changed += beginMarker;
     changed += "\n" + decimal(latitude()) + "," + decimal(longitude()) + "\n";
     changed += endMarker;
-    if (changed != notes())
-        setNotes(std::move(changed));
+    setNotes(std::move(changed)); // the same notes again are no change
 }
 
 } // namespace model

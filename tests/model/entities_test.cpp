@@ -108,7 +108,7 @@ TEST(Contexts, theLocationStandsAtTheEndOfTheNotesAndOnlyOnce)
         {"By the river", "By the river" + block},
         {"Above\n--- Begin Location Info ---\n1,2\n--- End Location Info ---\nbelow", "Above\nbelow" + block},
         {"Above\n--- Begin Location Info ---\n1,2\nno end", "Above" + block},
-        {"--- End Location Info --- first" + block, "--- End Location Info --- first" + block},
+        {"--- End Location Info --- first" + block + "below", "--- End Location Info --- firstbelow" + block},
     };
     TestStore store;
     for (const Case &each : cases) {
