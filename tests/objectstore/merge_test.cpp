@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "objectstore/library.h"
+
+#include <gmock/gmock.h>
+
+using namespace library;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+/// One book, read by two contexts; `theirs` saves first, then `ours` by its policy.
+struct TwoReaders {
+    explicit TwoReaders(MergePolicy policy)
+        : ours(library.context(policy))
+        , theirs(library.context())
+    {
+        auto writer = library.context();
+        const ObjectID id = book(*writer, "Novel", 1).objectID();
+        value(writer->save());
+        our = ours->existingObject(id);
+        their = theirs->existingObject(id);
+    }
+
+    Library library;
+    std::unique_ptr<ObjectContext> ours;
+    std::unique_ptr<ObjectContext> theirs;
+    ManagedObject *our = nullptr;
+    ManagedObject *their = nullptr;
+};
+
+} // namespace
+
+TEST(MergePolicy, rollbackDropsAllOurValuesOfARowThatChanged)
+{
+    TwoReaders readers(MergePolicy::Rollback);
+    readers.their->setValue("pages", std::int64_t{2});
+    value(readers.theirs->save());
+    readers.our->setValue("title", std::string("Ours"));
+    readers.our->setValue("pages", std::int64_t{3});
+    ManagedObject &untouched = book(*readers.ours, "Untouched");
+    const SaveReport report = value(readers.ours->save());
+    EXPECT_EQ(report.discarded.size(), 2U);
+    EXPECT_EQ(readers.our->text("title"), "Novel");
+    EXPECT_EQ(readers.our->integer("pages"), 2);
+    EXPECT_FALSE(untouched.isInserted());
+    EXPECT_EQ(count(*readers.library.context(), "Book", "pages == 2 OR title == 'Untouched'"), 2);
+}
+
+TEST(MergePolicy, storeTrumpKeepsOurValuesWhereTheStoreDidNotChange)
+{
+    TwoReaders readers(MergePolicy::StoreTrump);
+    readers.their->setValue("pages", std::int64_t{2});
+    value(readers.theirs->save());
+    readers.our->setValue("title", std::string("Ours"));
+    readers.our->setValue("pages", std::int64_t{3});
+    const SaveReport report = value(readers.ours->save());
+    ASSERT_EQ(report.discarded.size(), 1U);
+    EXPECT_EQ(report.discarded[0].property, "pages");
+    EXPECT_EQ(toInteger(view(report.discarded[0].value)), 3);
+    EXPECT_EQ(count(*readers.library.context(), "Book", "title == 'Ours' AND pages == 2"), 1);
+    readers.our->setValue("pages", std::int64_t{4}); // the merged row is the one to compare with next time
+    EXPECT_THAT(value(readers.ours->save()).discarded, IsEmpty());
+}
+
+TEST(MergePolicy, aRowDeletedElsewhereStaysDeleted)
+{
+    for (const MergePolicy policy : {MergePolicy::Rollback, MergePolicy::StoreTrump}) {
+        TwoReaders readers(policy);
+        readers.theirs->remove(*readers.their);
+        value(readers.theirs->save());
+        readers.our->setValue("title", std::string("Ours"));
+        EXPECT_EQ(value(readers.ours->save()).discarded.size(), 1U);
+        EXPECT_TRUE(readers.our->isDeleted());
+        EXPECT_THAT(fetch(*readers.library.context(), "Book"), IsEmpty());
+    }
+}
+
+TEST(MergeChanges, bringsInWhatAnotherContextSaved)
+{
+    TwoReaders readers(MergePolicy::Rollback);
+    ManagedObject &shelf = readers.theirs->insert("Shelf");
+    readers.their->setRelated("shelf", &shelf);
+    readers.their->setValue("title", std::string("Theirs"));
+    int inserted = 0;
+    std::vector<std::string> updated;
+    const Subscription subscription = readers.ours->onObjectsDidChange([&](const ObjectsChange &change) {
+        inserted += static_cast<int>(change.inserted.size());
+        updated = titles(change.updated);
+    });
+    readers.ours->mergeChanges(value(readers.theirs->save()).changes);
+    EXPECT_EQ(inserted, 1);
+    EXPECT_THAT(updated, ElementsAre("Theirs"));
+    EXPECT_FALSE(readers.our->hasChanges());
+    EXPECT_THAT(readers.our->related("shelf")->objects("books"), ElementsAre(readers.our));
+
+    readers.theirs->remove(*readers.their);
+    readers.ours->mergeChanges(value(readers.theirs->save()).changes);
+    EXPECT_TRUE(readers.our->isDeleted());
+}
+
+TEST(MergeChanges, keepsUnsavedChangesForTheNextSaveToDecide)
+{
+    TwoReaders readers(MergePolicy::StoreTrump);
+    readers.our->setValue("title", std::string("Ours"));
+    readers.their->setValue("pages", std::int64_t{9});
+    readers.ours->mergeChanges(value(readers.theirs->save()).changes);
+    EXPECT_EQ(readers.our->text("title"), "Ours");
+    EXPECT_THAT(value(readers.ours->save()).discarded, IsEmpty());
+    EXPECT_EQ(readers.our->integer("pages"), 9);
+}
+
+TEST(MergeExternalChanges, noticesWhatAnotherConnectionWrote)
+{
+    TwoReaders readers(MergePolicy::Rollback);
+    EXPECT_FALSE(value(readers.ours->mergeExternalChanges()));
+    readers.their->setValue("title", std::string("Theirs"));
+    book(*readers.theirs, "New");
+    value(readers.theirs->save());
+    std::vector<std::string> inserted;
+    const Subscription subscription = readers.ours->onObjectsDidChange(
+        [&](const ObjectsChange &change) { inserted = titles(change.inserted); });
+    EXPECT_TRUE(value(readers.ours->mergeExternalChanges()));
+    EXPECT_EQ(readers.our->text("title"), "Theirs");
+    EXPECT_THAT(inserted, ElementsAre("New"));
+    EXPECT_FALSE(value(readers.ours->mergeExternalChanges()));
+    readers.theirs->remove(*readers.their);
+    value(readers.theirs->save());
+    EXPECT_TRUE(value(readers.ours->mergeExternalChanges()));
+    EXPECT_TRUE(readers.our->isDeleted());
+}

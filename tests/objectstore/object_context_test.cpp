@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "objectstore/library.h"
+
+#include <gmock/gmock.h>
+
+using namespace library;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(ObjectContext, keepsEveryKindOfValueThroughTheStore)
+{
+    Library library;
+    const std::string title = std::string("Größe; 'quoted' \"twice\" 🌳\nsecond line\0after nul", 50);
+    const Bytes cover{std::byte{0}, std::byte{255}, std::byte{7}};
+    ObjectID id;
+    {
+        auto context = library.context();
+        ManagedObject &made = book(*context, title, -9007199254740993);
+        made.setValue("price", 0.1);
+        made.setValue("lent", true);
+        made.setValue("cover", cover);
+        made.setDate("bought", Instant{1796083200.125});
+        id = made.objectID();
+        value(context->save());
+    }
+    library.reopen();
+    auto context = library.context();
+    const ManagedObject *read = context->existingObject({model().entity("Book"), id.key});
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->text("title"), title);
+    EXPECT_EQ(read->integer("pages"), -9007199254740993);
+    EXPECT_EQ(read->number("price"), 0.1);
+    EXPECT_TRUE(read->boolean("lent"));
+    EXPECT_TRUE(sameValue(read->value("cover"), view(Value(cover))));
+    EXPECT_EQ(read->date("bought"), Instant{1796083200.125});
+    EXPECT_TRUE(isNil(read->value("shelf")));
+}
+
+TEST(ObjectContext, findsUnsavedChangesAndForgetsUnsavedDeletions)
+{
+    Library library;
+    auto context = library.context();
+    ManagedObject &first = book(*context, "First", 10);
+    ManagedObject &second = book(*context, "Second", 20);
+    book(*context, "Third", 30);
+    value(context->save());
+
+    first.setValue("pages", std::int64_t{200});
+    context->remove(second);
+    book(*context, "Fourth", 400);
+
+    EXPECT_THAT(titles(fetch(*context, "Book", "pages > 15")), ElementsAre("First", "Third", "Fourth"));
+    EXPECT_EQ(count(*context, "Book", "pages > 15"), 3);
+    EXPECT_EQ(count(*context, "Book", "pages < 15"), 0);
+}
+
+TEST(ObjectContext, answersOverRelationshipsThatAreNotSavedYet)
+{
+    Library library;
+    auto context = library.context();
+    ManagedObject &shelf = context->insert("Shelf");
+    shelf.setValue("title", std::string("Attic"));
+    ManagedObject &label = context->insert("Label");
+    label.setValue("title", std::string("old"));
+    ManagedObject &placed = book(*context, "Placed");
+    value(context->save());
+    placed.setRelated("shelf", &shelf);
+    placed.addObject("labels", label);
+
+    EXPECT_THAT(titles(fetch(*context, "Book", "shelf == %@", {Value(shelf.objectID())})), ElementsAre("Placed"));
+    EXPECT_THAT(titles(fetch(*context, "Book", "shelf.title == 'Attic' AND labels.title == 'old'")), ElementsAre("Placed"));
+    shelf.setValue("title", std::string("Cellar"));
+    EXPECT_EQ(count(*context, "Book", "shelf.title == 'Attic'"), 0);
+    EXPECT_EQ(count(*context, "Shelf", "books.@count == 1"), 1);
+}
+
+TEST(ObjectContext, keepsBothEndsOfARelationshipInStep)
+{
+    Library library;
+    auto context = library.context();
+    ManagedObject &attic = context->insert("Shelf");
+    ManagedObject &cellar = context->insert("Shelf");
+    ManagedObject &saved = book(*context, "Saved");
+    saved.setRelated("shelf", &attic);
+    value(context->save());
+    ManagedObject &fresh = book(*context, "Fresh");
+
+    cellar.addObject("books", saved);
+    cellar.addObject("books", fresh);
+    EXPECT_EQ(saved.related("shelf"), &cellar);
+    EXPECT_THAT(attic.objects("books"), IsEmpty());
+    EXPECT_THAT(cellar.objects("books"), ElementsAre(&saved, &fresh));
+
+    ManagedObject &label = context->insert("Label");
+    label.setObjects("books", {&saved, &fresh});
+    EXPECT_THAT(fresh.objects("labels"), ElementsAre(&label));
+    fresh.removeObject("labels", label);
+    EXPECT_THAT(label.objects("books"), ElementsAre(&saved));
+    value(context->save());
+    library.reopen();
+    auto later = library.context();
+    EXPECT_THAT(titles(fetch(*later, "Label")[0]->objects("books")), ElementsAre("Saved"));
+    EXPECT_THAT(titles(fetch(*later, "Shelf")[1]->objects("books")), ElementsAre("Saved", "Fresh"));
+}
+
+TEST(ObjectContext, deletionFollowsTheRulesOfTheRelationships)
+{
+    Library library;
+    auto context = library.context();
+    ManagedObject &shelf = context->insert("Shelf");
+    ManagedObject &novel = book(*context, "Novel");
+    ManagedObject &label = context->insert("Label");
+    ManagedObject &chapter = context->insert("Chapter");
+    novel.setRelated("shelf", &shelf);
+    novel.addObject("labels", label);
+    chapter.setRelated("book", &novel);
+    value(context->save());
+
+    context->remove(shelf);
+    EXPECT_EQ(novel.related("shelf"), nullptr);
+    context->remove(novel);
+    EXPECT_TRUE(chapter.isDeleted());
+    EXPECT_THAT(label.objects("books"), IsEmpty());
+    value(context->save());
+    auto later = library.context();
+    EXPECT_THAT(fetch(*later, "Book"), IsEmpty());
+    EXPECT_THAT(fetch(*later, "Chapter"), IsEmpty());
+    EXPECT_THAT(fetch(*later, "Label")[0]->objects("books"), IsEmpty());
+}
+
+TEST(ObjectContext, tellsWhatChangedSinceTheLastSave)
+{
+    Library library;
+    auto context = library.context();
+    ManagedObject &novel = book(*context, "Novel", 3);
+    value(context->save());
+    std::vector<std::string> announced;
+    const Subscription subscription = context->onObjectsDidChange([&](const ObjectsChange &change) {
+        for (const ManagedObject *object : change.updated) {
+            for (const auto &[property, changed] : object->changedValues())
+                announced.push_back(property->name);
+        }
+    });
+    novel.setValue("pages", std::int64_t{3}); // the same value is no change
+    novel.setValue("title", std::string("Story"));
+    novel.setPrimitiveValue("price", 2.0);
+    context->processPendingChanges();
+    EXPECT_THAT(announced, ElementsAre("title", "price"));
+    EXPECT_TRUE(novel.hasChanged("title"));
+    novel.setValue("title", std::string("Novel")); // back to what is stored
+    EXPECT_FALSE(novel.hasChanged("title"));
+    value(context->save());
+    EXPECT_FALSE(novel.hasChanges());
+}
+
+TEST(ObjectContext, rollbackForgetsEverythingUnsaved)
+{
+    Library library;
+    auto context = library.context();
+    ManagedObject &kept = book(*context, "Kept");
+    ManagedObject &doomed = book(*context, "Doomed");
+    value(context->save());
+    kept.setValue("title", std::string("Changed"));
+    context->remove(doomed);
+    book(*context, "New");
+    context->rollback();
+    EXPECT_THAT(titles(fetch(*context, "Book")), ElementsAre("Kept", "Doomed"));
+    EXPECT_FALSE(context->hasChanges());
+}
+
+TEST(ObjectContext, recordsAreNamedByUris)
+{
+    Library library;
+    auto context = library.context();
+    ManagedObject &novel = book(*context, "Novel");
+    const std::string uri = context->uri(novel);
+    value(context->save());
+    auto other = library.context();
+    ASSERT_TRUE(other->objectWithURI(uri));
+    EXPECT_EQ(other->objectWithURI(uri)->text("title"), "Novel");
+    Library stranger;
+    EXPECT_EQ(stranger.context()->objectWithURI(uri), nullptr);
+    for (const char *wrong : {"", "Book/1", "x-objectstore://", "x-objectstore://x/Book/1e3"})
+        EXPECT_EQ(other->objectWithURI(wrong), nullptr) << wrong;
+    EXPECT_EQ(other->objectWithURI(uri + "7"), nullptr);
+    context->remove(novel);
+    value(context->save());
+    EXPECT_EQ(library.context()->objectWithURI(uri), nullptr);
+}
+
+TEST(ObjectContext, sortsByKeyPathsWithNothingFirst)
+{
+    Library library;
+    auto context = library.context();
+    ManagedObject &attic = context->insert("Shelf");
+    attic.setValue("title", std::string("attic"));
+    ManagedObject &zoo = context->insert("Shelf");
+    zoo.setValue("title", std::string("Zoo"));
+    book(*context, "b", 2).setRelated("shelf", &zoo);
+    book(*context, "É", 2).setRelated("shelf", &attic);
+    book(*context, "f", 1);
+    value(context->save());
+    const auto sorted = [&](std::vector<SortDescriptor> by) {
+        return titles(value(context->fetch({.entity = "Book", .predicate = {}, .sortDescriptors = std::move(by)})));
+    };
+    EXPECT_THAT(sorted({{.key = "shelf.title", .localized = true}}), ElementsAre("f", "É", "b"));
+    EXPECT_THAT(sorted({{.key = "pages", .ascending = false}, {.key = "title"}}), ElementsAre("b", "É", "f"));
+    EXPECT_FALSE(context->fetch({.entity = "Book", .predicate = {}, .sortDescriptors = {{.key = "colour"}}}));
+    EXPECT_FALSE(context->fetch({.entity = "Pamphlet", .predicate = {}, .sortDescriptors = {}}));
+}

@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "objectstore/library.h"
+
+#include <SQLiteCpp/Database.h>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <iterator>
+
+using namespace library;
+using testing::ElementsAre;
+
+namespace {
+
+std::string contents(const std::filesystem::path &file)
+{
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+foundation::Result<std::unique_ptr<Store>> open(Library &library, const std::filesystem::path &file)
+{
+    return Store::open(model(), file, library.clock);
+}
+
+} // namespace
+
+TEST(StoreFile, whatIsNoStoreIsReportedAndLeftAsItIs)
+{
+    Library library;
+    const auto file = library.folder.path() / "other.store";
+    const auto refusedAs = [&](StoreErrorCode code) {
+        const std::string before = contents(file);
+        const auto opened = open(library, file);
+        ASSERT_FALSE(opened);
+        EXPECT_EQ(opened.error().code, static_cast<int>(code)) << opened.error().detail;
+        EXPECT_FALSE(opened.error().message.empty());
+        EXPECT_EQ(contents(file), before);
+        std::filesystem::remove(file);
+    };
+    std::ofstream(file) << std::string(5000, 'x');
+    refusedAs(StoreErrorCode::Damaged);
+    SQLite::Database(file.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE).exec("CREATE TABLE photographs (a)");
+    refusedAs(StoreErrorCode::Damaged);
+    std::filesystem::create_directory(file);
+    EXPECT_EQ(open(library, file).error().code, static_cast<int>(StoreErrorCode::CannotOpen));
+}
+
+TEST(StoreFile, aStoreOfANewerVersionIsRefusedUntouched)
+{
+    Library library;
+    const auto file = library.store->file();
+    SQLite::Database(file.string(), SQLite::OPEN_READWRITE).exec("PRAGMA user_version=99");
+    const std::string before = contents(file);
+    EXPECT_EQ(open(library, file).error().code, static_cast<int>(StoreErrorCode::NewerSchema));
+    EXPECT_EQ(contents(file), before);
+}
+
+TEST(StoreFile, aStoreWithATriggerIsNotBelieved)
+{
+    Library library;
+    SQLite::Database(library.store->file().string(), SQLite::OPEN_READWRITE)
+        .exec("CREATE TRIGGER t AFTER UPDATE ON Book BEGIN DELETE FROM Book; END");
+    EXPECT_EQ(open(library, library.store->file()).error().code, static_cast<int>(StoreErrorCode::Damaged));
+}
+
+TEST(StoreFile, anOlderStoreIsMigratedAndItsLastStateKept)
+{
+    Library library;
+    auto context = library.context();
+    book(*context, "Novel", 5);
+    value(context->save());
+    context.reset();
+
+    auto schemas = entities();
+    schemas[1].properties.push_back({.name = "isbn", .kind = PropertyKind::Attribute, .type = AttributeType::Text});
+    schemas.push_back({.name = "Reader", .properties = {{.name = "name"}}, .indexes = {{"name"}}});
+    const ObjectModel newer(2, std::move(schemas));
+    const auto store = value(Store::open(newer, library.store->file(), library.clock));
+    EXPECT_EQ(store->uuid(), library.store->uuid());
+    ObjectContext migrated(*store, MergePolicy::Rollback);
+    EXPECT_THAT(titles(fetch(migrated, "Book", "pages == 5 AND isbn == NULL")), ElementsAre("Novel"));
+    migrated.insert("Reader").setValue("name", std::string("Ana"));
+    EXPECT_TRUE(migrated.save());
+    EXPECT_TRUE(std::filesystem::exists(library.store->file().string() + ".before-2"));
+}
+
+TEST(StoreFile, aSaveThatCannotBeMadeKeepsTheChanges)
+{
+    Library library;
+    auto context = library.context();
+    ManagedObject &novel = book(*context, "Novel");
+    value(context->save());
+    novel.setValue("title", std::string("Story"));
+    {
+        SQLite::Database other(library.store->file().string(), SQLite::OPEN_READWRITE);
+        other.exec("ALTER TABLE Book RENAME TO Elsewhere");
+        const auto saved = context->save();
+        ASSERT_FALSE(saved);
+        EXPECT_EQ(saved.error().code, static_cast<int>(StoreErrorCode::NotSaved));
+        EXPECT_TRUE(context->hasChanges());
+        other.exec("ALTER TABLE Elsewhere RENAME TO Book");
+    }
+    value(context->save());
+    EXPECT_THAT(titles(fetch(*library.context(), "Book")), ElementsAre("Story"));
+}
