@@ -3,7 +3,8 @@
 
 #include "foundation/instant.h"
 
-namespace foundation {
+namespace foundation
+{
 
 /// Tells the time. Everything that asks for "now" is handed one, so that a test can set it. Any thread may ask.
 class Clock

@@ -4,9 +4,11 @@
 #include <string>
 #include <tl/expected.hpp>
 
-namespace foundation {
+namespace foundation
+{
 
-/// What went wrong: a code for the caller, a sentence for the person, a detail for the log. No secret is in any of them.
+/// What went wrong: a code for the caller, a sentence for the person, a detail for the log. No secret is in any of
+/// them.
 struct Error {
     std::string domain; ///< which room's codes `code` counts in
     int code = 0; ///< 0 means no error
@@ -17,8 +19,7 @@ struct Error {
 };
 
 /// A value, or why there is none.
-template <typename T>
-using Result = tl::expected<T, Error>;
+template <typename T> using Result = tl::expected<T, Error>;
 
 using Failure = tl::unexpected<Error>;
 

@@ -7,7 +7,8 @@
 #include <string>
 #include <string_view>
 
-namespace foundation {
+namespace foundation
+{
 
 /// A point in time: seconds since 1970-01-01 00:00:00 UTC. Whole milliseconds survive every form it is written in.
 struct Instant {
@@ -38,6 +39,9 @@ struct CivilTime {
 
 /// What the local clock shows at `instant`.
 [[nodiscard]] CivilTime toLocal(Instant instant);
+
+/// To be called when the computer has moved to another time zone (or `TZ` was set): forgets what was known of the old.
+void localZoneChanged();
 
 /// Seconds that the local clock is ahead of UTC at `instant`.
 [[nodiscard]] int localOffset(Instant instant);

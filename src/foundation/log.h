@@ -5,7 +5,8 @@
 #include <string>
 #include <string_view>
 
-namespace foundation {
+namespace foundation
+{
 
 /// Writes one line to the program's log (standard error unless `setLogSink` names another place). Every line passes
 /// `redacted` first. Any thread may call.

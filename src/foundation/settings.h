@@ -15,12 +15,22 @@
 #include <variant>
 #include <vector>
 
-namespace foundation {
+namespace foundation
+{
 
 /// What a setting can hold; the dictionary form serves keyed values such as a key combination.
 using SettingValue = std::variant<bool, std::int64_t, double, std::string, Instant, std::vector<std::byte>,
     std::map<std::string, std::int64_t>>;
 using SettingsTable = std::map<std::string, SettingValue, std::less<>>;
+
+inline constexpr const char *settingsErrorDomain = "SettingsErrorDomain";
+
+/// The codes of errors in `settingsErrorDomain`.
+enum class SettingsErrorCode {
+    Unreadable = 1, ///< the file is there but could not be read; nothing is written over it
+    Damaged = 2, ///< the file was no settings file and has been moved aside
+    NotWritten = 3 ///< the new settings could not be stored; the old ones are whole
+};
 
 /// Where settings are kept between two runs of the program.
 class SettingsFile
@@ -90,11 +100,14 @@ public:
     /// Removes a value, so that the default holds again.
     void remove(std::string_view key);
 
-    /// Writes what has changed to the file.
+    /// Writes what has changed to the file. Settings whose file could not be read are never written over it.
     [[nodiscard]] Result<void> synchronize();
 
 private:
+    template <typename Read> [[nodiscard]] auto inForce(std::string_view key, Read read) const;
+
     SettingsFile &m_file;
+    std::mutex m_writing; ///< one writer at a time, so that the file ends as the last of them
     const SettingsTable m_defaults;
     mutable std::mutex m_mutex;
     SettingsTable m_values;

@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "foundation/settings.h"
+
+#include <charconv>
+#include <cmath>
+
+namespace foundation
+{
+
+namespace
+{
+
+// A value of another kind is read where it says the same; otherwise it counts as never set, and the default holds.
+
+std::optional<std::int64_t> asInteger(const SettingValue &value)
+{
+    if (const auto *number = std::get_if<std::int64_t>(&value))
+        return *number;
+    if (const auto *flag = std::get_if<bool>(&value))
+        return *flag ? 1 : 0;
+    if (const auto *real = std::get_if<double>(&value); real && std::fabs(*real) < 9e18)
+        return static_cast<std::int64_t>(*real);
+    if (const auto *text = std::get_if<std::string>(&value)) {
+        std::int64_t number = 0;
+        const auto [end, failure] = std::from_chars(text->data(), text->data() + text->size(), number);
+        if (failure == std::errc{} && end == text->data() + text->size() && !text->empty())
+            return number;
+    }
+    return std::nullopt;
+}
+
+std::optional<bool> asBoolean(const SettingValue &value)
+{
+    if (const auto number = asInteger(value))
+        return *number != 0;
+    return std::nullopt;
+}
+
+template <typename Kind> std::optional<Kind> as(const SettingValue &value)
+{
+    const auto *held = std::get_if<Kind>(&value);
+    return held ? std::optional<Kind>(*held) : std::nullopt;
+}
+
+template <typename Table> const SettingValue *find(const Table &table, std::string_view key)
+{
+    const auto entry = table.find(key);
+    return entry == table.end() ? nullptr : &entry->second;
+}
+
+} // namespace
+
+Settings::Settings(SettingsFile &file, SettingsTable defaults) : m_file(file), m_defaults(std::move(defaults))
+{
+    if (auto table = m_file.read())
+        m_values = std::move(*table);
+    else
+        m_loadError = std::move(table.error());
+}
+
+/// What `read` makes of the value set for `key`, or else of its default.
+template <typename Read> auto Settings::inForce(std::string_view key, Read read) const
+{
+    const std::scoped_lock lock(m_mutex);
+    decltype(read(std::declval<const SettingValue &>())) result;
+    if (const SettingValue *set = find(m_values, key))
+        result = read(*set);
+    if (!result)
+        if (const SettingValue *preset = find(m_defaults, key))
+            result = read(*preset);
+    return result;
+}
+
+bool Settings::boolean(std::string_view key) const
+{
+    return inForce(key, asBoolean).value_or(false);
+}
+
+std::int64_t Settings::integer(std::string_view key) const
+{
+    return inForce(key, asInteger).value_or(0);
+}
+
+std::string Settings::text(std::string_view key) const
+{
+    return inForce(key, as<std::string>).value_or(std::string());
+}
+
+std::optional<Instant> Settings::date(std::string_view key) const
+{
+    return inForce(key, as<Instant>);
+}
+
+std::optional<SettingValue> Settings::value(std::string_view key) const
+{
+    return inForce(key, [](const SettingValue &value) { return std::optional<SettingValue>(value); });
+}
+
+std::optional<SettingValue> Settings::registeredDefault(std::string_view key) const
+{
+    const SettingValue *preset = find(m_defaults, key);
+    return preset ? std::optional<SettingValue>(*preset) : std::nullopt;
+}
+
+SettingsTable Settings::all() const
+{
+    const std::scoped_lock lock(m_mutex);
+    SettingsTable table = m_values;
+    table.insert(m_defaults.begin(), m_defaults.end());
+    return table;
+}
+
+void Settings::set(std::string_view key, SettingValue value)
+{
+    const std::scoped_lock lock(m_mutex);
+    const auto entry = m_values.find(key);
+    if (entry != m_values.end() && entry->second == value)
+        return;
+    m_values.insert_or_assign(std::string(key), std::move(value));
+    m_changed = true;
+}
+
+void Settings::remove(std::string_view key)
+{
+    const std::scoped_lock lock(m_mutex);
+    const auto entry = m_values.find(key);
+    if (entry == m_values.end())
+        return;
+    m_values.erase(entry);
+    m_changed = true;
+}
+
+Result<void> Settings::synchronize()
+{
+    const std::scoped_lock writing(m_writing);
+    SettingsTable table;
+    {
+        const std::scoped_lock lock(m_mutex);
+        if (!m_changed)
+            return {};
+        if (m_loadError && m_loadError->code == static_cast<int>(SettingsErrorCode::Unreadable))
+            return Failure(*m_loadError);
+        table = m_values;
+        m_changed = false;
+    }
+    Result<void> written = m_file.write(table); // without the lock: a slow disk stops no reader
+    if (!written) {
+        const std::scoped_lock lock(m_mutex);
+        m_changed = true;
+    }
+    return written;
+}
+
+} // namespace foundation
