@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "objectstore/context_state.h"
+#include "objectstore/predicate_evaluator.h"
 
 #include <QCollator>
 #include <QString>
@@ -132,6 +133,7 @@ Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &re
     if (everyObject)
         plan->condition = {};
 
+    const PredicateEvaluator evaluator(request.predicate, *plan->entity);
     const auto index = static_cast<std::size_t>(plan->entity->index());
     auto &objects = m_state->objects[index];
     std::vector<ManagedObject *> found;
@@ -156,7 +158,7 @@ Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &re
             }
             if (!unsaved || (!kept->hasChanges() && !everyObject))
                 found.push_back(kept.get());
-            else if (everyObject && !kept->hasChanges() && request.predicate.matches(*kept))
+            else if (everyObject && !kept->hasChanges() && evaluator.matches(*kept))
                 found.push_back(kept.get());
         }
     } catch (const SQLite::Exception &exception) {
@@ -168,7 +170,7 @@ Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &re
     if (unsaved) {
         for (ManagedObject *object : m_state->sorted(m_state->changed)) {
             if (&object->entity() == plan->entity && object->hasChanges() && !object->m_deleted
-                && request.predicate.matches(*object))
+                && evaluator.matches(*object))
                 found.push_back(object);
         }
         std::sort(found.begin(), found.end(),
@@ -194,6 +196,7 @@ Result<std::int64_t> ObjectContext::count(const FetchRequest &request)
     const auto plan = planFor(request, m_store.model());
     if (!plan)
         return Failure(plan.error());
+    const PredicateEvaluator evaluator(request.predicate, *plan->entity);
     std::int64_t number = 0;
     try {
         const std::string from = " FROM " + identifier(plan->entity->name()) + " t" + where(*plan);
@@ -214,7 +217,7 @@ Result<std::int64_t> ObjectContext::count(const FetchRequest &request)
     if (unsaved) {
         for (const ManagedObject *object : m_state->changed) {
             if (&object->entity() == plan->entity && object->hasChanges() && !object->m_deleted
-                && request.predicate.matches(*object))
+                && evaluator.matches(*object))
                 ++number;
         }
     }

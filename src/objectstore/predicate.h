@@ -62,7 +62,7 @@ public:
     /// Whether `object`, which is not deleted, answers.
     [[nodiscard]] bool matches(const ManagedObject &object) const;
 
-    /// Text that `parse` reads back as the same tree; records are printed as `object("URI-like text")`.
+    /// Text that `parse` reads back as the same tree; records are printed as `OBJECT("Entity", key)`.
     [[nodiscard]] std::string text() const;
 
     /// Whether some key path leads through a relationship to another record's properties, or through a to-many one, so
@@ -75,6 +75,7 @@ public:
     friend bool operator==(const Predicate &left, const Predicate &right);
 
     [[nodiscard]] const PredicateNode &root() const { return *m_root; }
+    [[nodiscard]] const std::shared_ptr<const PredicateNode> &shared() const { return m_root; }
     explicit Predicate(std::shared_ptr<const PredicateNode> root);
 
 private:

@@ -1,0 +1,267 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "objectstore/connection.h"
+#include "objectstore/predicate_node.h"
+
+namespace objectstore {
+
+namespace {
+
+struct Refusal {
+    std::string sentence;
+};
+
+constexpr std::array<std::string_view, 6> comparisonSymbols{" IS ", " IS NOT ", " < ", " <= ", " > ", " >= "};
+
+/// Builds a condition that is true of exactly the rows of which the tree is true in memory. SQL's NULL, which is neither
+/// true nor false, is turned into false wherever a condition is turned round; elsewhere it may stand, so that indexes
+/// serve.
+class Compiler
+{
+public:
+    Compiler(const EntityDescription &entity, SqlCondition &condition) : m_entity(entity), m_condition(condition) { }
+
+    std::string compile(const PredicateNode &node, const std::string &alias, bool strict)
+    {
+        switch (node.kind) {
+        case PredicateNode::Kind::True:
+            return "1";
+        case PredicateNode::Kind::False:
+            return "0";
+        case PredicateNode::Kind::Not:
+            return "NOT " + compile(*node.children[0], alias, true);
+        case PredicateNode::Kind::And:
+        case PredicateNode::Kind::Or: {
+            std::string sql;
+            for (const auto &child : node.children)
+                sql += (sql.empty() ? "(" : node.kind == PredicateNode::Kind::And ? " AND " : " OR ") + compile(*child, alias, strict);
+            return sql + ")";
+        }
+        case PredicateNode::Kind::Comparison:
+            return comparison(node, alias, strict);
+        }
+        return "0";
+    }
+
+private:
+    std::string comparison(const PredicateNode &node, const std::string &alias, bool strict)
+    {
+        const ResolvedPath left = pathOf(node.left);
+        const ResolvedPath right = pathOf(node.right);
+        if (left.isMany() && right.isMany())
+            throw Refusal{"\"" + node.left.name + "\" and \"" + node.right.name + "\" both stand for several values."};
+        if (!left.isMany() && !right.isMany()) {
+            const std::string a = value(node.left, alias);
+            return test(node, a, strict, [&] { return value(node.right, alias); });
+        }
+        const bool all = node.modifier == PredicateNode::Modifier::All;
+        const bool leftMany = left.isMany();
+        // the parameters of the outer value come first where it stands first in the text, so it is compiled in place
+        const std::string exists = along(leftMany ? left : right, 0, alias, [&](const std::string &leaf) {
+            const std::string a = leftMany ? leaf : value(node.left, alias);
+            const std::string condition = test(node, a, strict || all, [&] { return leftMany ? value(node.right, alias) : leaf; });
+            return all ? "NOT " + condition : condition;
+        });
+        return all ? "NOT " + exists : exists;
+    }
+
+    template <typename Right>
+    std::string test(const PredicateNode &node, const std::string &a, bool strict, const Right &right)
+    {
+        const auto safe = [strict](std::string sql) { return strict ? "ifnull(" + sql + ", 0)" : "(" + sql + ")"; };
+        const int options = node.options.bits();
+        const auto fold = [options](const std::string &sql) {
+            return options == 0 ? sql : "text_fold(" + sql + ", " + std::to_string(options) + ")";
+        };
+        switch (node.test) {
+        case Operator::Equal:
+        case Operator::NotEqual:
+            return "(" + fold(a) + std::string(comparisonSymbols[static_cast<std::size_t>(node.test)]) + fold(right()) + ")";
+        case Operator::Less:
+        case Operator::LessOrEqual:
+        case Operator::Greater:
+        case Operator::GreaterOrEqual:
+            return safe(fold(a) + std::string(comparisonSymbols[static_cast<std::size_t>(node.test)]) + fold(right()));
+        case Operator::In:
+            return membership(node, fold(a), fold);
+        case Operator::Between:
+            return between(node, fold(a), fold, safe);
+        default:
+            return "text_test(" + a + ", " + right() + ", " + std::to_string(static_cast<int>(node.test)) + ", " + std::to_string(options) + ")";
+        }
+    }
+
+    template <typename Fold>
+    std::string membership(const PredicateNode &node, const std::string &a, const Fold &fold)
+    {
+        requireList(node.right);
+        std::string items;
+        bool nothing = false;
+        for (const Expression &part : node.right.parts) {
+            if (isNil(part.constantValue()))
+                nothing = true;
+            else
+                items += (items.empty() ? "" : ", ") + fold(parameter(part));
+        }
+        if (items.empty()) // over an empty list SQL says no even for NULL
+            return nothing ? "(" + a + " IS NULL)" : std::string("0");
+        if (!nothing)
+            return "ifnull(" + a + " IN (" + items + "), 0)";
+        // what was compiled for `a` may hold parameters and so can stand only once
+        return "ifnull(" + a + " IN (" + items + "), 1)";
+    }
+
+    template <typename Fold, typename Safe>
+    std::string between(const PredicateNode &node, const std::string &a, const Fold &fold, const Safe &safe)
+    {
+        requireList(node.right);
+        if (node.right.parts.size() != 2)
+            throw Refusal{"BETWEEN needs two values."};
+        const std::string low = fold(parameter(node.right.parts[0]));
+        const std::string high = fold(parameter(node.right.parts[1]));
+        return safe(a + " BETWEEN " + low + " AND " + high);
+    }
+
+    static void requireList(const Expression &expression)
+    {
+        if (expression.kind == Expression::Kind::Variable)
+            throw Refusal{"The variable $" + expression.name + " has no value."};
+    }
+
+    ResolvedPath pathOf(const Expression &expression)
+    {
+        if (expression.kind != Expression::Kind::KeyPath)
+            return {};
+        ResolvedPath path = resolve(expression.name, m_entity);
+        if (!path.problem.empty())
+            throw Refusal{path.problem};
+        return path;
+    }
+
+    /// A value as SQL without affinity, so that nothing is converted before it is compared.
+    std::string value(const Expression &expression, const std::string &alias)
+    {
+        switch (expression.kind) {
+        case Expression::Kind::KeyPath: {
+            const ResolvedPath path = pathOf(expression);
+            if (path.isMany())
+                throw Refusal{"\"" + expression.name + "\" stands for several values and cannot be calculated with."};
+            return single(path, 0, alias);
+        }
+        case Expression::Kind::Self:
+            return alias + "._key";
+        case Expression::Kind::Variable:
+            throw Refusal{"The variable $" + expression.name + " has no value."};
+        case Expression::Kind::List:
+            throw Refusal{"A list can stand only after IN or BETWEEN."};
+        case Expression::Kind::Arithmetic:
+            return calculation(expression, alias);
+        default:
+            return parameter(expression);
+        }
+    }
+
+    std::string parameter(const Expression &expression)
+    {
+        m_condition.parameters.push_back(copy(expression.constantValue()));
+        return "?";
+    }
+
+    std::string calculation(const Expression &expression, const std::string &alias)
+    {
+        const std::string left = operand(expression.parts[0], alias);
+        const std::string right = operand(expression.parts[1], alias);
+        return "(" + left + " " + expression.arithmetic + " " + right + ")";
+    }
+
+    /// An operand as a real number, or NULL where it is no number.
+    std::string operand(const Expression &expression, const std::string &alias)
+    {
+        if (expression.kind == Expression::Kind::Arithmetic)
+            return calculation(expression, alias);
+        if (expression.kind == Expression::Kind::KeyPath) {
+            const ResolvedPath path = pathOf(expression);
+            const Property &last = *path.steps.back();
+            const bool number = path.count || last.isToOne()
+                || (last.isAttribute() && last.type != AttributeType::Text && last.type != AttributeType::Binary);
+            return number ? "+CAST(" + value(expression, alias) + " AS REAL)" : "NULL";
+        }
+        if (expression.kind == Expression::Kind::Self)
+            return "+CAST(" + value(expression, alias) + " AS REAL)";
+        if (!expression.isConstant())
+            return value(expression, alias);
+        const ValueView constant = expression.constantValue();
+        if (isNil(constant) || std::holds_alternative<std::string_view>(constant) || std::holds_alternative<std::span<const std::byte>>(constant))
+            return "NULL";
+        m_condition.parameters.emplace_back(toDouble(constant));
+        return "?";
+    }
+
+    std::string newAlias() { return "x" + std::to_string(++m_aliases); }
+
+    /// A path through to-one relationships as one value; NULL where it meets nothing.
+    std::string single(const ResolvedPath &path, std::size_t step, const std::string &alias)
+    {
+        const Property &property = *path.steps[step];
+        if (step + 1 == path.steps.size())
+            return path.count ? memberCount(property, alias) : alias + "." + identifier(property.name);
+        const std::string inner = newAlias();
+        const std::string value = single(path, step + 1, inner);
+        return "(SELECT " + value + " FROM " + identifier(property.destination->name()) + " " + inner + " WHERE " + inner + "._key = " + alias
+            + "." + identifier(property.name) + ")";
+    }
+
+    std::string memberCount(const Property &property, const std::string &alias)
+    {
+        if (!property.joinTable.empty()) {
+            const std::string inner = newAlias();
+            return "(SELECT count(*) FROM " + identifier(property.joinTable) + " " + inner + " WHERE " + inner + "." + property.joinOwner + " = "
+                + alias + "._key)";
+        }
+        const std::string inner = newAlias();
+        return "(SELECT count(*) FROM " + identifier(property.destination->name()) + " " + inner + " WHERE " + inner + "."
+            + identifier(property.inverse->name) + " = " + alias + "._key)";
+    }
+
+    /// "EXISTS" over every value that the path leads to, of which `leaf` makes the condition.
+    template <typename Leaf>
+    std::string along(const ResolvedPath &path, std::size_t step, const std::string &alias, const Leaf &leaf)
+    {
+        const Property &property = *path.steps[step];
+        const bool last = step + 1 == path.steps.size();
+        if (last && path.count)
+            return leaf(memberCount(property, alias));
+        if (last && !property.isToMany())
+            return leaf(alias + "." + identifier(property.name));
+        const std::string inner = newAlias();
+        std::string from = identifier(property.destination->name()) + " " + inner;
+        std::string link = inner + "._key = " + alias + "." + identifier(property.name);
+        if (property.isToMany() && !property.joinTable.empty()) {
+            const std::string join = newAlias();
+            from = identifier(property.joinTable) + " " + join + " JOIN " + from + " ON " + inner + "._key = " + join + "." + property.joinMember;
+            link = join + "." + property.joinOwner + " = " + alias + "._key";
+        } else if (property.isToMany()) {
+            link = inner + "." + identifier(property.inverse->name) + " = " + alias + "._key";
+        }
+        const std::string condition = last ? leaf(inner + "._key") : along(path, step + 1, inner, leaf);
+        return "EXISTS (SELECT 1 FROM " + from + " WHERE " + link + " AND " + condition + ")";
+    }
+
+    const EntityDescription &m_entity;
+    SqlCondition &m_condition;
+    int m_aliases = 0;
+};
+
+} // namespace
+
+foundation::Result<SqlCondition> compileToSql(const Predicate &predicate, const EntityDescription &entity, std::string_view alias)
+{
+    SqlCondition condition;
+    try {
+        condition.sql = Compiler(entity, condition).compile(predicate.root(), std::string(alias), false);
+    } catch (const Refusal &refusal) {
+        return foundation::Failure({"ObjectStoreErrorDomain", static_cast<int>(StoreErrorCode::BadRequest), refusal.sentence, predicate.text()});
+    }
+    return condition;
+}
+
+} // namespace objectstore

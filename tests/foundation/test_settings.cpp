@@ -1,0 +1,225 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "foundation/clock.h"
+#include "foundation/log.h"
+#include "foundation/settings.h"
+
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <limits>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace foundation;
+namespace fs = std::filesystem;
+
+namespace
+{
+
+class SettingsFiles : public testing::Test
+{
+protected:
+    SettingsFiles()
+    {
+        std::string name = (fs::temp_directory_path() / "quelvin-settings-XXXXXX").string();
+        m_folder = ::mkdtemp(name.data());
+        path = m_folder / "deep" / "folder" / "settings.json";
+    }
+    ~SettingsFiles() override { fs::remove_all(m_folder); }
+
+    void put(const std::string &text) const
+    {
+        fs::create_directories(path.parent_path());
+        std::ofstream(path, std::ios::binary) << text;
+    }
+    static std::string contents(const fs::path &file)
+    {
+        std::ifstream stream(file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+    [[nodiscard]] std::vector<std::string> names() const
+    {
+        std::vector<std::string> found;
+        for (const auto &entry : fs::directory_iterator(path.parent_path()))
+            found.push_back(entry.path().filename().string());
+        std::sort(found.begin(), found.end());
+        return found;
+    }
+
+    fs::path path;
+
+private:
+    fs::path m_folder;
+};
+
+unsigned mode(const fs::path &file)
+{
+    struct stat status {
+    };
+    return ::stat(file.c_str(), &status) == 0 ? status.st_mode & 0777U : 0;
+}
+
+const SettingsTable everyKind{
+    {"yes", true},
+    {"no", false},
+    {"big", std::numeric_limits<std::int64_t>::max()},
+    {"small", std::numeric_limits<std::int64_t>::min()},
+    {"whole real", 3.0},
+    {"real", 0.1},
+    {"infinite", -std::numeric_limits<double>::infinity()},
+    {"text", "Grüße \"\\ \n \xf0\x9f\x8d\x8e"},
+    {"empty text", ""},
+    {"text with nul", std::string("a\0b", 3)},
+    {"text that is not UTF-8", "\xff\xfe\x41"},
+    {"date", Instant{1'796'133'600.25}},
+    {"data", std::vector<std::byte>{std::byte{0}, std::byte{255}, std::byte{34}}},
+    {"no data", std::vector<std::byte>{}},
+    {"keys", std::map<std::string, std::int64_t>{{"keyCode", 49}, {"modifiers", std::int64_t{1} << 40}}},
+    {"no keys", std::map<std::string, std::int64_t>{}},
+};
+
+} // namespace
+
+TEST_F(SettingsFiles, everyKindOfValueSurvivesTheFile)
+{
+    JsonSettingsFile file(path);
+    EXPECT_TRUE(file.read()->empty());
+    ASSERT_TRUE(file.write(everyKind));
+    EXPECT_EQ(*JsonSettingsFile(path).read(), everyKind);
+}
+
+TEST_F(SettingsFiles, areForTheirUserAloneWhateverTheUmask)
+{
+    const mode_t former = ::umask(0);
+    JsonSettingsFile file(path);
+    ASSERT_TRUE(file.write({{"a", true}}));
+    ASSERT_TRUE(file.write({{"a", false}}));
+    ::umask(former);
+    EXPECT_EQ(mode(path), 0600U);
+    EXPECT_EQ(mode(path.string() + ".bak"), 0600U);
+    EXPECT_EQ(mode(path.parent_path()), 0700U);
+    EXPECT_EQ(mode(path.parent_path().parent_path()), 0700U);
+}
+
+TEST_F(SettingsFiles, keepOneBackupAndNoOtherFile)
+{
+    JsonSettingsFile file(path);
+    for (std::int64_t i = 1; i <= 3; ++i)
+        ASSERT_TRUE(file.write({{"n", i}}));
+    EXPECT_EQ(names(), (std::vector<std::string>{"settings.json", "settings.json.bak"}));
+    EXPECT_EQ(*JsonSettingsFile(path.string() + ".bak").read(), (SettingsTable{{"n", std::int64_t{2}}}));
+}
+
+TEST_F(SettingsFiles, aDamagedFileIsKeptAsideAndReported)
+{
+    for (const std::string &damage : {std::string(), std::string("{\"a\": 1"), std::string("[1]"),
+             std::string("\0\0", 2), std::string("{\"a\":") + std::string(100'000, '[')}) {
+        fs::remove_all(path.parent_path());
+        put(damage);
+        JsonSettingsFile file(path);
+        Settings settings(file, {{"a", std::int64_t{7}}});
+        ASSERT_TRUE(settings.loadError());
+        EXPECT_EQ(settings.loadError()->code, static_cast<int>(SettingsErrorCode::Damaged));
+        EXPECT_EQ(settings.integer("a"), 7);
+        ASSERT_EQ(names().size(), 1U);
+        EXPECT_TRUE(names().front().starts_with("settings.json.damaged-20")) << names().front();
+        EXPECT_EQ(contents(path.parent_path() / names().front()), damage);
+        settings.set("a", std::int64_t{8});
+        EXPECT_TRUE(settings.synchronize());
+        EXPECT_EQ(names().size(), 2U);
+    }
+}
+
+TEST_F(SettingsFiles, aValueOfNoKnownKindLosesOnlyItself)
+{
+    setLogSink([](std::string_view) {});
+    put(R"({"a": null, "b": {"date": "soon"}, "c": {"data": "%%"}, "d": {"table": {"k": 1.5}}, "e": [1], "f": 2.5})");
+    EXPECT_EQ(*JsonSettingsFile(path).read(), (SettingsTable{{"f", 2.5}}));
+    setLogSink({});
+}
+
+TEST_F(SettingsFiles, aFailedWriteLeavesTheOldSettingsWhole)
+{
+    JsonSettingsFile file(path);
+    Settings settings(file, {});
+    settings.set("password", std::string("old"));
+    ASSERT_TRUE(settings.synchronize());
+    const std::string before = contents(path);
+
+    // The limit on the size of files acts as a disk that is full after some of the bytes.
+    ::signal(SIGXFSZ, SIG_IGN);
+    rlimit former{};
+    ::getrlimit(RLIMIT_FSIZE, &former);
+    const rlimit tight{5000, former.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &tight);
+    settings.set("password", std::string(8000, 'x'));
+    const auto failed = settings.synchronize();
+    ::setrlimit(RLIMIT_FSIZE, &former);
+
+    ASSERT_FALSE(failed);
+    EXPECT_EQ(failed.error().code, static_cast<int>(SettingsErrorCode::NotWritten));
+    EXPECT_EQ(contents(path), before);
+    EXPECT_EQ(names(), std::vector<std::string>{"settings.json"});
+    ASSERT_TRUE(settings.synchronize()) << "the change is still there once the disk has room";
+    EXPECT_EQ(Settings(file, {}).text("password").size(), 8000U);
+}
+
+TEST_F(SettingsFiles, whatCannotBeReadIsNotWrittenOver)
+{
+    fs::create_directories(path); // a folder in the file's place
+    JsonSettingsFile file(path);
+    Settings settings(file, {});
+    ASSERT_TRUE(settings.loadError());
+    settings.set("a", true);
+    EXPECT_FALSE(settings.synchronize());
+    EXPECT_TRUE(fs::is_directory(path));
+    EXPECT_FALSE(JsonSettingsFile("/dev/null/settings.json").write({{"a", true}}));
+}
+
+RC_GTEST_FIXTURE_PROP(SettingsFiles, noDamageCrashesTheReader, ())
+{
+    setLogSink([](std::string_view) {});
+    JsonSettingsFile file(path);
+    RC_ASSERT(file.write(everyKind));
+    std::string text = contents(path);
+    const auto position = *rc::gen::inRange<std::size_t>(0, text.size());
+    if (*rc::gen::arbitrary<bool>())
+        text.resize(position);
+    else
+        text[position] = *rc::gen::arbitrary<char>();
+    put(text);
+    const auto table = file.read();
+    RC_ASSERT(table || table.error().code == static_cast<int>(SettingsErrorCode::Damaged));
+    setLogSink({});
+}
+
+TEST(Settings, readAsTheirDefaultsUntilSet)
+{
+    MemorySettingsFile file;
+    Settings settings(file, {{"timeout", std::int64_t{30}}, {"on", true}, {"name", std::string("Ana")}});
+    EXPECT_EQ(settings.integer("timeout"), 30);
+    settings.set("timeout", std::int64_t{5});
+    settings.set("on", std::string("not a flag")); // of the wrong kind, so the default holds
+    EXPECT_EQ(settings.integer("timeout"), 5);
+    EXPECT_TRUE(settings.boolean("on"));
+    EXPECT_EQ(settings.all().size(), 3U);
+    EXPECT_TRUE(file.read()->empty());
+    ASSERT_TRUE(settings.synchronize());
+    EXPECT_EQ(file.read()->size(), 2U);
+    settings.remove("timeout");
+    EXPECT_EQ(settings.integer("timeout"), 30);
+    EXPECT_EQ(settings.text("name"), "Ana");
+    EXPECT_EQ(settings.text("nothing"), "");
+    EXPECT_FALSE(settings.date("nothing"));
+}
+
+TEST(SystemClock, countsInWholeMilliseconds)
+{
+    const double now = SystemClock().now().seconds;
+    EXPECT_NEAR(now, static_cast<double>(std::time(nullptr)), 2);
+    EXPECT_DOUBLE_EQ(now * 1000, std::round(now * 1000));
+}
