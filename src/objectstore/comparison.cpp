@@ -24,7 +24,10 @@ Class classOf(const ValueView &value)
     }
 }
 
-bool isReal(const ValueView &value) { return std::holds_alternative<double>(value) || std::holds_alternative<Instant>(value); }
+bool isReal(const ValueView &value)
+{
+    return std::holds_alternative<double>(value) || std::holds_alternative<Instant>(value);
+}
 
 std::int64_t whole(const ValueView &value)
 {
@@ -32,7 +35,10 @@ std::int64_t whole(const ValueView &value)
     return id ? id->key : toInteger(value);
 }
 
-int sign(bool less, bool greater) { return less ? -1 : greater ? 1 : 0; }
+int sign(bool less, bool greater)
+{
+    return less ? -1 : greater ? 1 : 0;
+}
 
 /// Exact, where a conversion of either to the other's type would round.
 int compareMixed(std::int64_t integer, double real)
@@ -64,7 +70,7 @@ int compareBytes(const void *left, std::size_t leftSize, const void *right, std:
 {
     const std::size_t common = std::min(leftSize, rightSize);
     const int order = common == 0 ? 0 : std::memcmp(left, right, common);
-    return order != 0 ? order : sign(leftSize < rightSize, leftSize > rightSize);
+    return order != 0 ? order : sign(leftSize<rightSize, leftSize> rightSize);
 }
 
 } // namespace
@@ -90,7 +96,10 @@ int compareStored(const ValueView &left, const ValueView &right)
     return 0;
 }
 
-bool equalStored(const ValueView &left, const ValueView &right) { return compareStored(left, right) == 0; }
+bool equalStored(const ValueView &left, const ValueView &right)
+{
+    return compareStored(left, right) == 0;
+}
 
 bool answers(Operator test, int order)
 {
@@ -112,10 +121,15 @@ ValueView calculate(char operation, const ValueView &left, const ValueView &righ
 {
     if (classOf(left) != Class::Number || classOf(right) != Class::Number)
         return {};
-    const auto real = [](const ValueView &value) { return isReal(value) ? toDouble(value) : static_cast<double>(whole(value)); };
+    const auto real
+        = [](const ValueView &value) { return isReal(value) ? toDouble(value) : static_cast<double>(whole(value)); };
     const double a = real(left);
     const double b = real(right);
-    const double result = operation == '+' ? a + b : operation == '-' ? a - b : operation == '*' ? a * b : b == 0 ? std::nan("") : a / b;
+    const double result = operation == '+' ? a + b
+        : operation == '-'                 ? a - b
+        : operation == '*'                 ? a * b
+        : b == 0                           ? std::nan("")
+                                           : a / b;
     return std::isnan(result) ? ValueView() : ValueView(result);
 }
 

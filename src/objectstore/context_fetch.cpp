@@ -128,8 +128,8 @@ Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &re
 
     // Unsaved changes may alter the answer. Where any exist, objects that hold some are asked in memory; and a
     // predicate over relationships, whose answer may hang on changes elsewhere, is asked of every object in memory.
-    const bool unsaved = hasChanges();
-    const bool everyObject = unsaved && request.predicate.followsRelationships();
+    const bool everyObject = request.predicate.followsRelationships() && hasChanges();
+    const bool unsaved = everyObject || !m_state->changedOf(*plan->entity).empty();
     if (everyObject)
         plan->condition = {};
 
@@ -168,9 +168,8 @@ Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &re
     for (ManagedObject *object : loaded)
         object->awakeFromFetch();
     if (unsaved) {
-        for (ManagedObject *object : m_state->sorted(m_state->changed)) {
-            if (&object->entity() == plan->entity && object->hasChanges() && !object->m_deleted
-                && evaluator.matches(*object))
+        for (ManagedObject *object : m_state->changedOf(*plan->entity)) {
+            if (object->hasChanges() && !object->m_deleted && evaluator.matches(*object))
                 found.push_back(object);
         }
         std::sort(found.begin(), found.end(),
@@ -186,8 +185,7 @@ Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &re
 Result<std::int64_t> ObjectContext::count(const FetchRequest &request)
 {
     processPendingChanges();
-    const bool unsaved = hasChanges();
-    if (unsaved && request.predicate.followsRelationships()) {
+    if (request.predicate.followsRelationships() && hasChanges()) {
         auto found = fetch(request);
         return found ? Result<std::int64_t>(static_cast<std::int64_t>(found->size())) : Failure(found.error());
     }
@@ -197,6 +195,7 @@ Result<std::int64_t> ObjectContext::count(const FetchRequest &request)
     if (!plan)
         return Failure(plan.error());
     const PredicateEvaluator evaluator(request.predicate, *plan->entity);
+    const bool unsaved = !m_state->changedOf(*plan->entity).empty();
     std::int64_t number = 0;
     try {
         const std::string from = " FROM " + identifier(plan->entity->name()) + " t" + where(*plan);
@@ -215,9 +214,8 @@ Result<std::int64_t> ObjectContext::count(const FetchRequest &request)
         return Failure(storeError(StoreErrorCode::Unreadable, "The tasks could not be counted.", exception));
     }
     if (unsaved) {
-        for (const ManagedObject *object : m_state->changed) {
-            if (&object->entity() == plan->entity && object->hasChanges() && !object->m_deleted
-                && evaluator.matches(*object))
+        for (const ManagedObject *object : m_state->changedOf(*plan->entity)) {
+            if (object->hasChanges() && !object->m_deleted && evaluator.matches(*object))
                 ++number;
         }
     }

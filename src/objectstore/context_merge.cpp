@@ -38,7 +38,7 @@ void ObjectContext::mergeChanges(const ChangeSet &changes)
             continue;
         deleted->m_unsaved.reset();
         deleted->m_deleted = true;
-        m_state->changed.erase(deleted);
+        m_state->changedOf(deleted->entity()).erase(deleted);
         m_state->pendingUpdated.erase(deleted);
         m_state->pendingDeleted.insert(deleted);
     }

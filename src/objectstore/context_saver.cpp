@@ -15,7 +15,7 @@ ContextSaver::ContextSaver(ObjectContext &context)
 
 Result<SaveReport> ContextSaver::save()
 {
-    for (ManagedObject *object : m_state.sorted(m_state.changed)) {
+    for (ManagedObject *object : m_state.allChanged()) {
         if (!object->m_deleted)
             object->willSave();
     }
@@ -43,7 +43,7 @@ void ContextSaver::write()
     static thread_local std::mt19937_64 random{std::random_device{}()};
     m_save = std::stoll("0" + storeValue(m_connection, "save")) + 1;
     m_token = std::to_string(random());
-    for (ManagedObject *object : m_state.sorted(m_state.changed)) {
+    for (ManagedObject *object : m_state.allChanged()) {
         if (object->m_inserted && !object->m_deleted)
             insert(*object);
         else if (object->m_deleted && !object->m_inserted)
@@ -175,7 +175,7 @@ SaveReport ContextSaver::adopt()
         object.m_deleted = !conflict.storeRow;
         m_state.pendingUpdated.insert(&object);
     }
-    for (ManagedObject *object : m_state.sorted(m_state.changed)) {
+    for (ManagedObject *object : m_state.allChanged()) {
         if (object->m_deleted) {
             if (!object->m_inserted)
                 report.changes.deleted.push_back(object->m_id);
@@ -196,7 +196,8 @@ SaveReport ContextSaver::adopt()
     }
     for (auto &[table, changes] : m_state.joins)
         changes.clear();
-    m_state.changed.clear();
+    for (auto &set : m_state.changed)
+        set.clear();
     if (!m_conflicts.empty())
         m_context.forgetMembers();
     m_context.processPendingChanges();

@@ -39,7 +39,7 @@ struct ObjectContext::State {
     std::vector<Objects> objects; ///< by entity index, then key
     std::vector<std::vector<std::int64_t>> faults; ///< keys of objects that were made as faults, loaded in batches
     std::vector<RowPointer> defaults; ///< the row that an inserted object starts from, by entity index
-    ObjectSet changed; ///< inserted, updated or deleted since the last save
+    std::vector<ObjectSet> changed; ///< inserted, updated or deleted since the last save, by entity index
     ObjectSet pendingInserted; ///< the same since the last announcement
     ObjectSet pendingUpdated;
     ObjectSet pendingDeleted;
@@ -51,7 +51,12 @@ struct ObjectContext::State {
     std::int64_t seenSave = 0;
     bool announcing = false;
 
-    [[nodiscard]] std::vector<ManagedObject *> sorted(const ObjectSet &set) const;
+    [[nodiscard]] ObjectSet &changedOf(const EntityDescription &entity)
+    {
+        return changed[static_cast<std::size_t>(entity.index())];
+    }
+    [[nodiscard]] std::vector<ManagedObject *> allChanged() const;
+    [[nodiscard]] static std::vector<ManagedObject *> sorted(const ObjectSet &set);
 };
 
 /// Writes a context's changes in one transaction and then lets its objects know.

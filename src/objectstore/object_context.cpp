@@ -14,15 +14,15 @@ namespace {
 
 constexpr std::size_t faultBatch = 64;
 
-/// Keys grow with time in steps of a millisecond with twenty random bits below, so that two processes that insert at
-/// the same moment do not meet; within one context they grow by one.
+/// Keys grow with time: the milliseconds, and below them twenty bits that start at random in each millisecond and count
+/// on from there, so that two processes that insert at the same moment do not meet.
 std::int64_t nextKey(std::int64_t last, const foundation::Clock &clock)
 {
     constexpr double epoch = 1577836800; // 2020-01-01
     static thread_local std::mt19937 random{std::random_device{}()};
-    const auto milliseconds = static_cast<std::int64_t>((clock.now().seconds - epoch) * 1000);
-    const std::int64_t fresh = (std::max<std::int64_t>(milliseconds, 1) << 20) | (random() & 0xfffff);
-    return std::max(last + 1, fresh);
+    const auto milliseconds
+        = std::max<std::int64_t>(static_cast<std::int64_t>((clock.now().seconds - epoch) * 1000), 1);
+    return last >> 20 >= milliseconds ? last + 1 : (milliseconds << 20) | (random() & 0x7ffff);
 }
 
 RowPointer defaultRow(const EntityDescription &entity)
@@ -43,11 +43,21 @@ bool byKey(const ManagedObject *left, const ManagedObject *right)
 
 } // namespace
 
-std::vector<ManagedObject *> ObjectContext::State::sorted(const ObjectSet &set) const
+std::vector<ManagedObject *> ObjectContext::State::sorted(const ObjectSet &set)
 {
     std::vector<ManagedObject *> ordered(set.begin(), set.end());
     std::sort(ordered.begin(), ordered.end(), byKey);
     return ordered;
+}
+
+std::vector<ManagedObject *> ObjectContext::State::allChanged() const
+{
+    std::vector<ManagedObject *> all;
+    for (const ObjectSet &set : changed) {
+        const auto ordered = sorted(set);
+        all.insert(all.end(), ordered.begin(), ordered.end());
+    }
+    return all;
 }
 
 ObjectContext::ObjectContext(Store &store, MergePolicy policy)
@@ -68,6 +78,7 @@ ObjectContext::ObjectContext(Store &store, MergePolicy policy)
     }
     const std::size_t entities = store.model().entities().size();
     m_state->objects.resize(entities);
+    m_state->changed.resize(entities);
     m_state->faults.resize(entities);
     for (const auto &entity : store.model().entities())
         m_state->defaults.push_back(defaultRow(*entity));
@@ -95,7 +106,7 @@ ManagedObject &ObjectContext::insert(std::string_view entityName)
     ManagedObject &object = registered({entity, m_state->lastKey});
     object.m_row = m_state->defaults[static_cast<std::size_t>(entity->index())];
     object.m_inserted = true;
-    m_state->changed.insert(&object);
+    m_state->changedOf(object.entity()).insert(&object);
     m_state->pendingInserted.insert(&object);
     if (m_undo)
         m_undo->recordInsertion(object);
@@ -120,7 +131,7 @@ void ObjectContext::remove(ManagedObject &object)
 void ObjectContext::markDeleted(ManagedObject &object)
 {
     object.m_deleted = true;
-    m_state->changed.insert(&object);
+    m_state->changedOf(object.entity()).insert(&object);
     m_state->pendingUpdated.erase(&object);
     if (m_state->pendingInserted.erase(&object) == 0)
         m_state->pendingDeleted.insert(&object);
@@ -130,7 +141,7 @@ void ObjectContext::markDeleted(ManagedObject &object)
 void ObjectContext::revive(ManagedObject &object)
 {
     object.m_deleted = false;
-    if (m_state->changed.insert(&object).second)
+    if (m_state->changedOf(object.entity()).insert(&object).second)
         object.m_inserted = true;
     if (m_state->pendingDeleted.erase(&object) == 0)
         m_state->pendingInserted.insert(&object);
@@ -192,7 +203,7 @@ void ObjectContext::changeMembers(ManagedObject &owner, const Property &relation
 
 void ObjectContext::noteChange(ManagedObject &object)
 {
-    m_state->changed.insert(&object);
+    m_state->changedOf(object.entity()).insert(&object);
     if (!m_state->pendingInserted.contains(&object))
         m_state->pendingUpdated.insert(&object);
 }
@@ -295,9 +306,7 @@ std::vector<ManagedObject *> ObjectContext::readMembers(const ManagedObject &own
                 keys.erase(entry->first.second);
         }
     } else {
-        for (const ManagedObject *changed : m_state->changed) {
-            if (&changed->entity() != relationship.destination)
-                continue;
+        for (const ManagedObject *changed : m_state->changedOf(*relationship.destination)) {
             const Value *unsaved = changed->unsavedValue(relationship.inverse->slot);
             if (!unsaved)
                 continue;
@@ -326,8 +335,11 @@ void ObjectContext::forgetMembers()
 
 bool ObjectContext::hasChanges() const
 {
-    return std::any_of(m_state->changed.begin(), m_state->changed.end(),
-        [](const ManagedObject *object) { return object->hasChanges() && !(object->m_inserted && object->m_deleted); });
+    return std::any_of(m_state->changed.begin(), m_state->changed.end(), [](const State::ObjectSet &set) {
+        return std::any_of(set.begin(), set.end(), [](const ManagedObject *object) {
+            return object->hasChanges() && !(object->m_inserted && object->m_deleted);
+        });
+    });
 }
 
 void ObjectContext::processPendingChanges()
@@ -363,7 +375,7 @@ Result<SaveReport> ObjectContext::save()
 
 void ObjectContext::rollback()
 {
-    for (ManagedObject *object : m_state->sorted(m_state->changed)) {
+    for (ManagedObject *object : m_state->allChanged()) {
         object->m_unsaved.reset();
         if (object->m_inserted)
             object->m_deleted = true;
@@ -373,7 +385,8 @@ void ObjectContext::rollback()
     }
     for (auto &[table, changes] : m_state->joins)
         changes.clear();
-    m_state->changed.clear();
+    for (State::ObjectSet &set : m_state->changed)
+        set.clear();
     m_state->pendingInserted.clear();
     m_state->pendingDeleted.clear();
     forgetMembers();

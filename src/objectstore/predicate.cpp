@@ -13,14 +13,19 @@ namespace {
 
 constexpr double referenceDate = 978307200; // 2001-01-01 00:00:00 UTC
 
-Predicate made(PredicateNode node) { return Predicate(std::make_shared<const PredicateNode>(std::move(node))); }
+Predicate made(PredicateNode node)
+{
+    return Predicate(std::make_shared<const PredicateNode>(std::move(node)));
+}
 
 Predicate joined(PredicateNode::Kind kind, std::vector<Predicate> parts)
 {
     if (parts.size() == 1)
         return parts.front();
     PredicateNode node;
-    node.kind = parts.empty() ? (kind == PredicateNode::Kind::And ? PredicateNode::Kind::True : PredicateNode::Kind::False) : kind;
+    node.kind = parts.empty()
+        ? (kind == PredicateNode::Kind::And ? PredicateNode::Kind::True : PredicateNode::Kind::False)
+        : kind;
     for (const Predicate &part : parts)
         node.children.push_back(part.shared());
     if (!sizeOf(node).isWithinBounds())
@@ -79,16 +84,14 @@ PredicateNode::Pointer substituted(const PredicateNode::Pointer &node, const Var
 }
 
 /// Calls `visit` with every expression of the tree.
-template <typename Visit>
-void forEachExpression(const Expression &expression, const Visit &visit)
+template <typename Visit> void forEachExpression(const Expression &expression, const Visit &visit)
 {
     visit(expression);
     for (const Expression &part : expression.parts)
         forEachExpression(part, visit);
 }
 
-template <typename Visit>
-void forEachExpression(const PredicateNode &node, const Visit &visit)
+template <typename Visit> void forEachExpression(const PredicateNode &node, const Visit &visit)
 {
     for (const auto &child : node.children)
         forEachExpression(*child, visit);
@@ -161,15 +164,9 @@ ResolvedPath resolve(std::string_view path, const EntityDescription &entity)
     return resolved;
 }
 
-Predicate::Predicate()
-    : m_root(std::make_shared<const PredicateNode>())
-{
-}
+Predicate::Predicate() : m_root(std::make_shared<const PredicateNode>()) { }
 
-Predicate::Predicate(std::shared_ptr<const PredicateNode> root)
-    : m_root(std::move(root))
-{
-}
+Predicate::Predicate(std::shared_ptr<const PredicateNode> root) : m_root(std::move(root)) { }
 
 tl::expected<Predicate, ParseError> Predicate::parse(std::string_view format, std::initializer_list<Argument> arguments)
 {
@@ -184,8 +181,14 @@ Predicate Predicate::format(std::string_view format, std::initializer_list<Argum
     return std::move(*parsed);
 }
 
-Predicate Predicate::conjunction(std::vector<Predicate> parts) { return joined(PredicateNode::Kind::And, std::move(parts)); }
-Predicate Predicate::disjunction(std::vector<Predicate> parts) { return joined(PredicateNode::Kind::Or, std::move(parts)); }
+Predicate Predicate::conjunction(std::vector<Predicate> parts)
+{
+    return joined(PredicateNode::Kind::And, std::move(parts));
+}
+Predicate Predicate::disjunction(std::vector<Predicate> parts)
+{
+    return joined(PredicateNode::Kind::Or, std::move(parts));
+}
 
 Predicate Predicate::negation(Predicate part)
 {
@@ -197,17 +200,27 @@ Predicate Predicate::negation(Predicate part)
     return made(std::move(node));
 }
 
-Predicate Predicate::withVariables(const Variables &variables) const { return Predicate(substituted(m_root, variables)); }
+Predicate Predicate::withVariables(const Variables &variables) const
+{
+    return Predicate(substituted(m_root, variables));
+}
 
-bool Predicate::isAlwaysTrue() const { return m_root->kind == PredicateNode::Kind::True; }
+bool Predicate::isAlwaysTrue() const
+{
+    return m_root->kind == PredicateNode::Kind::True;
+}
 
-bool Predicate::matches(const ManagedObject &object) const { return PredicateEvaluator(*this, object.entity()).matches(object); }
+bool Predicate::matches(const ManagedObject &object) const
+{
+    return PredicateEvaluator(*this, object.entity()).matches(object);
+}
 
 bool Predicate::followsRelationships() const
 {
     bool follows = false;
     forEachExpression(*m_root, [&follows](const Expression &expression) {
-        follows = follows || (expression.kind == Expression::Kind::KeyPath && expression.name.find('.') != std::string::npos);
+        follows = follows
+            || (expression.kind == Expression::Kind::KeyPath && expression.name.find('.') != std::string::npos);
     });
     return follows;
 }

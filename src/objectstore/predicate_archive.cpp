@@ -105,7 +105,8 @@ private:
     Bytes m_bytes;
 };
 
-struct Malformed { };
+struct Malformed {
+};
 
 class Reader
 {
@@ -218,7 +219,8 @@ public:
     {
         count(depth);
         auto result = std::make_shared<PredicateNode>();
-        result->kind = static_cast<PredicateNode::Kind>(byte(static_cast<std::size_t>(PredicateNode::Kind::Comparison)));
+        result->kind
+            = static_cast<PredicateNode::Kind>(byte(static_cast<std::size_t>(PredicateNode::Kind::Comparison)));
         if (result->kind == PredicateNode::Kind::Comparison) {
             result->test = static_cast<Operator>(byte(static_cast<std::size_t>(Operator::Between)));
             result->modifier = static_cast<PredicateNode::Modifier>(byte(1));

@@ -11,8 +11,7 @@ namespace objectstore {
 
 /// One side of a comparison with its key path resolved.
 struct PredicateEvaluator::Operand {
-    Operand(const Expression &source, const EntityDescription &entity)
-        : expression(source)
+    Operand(const Expression &source, const EntityDescription &entity) : expression(source)
     {
         if (source.kind == Expression::Kind::KeyPath)
             path = resolve(source.name, entity);
@@ -39,8 +38,7 @@ struct PredicateEvaluator::Operand {
     }
 
     /// Calls `visit` with each value until it returns true; whether one did.
-    template <typename Visit>
-    bool anyValue(const ManagedObject &object, const Visit &visit) const
+    template <typename Visit> bool anyValue(const ManagedObject &object, const Visit &visit) const
     {
         return several ? anyAlong(object, 0, visit) : visit(value(object));
     }
@@ -66,8 +64,7 @@ private:
         return path.count ? ValueView(static_cast<std::int64_t>(current->objects(last).size())) : current->value(last);
     }
 
-    template <typename Visit>
-    bool anyAlong(const ManagedObject &object, std::size_t step, const Visit &visit) const
+    template <typename Visit> bool anyAlong(const ManagedObject &object, std::size_t step, const Visit &visit) const
     {
         const Property &property = *path.steps[step];
         const bool last = step + 1 == path.steps.size();
@@ -88,14 +85,14 @@ private:
 
 struct PredicateEvaluator::Node {
     Node(const PredicateNode &from, const EntityDescription &entity)
-        : source(from)
-        , left(from.left, entity)
-        , right(from.right, entity)
+        : source(from), left(from.left, entity), right(from.right, entity)
     {
         const auto *text = std::get_if<std::string_view>(&right.constant);
-        const bool textOperator = isTextTest(from.test) || ((from.test == Operator::Equal || from.test == Operator::NotEqual) && from.options.any());
+        const bool textOperator = isTextTest(from.test)
+            || ((from.test == Operator::Equal || from.test == Operator::NotEqual) && from.options.any());
         if (from.kind == PredicateNode::Kind::Comparison && text && textOperator)
-            prepared = std::make_unique<TextTest>(from.test == Operator::NotEqual ? Operator::Equal : from.test, *text, from.options);
+            prepared = std::make_unique<TextTest>(
+                from.test == Operator::NotEqual ? Operator::Equal : from.test, *text, from.options);
     }
 
     [[nodiscard]] bool answer(const ManagedObject &object) const
@@ -106,9 +103,11 @@ struct PredicateEvaluator::Node {
         case PredicateNode::Kind::False:
             return false;
         case PredicateNode::Kind::And:
-            return std::all_of(children.begin(), children.end(), [&](const auto &child) { return child->answer(object); });
+            return std::all_of(
+                children.begin(), children.end(), [&](const auto &child) { return child->answer(object); });
         case PredicateNode::Kind::Or:
-            return std::any_of(children.begin(), children.end(), [&](const auto &child) { return child->answer(object); });
+            return std::any_of(
+                children.begin(), children.end(), [&](const auto &child) { return child->answer(object); });
         case PredicateNode::Kind::Not:
             return !children[0]->answer(object);
         case PredicateNode::Kind::Comparison:
@@ -132,7 +131,8 @@ struct PredicateEvaluator::Node {
         case Operator::NotEqual:
             return !equal(a, b);
         case Operator::In:
-            return std::any_of(right.parts.begin(), right.parts.end(), [&](const Operand &part) { return equal(a, part.constant); });
+            return std::any_of(
+                right.parts.begin(), right.parts.end(), [&](const Operand &part) { return equal(a, part.constant); });
         case Operator::Between:
             return right.parts.size() == 2 && ordered(Operator::GreaterOrEqual, a, right.parts[0].constant)
                 && ordered(Operator::LessOrEqual, a, right.parts[1].constant);
@@ -148,7 +148,8 @@ struct PredicateEvaluator::Node {
 
     [[nodiscard]] bool equal(const ValueView &a, const ValueView &b) const
     {
-        if (source.options.any() && std::holds_alternative<std::string_view>(a) && std::holds_alternative<std::string_view>(b))
+        if (source.options.any() && std::holds_alternative<std::string_view>(a)
+            && std::holds_alternative<std::string_view>(b))
             return textual(Operator::Equal, a, b);
         return equalStored(a, b);
     }
@@ -157,7 +158,8 @@ struct PredicateEvaluator::Node {
     {
         if (isNil(a) || isNil(b))
             return false;
-        if (source.options.any() && std::holds_alternative<std::string_view>(a) && std::holds_alternative<std::string_view>(b)) {
+        if (source.options.any() && std::holds_alternative<std::string_view>(a)
+            && std::holds_alternative<std::string_view>(b)) {
             const std::string first = folded(toText(a), source.options);
             const std::string second = folded(toText(b), source.options);
             return answers(test, compareStored(std::string_view(first), std::string_view(second)));
@@ -181,7 +183,8 @@ struct PredicateEvaluator::Node {
     std::unique_ptr<TextTest> prepared;
 };
 
-std::unique_ptr<PredicateEvaluator::Node> PredicateEvaluator::prepare(const PredicateNode &node, const EntityDescription &entity)
+std::unique_ptr<PredicateEvaluator::Node> PredicateEvaluator::prepare(
+    const PredicateNode &node, const EntityDescription &entity)
 {
     auto prepared = std::make_unique<Node>(node, entity);
     for (const auto &child : node.children)
@@ -190,13 +193,14 @@ std::unique_ptr<PredicateEvaluator::Node> PredicateEvaluator::prepare(const Pred
 }
 
 PredicateEvaluator::PredicateEvaluator(const Predicate &predicate, const EntityDescription &entity)
-    : m_predicate(predicate.shared())
-    , m_root(prepare(*m_predicate, entity))
-{
-}
+    : m_predicate(predicate.shared()), m_root(prepare(*m_predicate, entity))
+{ }
 
 PredicateEvaluator::~PredicateEvaluator() = default;
 
-bool PredicateEvaluator::matches(const ManagedObject &object) const { return m_root->answer(object); }
+bool PredicateEvaluator::matches(const ManagedObject &object) const
+{
+    return m_root->answer(object);
+}
 
 } // namespace objectstore

@@ -8,8 +8,8 @@
 
 namespace objectstore {
 
-/// A predicate made ready to be asked of many objects of one entity: key paths are resolved and fixed texts folded once.
-/// Belongs to the thread of the objects; a key path that the entity does not have reads as nothing.
+/// A predicate made ready to be asked of many objects of one entity: key paths are resolved and fixed texts folded
+/// once. Belongs to the thread of the objects; a key path that the entity does not have reads as nothing.
 class PredicateEvaluator
 {
 public:

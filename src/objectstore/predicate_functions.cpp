@@ -15,7 +15,8 @@ std::optional<std::string_view> textArgument(sqlite3_value *value)
     if (sqlite3_value_type(value) != SQLITE_TEXT)
         return std::nullopt;
     const auto *bytes = reinterpret_cast<const char *>(sqlite3_value_text(value));
-    return bytes ? std::optional(std::string_view(bytes, static_cast<std::size_t>(sqlite3_value_bytes(value)))) : std::nullopt;
+    return bytes ? std::optional(std::string_view(bytes, static_cast<std::size_t>(sqlite3_value_bytes(value))))
+                 : std::nullopt;
 }
 
 /// text_test(text, pattern, operator, options): 1 or 0. The prepared pattern is kept with the statement.

@@ -15,9 +15,18 @@ constexpr std::size_t maximumTokens = 8 * maximumPredicateNodes;
 constexpr std::array<std::string_view, 9> longSymbols{"==", "!=", "<>", "<=", "=<", ">=", "=>", "&&", "||"};
 constexpr std::string_view shortSymbols = "=<>!()+-*/{},[]";
 
-bool startsName(char letter) { return std::isalpha(static_cast<unsigned char>(letter)) || letter == '_' || letter == '@' || (letter & 0x80) != 0; }
-bool continuesName(char letter) { return startsName(letter) || std::isdigit(static_cast<unsigned char>(letter)) || letter == '.'; }
-bool isDigit(char letter) { return std::isdigit(static_cast<unsigned char>(letter)) != 0; }
+bool startsName(char letter)
+{
+    return std::isalpha(static_cast<unsigned char>(letter)) || letter == '_' || letter == '@' || (letter & 0x80) != 0;
+}
+bool continuesName(char letter)
+{
+    return startsName(letter) || std::isdigit(static_cast<unsigned char>(letter)) || letter == '.';
+}
+bool isDigit(char letter)
+{
+    return std::isdigit(static_cast<unsigned char>(letter)) != 0;
+}
 
 class Lexer
 {
@@ -72,8 +81,9 @@ private:
             else
                 skipName();
             token.text = m_text.substr(start, m_place - start);
-            if (token.text.empty() || (letter == '%' && std::string_view("@idfK").find(token.text[0]) == std::string_view::npos))
-                return std::string("There is no name after \"") + letter + "\"";
+            if (token.text.empty()
+                || (letter == '%' && std::string_view("@idfK").find(token.text[0]) == std::string_view::npos))
+                return "There is no name after " + std::string{'"', letter, '"'};
         } else if (startsName(letter)) {
             token.kind = Token::Kind::Word;
             skipName();
@@ -83,7 +93,7 @@ private:
             const auto fits = [this](std::string_view symbol) { return m_text.substr(m_place).starts_with(symbol); };
             const auto found = std::find_if(longSymbols.begin(), longSymbols.end(), fits);
             if (found == longSymbols.end() && shortSymbols.find(letter) == std::string_view::npos)
-                return std::string("\"") + letter + "\" cannot stand here";
+                return std::string{'"', letter, '"'}.append(" cannot stand here");
             m_place += found == longSymbols.end() ? 1 : found->size();
         }
         return {};
@@ -136,7 +146,10 @@ private:
 
 } // namespace
 
-tl::expected<std::vector<Token>, ParseError> tokensOf(std::string_view text) { return Lexer(text).run(); }
+tl::expected<std::vector<Token>, ParseError> tokensOf(std::string_view text)
+{
+    return Lexer(text).run();
+}
 
 bool isWord(const Token &token, std::string_view name)
 {

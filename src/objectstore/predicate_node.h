@@ -44,7 +44,10 @@ struct Expression {
     }
     /// What an argument stands for.
     [[nodiscard]] static Expression of(const Argument &argument);
-    [[nodiscard]] bool isConstant() const { return kind == Kind::Constant || kind == Kind::Record || kind == Kind::Relative; }
+    [[nodiscard]] bool isConstant() const
+    {
+        return kind == Kind::Constant || kind == Kind::Record || kind == Kind::Relative;
+    }
     /// The value that a constant, a record or a relative date compares as.
     [[nodiscard]] ValueView constantValue() const;
 };
@@ -65,7 +68,10 @@ enum class Operator {
     Between,
 };
 
-[[nodiscard]] inline bool isTextTest(Operator test) { return test >= Operator::BeginsWith && test <= Operator::Matches; }
+[[nodiscard]] inline bool isTextTest(Operator test)
+{
+    return test >= Operator::BeginsWith && test <= Operator::Matches;
+}
 
 /// How text is compared.
 struct TextOptions {
@@ -98,7 +104,10 @@ struct TreeSize {
     std::size_t depth = 0;
     std::size_t nodes = 0;
 
-    [[nodiscard]] bool isWithinBounds() const { return depth <= maximumPredicateDepth && nodes <= maximumPredicateNodes; }
+    [[nodiscard]] bool isWithinBounds() const
+    {
+        return depth <= maximumPredicateDepth && nodes <= maximumPredicateNodes;
+    }
 };
 [[nodiscard]] TreeSize sizeOf(const PredicateNode &node);
 

@@ -21,21 +21,30 @@ struct OperatorName {
     std::string_view name;
     Operator test;
 };
-constexpr std::array<OperatorName, 9> symbolOperators{{{"==", Operator::Equal}, {"=", Operator::Equal}, {"!=", Operator::NotEqual},
-    {"<>", Operator::NotEqual}, {"<=", Operator::LessOrEqual}, {"=<", Operator::LessOrEqual}, {">=", Operator::GreaterOrEqual},
-    {"=>", Operator::GreaterOrEqual}, {"<", Operator::Less}}};
-constexpr std::array<OperatorName, 7> wordOperators{{{"BEGINSWITH", Operator::BeginsWith}, {"ENDSWITH", Operator::EndsWith},
-    {"CONTAINS", Operator::Contains}, {"LIKE", Operator::Like}, {"MATCHES", Operator::Matches}, {"IN", Operator::In},
-    {"BETWEEN", Operator::Between}}};
+constexpr std::array<OperatorName, 9> symbolOperators{
+    {{"==", Operator::Equal}, {"=", Operator::Equal}, {"!=", Operator::NotEqual}, {"<>", Operator::NotEqual},
+        {"<=", Operator::LessOrEqual}, {"=<", Operator::LessOrEqual}, {">=", Operator::GreaterOrEqual},
+        {"=>", Operator::GreaterOrEqual}, {"<", Operator::Less}}};
+constexpr std::array<OperatorName, 7> wordOperators{{{"BEGINSWITH", Operator::BeginsWith},
+    {"ENDSWITH", Operator::EndsWith}, {"CONTAINS", Operator::Contains}, {"LIKE", Operator::Like},
+    {"MATCHES", Operator::Matches}, {"IN", Operator::In}, {"BETWEEN", Operator::Between}}};
 
-Expression constantOf(Value value) { return {.kind = Expression::Kind::Constant, .constant = std::move(value), .name = {}, .relative = {}, .parts = {}}; }
+Expression constantOf(Value value)
+{
+    return {.kind = Expression::Kind::Constant, .constant = std::move(value), .name = {}, .relative = {}, .parts = {}};
+}
 
-Expression named(Expression::Kind kind, std::string name) { return {.kind = kind, .constant = {}, .name = std::move(name), .relative = {}, .parts = {}}; }
+Expression named(Expression::Kind kind, std::string name)
+{
+    return {.kind = kind, .constant = {}, .name = std::move(name), .relative = {}, .parts = {}};
+}
 
 class Parser
 {
 public:
-    Parser(const std::vector<Token> &tokens, std::span<const Argument> arguments) : m_tokens(tokens), m_arguments(arguments) { }
+    Parser(const std::vector<Token> &tokens, std::span<const Argument> arguments)
+        : m_tokens(tokens), m_arguments(arguments)
+    { }
 
     PredicateNode::Pointer run()
     {
@@ -55,7 +64,10 @@ private:
         throw Stop{{std::move(message), position}};
     }
     [[nodiscard]] const Token &here() const { return m_tokens[m_place]; }
-    [[nodiscard]] bool isSymbol(std::string_view symbol) const { return here().kind == Token::Kind::Symbol && here().source == symbol; }
+    [[nodiscard]] bool isSymbol(std::string_view symbol) const
+    {
+        return here().kind == Token::Kind::Symbol && here().source == symbol;
+    }
     bool take(std::string_view symbol)
     {
         const bool found = isSymbol(symbol);
@@ -82,7 +94,8 @@ private:
     }
 
     template <typename Next>
-    Pointer chain(PredicateNode::Kind kind, std::string_view symbol, std::string_view word, std::size_t depth, Next next)
+    Pointer chain(
+        PredicateNode::Kind kind, std::string_view symbol, std::string_view word, std::size_t depth, Next next)
     {
         count(depth);
         Pointer first = next(depth + 1);
@@ -99,7 +112,8 @@ private:
     }
     Pointer disjunction(std::size_t depth)
     {
-        return chain(PredicateNode::Kind::Or, "||", "OR", depth, [this](std::size_t inner) { return conjunction(inner); });
+        return chain(
+            PredicateNode::Kind::Or, "||", "OR", depth, [this](std::size_t inner) { return conjunction(inner); });
     }
     Pointer conjunction(std::size_t depth)
     {
@@ -139,8 +153,10 @@ private:
     static bool continuesExpression(const Token &token)
     {
         if (token.kind == Token::Kind::Symbol)
-            return std::string_view("==!=<>=<>=+-*/").find(token.source) != std::string_view::npos && token.source != "!";
-        return std::any_of(wordOperators.begin(), wordOperators.end(), [&](const OperatorName &entry) { return isWord(token, entry.name); });
+            return std::string_view("==!=<>=<>=+-*/").find(token.source) != std::string_view::npos
+                && token.source != "!";
+        return std::any_of(wordOperators.begin(), wordOperators.end(),
+            [&](const OperatorName &entry) { return isWord(token, entry.name); });
     }
 
     Pointer comparison(std::size_t depth, PredicateNode::Modifier modifier)
@@ -202,8 +218,9 @@ private:
             if (takeWord(entry.name))
                 return entry.test;
         }
-        fail(here().kind == Token::Kind::End ? "Expected a comparison, such as == or CONTAINS"
-                                             : "Expected a comparison instead of \"" + std::string(here().source) + "\"");
+        fail(here().kind == Token::Kind::End
+                ? "Expected a comparison, such as == or CONTAINS"
+                : "Expected a comparison instead of \"" + std::string(here().source) + "\"");
     }
 
     TextOptions readOptions()
@@ -224,15 +241,20 @@ private:
         return options;
     }
 
-    template <typename Next>
-    Expression operation(std::size_t depth, std::string_view operators, Next next)
+    template <typename Next> Expression operation(std::size_t depth, std::string_view operators, Next next)
     {
         Expression left = next(depth);
-        while (here().kind == Token::Kind::Symbol && here().source.size() == 1 && operators.find(here().source) != std::string_view::npos) {
+        while (here().kind == Token::Kind::Symbol && here().source.size() == 1
+            && operators.find(here().source) != std::string_view::npos) {
             count(depth);
             if (++m_chain > maximumPredicateDepth) // each step puts what was read so far one level deeper
                 fail("The calculation is too long");
-            Expression node{.kind = Expression::Kind::Arithmetic, .constant = {}, .name = {}, .relative = {}, .arithmetic = here().source[0], .parts = {}};
+            Expression node{.kind = Expression::Kind::Arithmetic,
+                .constant = {},
+                .name = {},
+                .relative = {},
+                .arithmetic = here().source[0],
+                .parts = {}};
             ++m_place;
             node.parts.push_back(std::move(left));
             node.parts.push_back(next(depth + 1));
@@ -284,7 +306,8 @@ private:
         default:
             break;
         }
-        fail(token.kind == Token::Kind::End ? "Expected a condition" : "Expected a value instead of \"" + std::string(token.source) + "\"");
+        fail(token.kind == Token::Kind::End ? "Expected a condition"
+                                            : "Expected a value instead of \"" + std::string(token.source) + "\"");
     }
 
     Expression number(bool negative)
@@ -374,7 +397,8 @@ private:
         } else if (isWord(name, "OBJECT")) {
             const Expression entity = primary(1);
             expect(",");
-            result = Expression::record(std::string(toText(view(entity.constant))), toInteger(view(primary(1).constant)));
+            result
+                = Expression::record(std::string(toText(view(entity.constant))), toInteger(view(primary(1).constant)));
         } else if (isWord(name, "BYTES")) {
             result = constantOf(bytes());
         } else if (isWord(name, "RELATIVE")) {

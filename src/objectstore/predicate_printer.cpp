@@ -47,7 +47,8 @@ std::string hexadecimal(const Bytes &bytes)
 std::string date(Instant instant)
 {
     const std::string text = foundation::toIso8601(instant);
-    return foundation::fromIso8601(text) == instant ? "DATE(" + inQuotes(text) + ")" : "DATE(" + number(instant.seconds) + ")";
+    return foundation::fromIso8601(text) == instant ? "DATE(" + inQuotes(text) + ")"
+                                                    : "DATE(" + number(instant.seconds) + ")";
 }
 
 std::string printed(const Value &value)
@@ -84,8 +85,9 @@ std::string printed(const Expression &expression)
         return "OBJECT(" + inQuotes(expression.name) + ", " + printed(expression.constant) + ")";
     case Expression::Kind::Relative: {
         const RelativeDate &relative = expression.relative;
-        return "RELATIVE(" + number(relative.timeIntervalSinceNow) + ", " + number(relative.timeIntervalSinceReferenceDate) + ", "
-            + std::to_string(relative.dateUnits) + ", " + (relative.backward ? "YES" : "NO") + ")";
+        return "RELATIVE(" + number(relative.timeIntervalSinceNow) + ", "
+            + number(relative.timeIntervalSinceReferenceDate) + ", " + std::to_string(relative.dateUnits) + ", "
+            + (relative.backward ? "YES" : "NO") + ")";
     }
     case Expression::Kind::KeyPath:
         return expression.name;
@@ -94,7 +96,8 @@ std::string printed(const Expression &expression)
     case Expression::Kind::Variable:
         return "$" + expression.name;
     case Expression::Kind::Arithmetic:
-        return "(" + printed(expression.parts[0]) + " " + expression.arithmetic + " " + printed(expression.parts[1]) + ")";
+        return "(" + printed(expression.parts[0]) + " " + expression.arithmetic + " " + printed(expression.parts[1])
+            + ")";
     case Expression::Kind::List: {
         std::string text;
         for (const Expression &part : expression.parts)
@@ -142,6 +145,9 @@ std::string printed(const PredicateNode &node)
 
 } // namespace
 
-std::string Predicate::text() const { return printed(*m_root); }
+std::string Predicate::text() const
+{
+    return printed(*m_root);
+}
 
 } // namespace objectstore

@@ -12,9 +12,9 @@ struct Refusal {
 
 constexpr std::array<std::string_view, 6> comparisonSymbols{" IS ", " IS NOT ", " < ", " <= ", " > ", " >= "};
 
-/// Builds a condition that is true of exactly the rows of which the tree is true in memory. SQL's NULL, which is neither
-/// true nor false, is turned into false wherever a condition is turned round; elsewhere it may stand, so that indexes
-/// serve.
+/// Builds a condition that is true of exactly the rows of which the tree is true in memory. SQL's NULL, which is
+/// neither true nor false, is turned into false wherever a condition is turned round; elsewhere it may stand, so that
+/// indexes serve.
 class Compiler
 {
 public:
@@ -33,7 +33,10 @@ public:
         case PredicateNode::Kind::Or: {
             std::string sql;
             for (const auto &child : node.children)
-                sql += (sql.empty() ? "(" : node.kind == PredicateNode::Kind::And ? " AND " : " OR ") + compile(*child, alias, strict);
+                sql += (sql.empty()                                    ? "("
+                               : node.kind == PredicateNode::Kind::And ? " AND "
+                                                                       : " OR ")
+                    + compile(*child, alias, strict);
             return sql + ")";
         }
         case PredicateNode::Kind::Comparison:
@@ -58,7 +61,8 @@ private:
         // the parameters of the outer value come first where it stands first in the text, so it is compiled in place
         const std::string exists = along(leftMany ? left : right, 0, alias, [&](const std::string &leaf) {
             const std::string a = leftMany ? leaf : value(node.left, alias);
-            const std::string condition = test(node, a, strict || all, [&] { return leftMany ? value(node.right, alias) : leaf; });
+            const std::string condition
+                = test(node, a, strict || all, [&] { return leftMany ? value(node.right, alias) : leaf; });
             return all ? "NOT " + condition : condition;
         });
         return all ? "NOT " + exists : exists;
@@ -75,7 +79,8 @@ private:
         switch (node.test) {
         case Operator::Equal:
         case Operator::NotEqual:
-            return "(" + fold(a) + std::string(comparisonSymbols[static_cast<std::size_t>(node.test)]) + fold(right()) + ")";
+            return "(" + fold(a) + std::string(comparisonSymbols[static_cast<std::size_t>(node.test)]) + fold(right())
+                + ")";
         case Operator::Less:
         case Operator::LessOrEqual:
         case Operator::Greater:
@@ -86,12 +91,12 @@ private:
         case Operator::Between:
             return between(node, fold(a), fold, safe);
         default:
-            return "text_test(" + a + ", " + right() + ", " + std::to_string(static_cast<int>(node.test)) + ", " + std::to_string(options) + ")";
+            return "text_test(" + a + ", " + right() + ", " + std::to_string(static_cast<int>(node.test)) + ", "
+                + std::to_string(options) + ")";
         }
     }
 
-    template <typename Fold>
-    std::string membership(const PredicateNode &node, const std::string &a, const Fold &fold)
+    template <typename Fold> std::string membership(const PredicateNode &node, const std::string &a, const Fold &fold)
     {
         requireList(node.right);
         std::string items;
@@ -190,7 +195,8 @@ private:
         if (!expression.isConstant())
             return value(expression, alias);
         const ValueView constant = expression.constantValue();
-        if (isNil(constant) || std::holds_alternative<std::string_view>(constant) || std::holds_alternative<std::span<const std::byte>>(constant))
+        if (isNil(constant) || std::holds_alternative<std::string_view>(constant)
+            || std::holds_alternative<std::span<const std::byte>>(constant))
             return "NULL";
         m_condition.parameters.emplace_back(toDouble(constant));
         return "?";
@@ -206,20 +212,20 @@ private:
             return path.count ? memberCount(property, alias) : alias + "." + identifier(property.name);
         const std::string inner = newAlias();
         const std::string value = single(path, step + 1, inner);
-        return "(SELECT " + value + " FROM " + identifier(property.destination->name()) + " " + inner + " WHERE " + inner + "._key = " + alias
-            + "." + identifier(property.name) + ")";
+        return "(SELECT " + value + " FROM " + identifier(property.destination->name()) + " " + inner + " WHERE "
+            + inner + "._key = " + alias + "." + identifier(property.name) + ")";
     }
 
     std::string memberCount(const Property &property, const std::string &alias)
     {
         if (!property.joinTable.empty()) {
             const std::string inner = newAlias();
-            return "(SELECT count(*) FROM " + identifier(property.joinTable) + " " + inner + " WHERE " + inner + "." + property.joinOwner + " = "
-                + alias + "._key)";
+            return "(SELECT count(*) FROM " + identifier(property.joinTable) + " " + inner + " WHERE " + inner + "."
+                + property.joinOwner + " = " + alias + "._key)";
         }
         const std::string inner = newAlias();
-        return "(SELECT count(*) FROM " + identifier(property.destination->name()) + " " + inner + " WHERE " + inner + "."
-            + identifier(property.inverse->name) + " = " + alias + "._key)";
+        return "(SELECT count(*) FROM " + identifier(property.destination->name()) + " " + inner + " WHERE " + inner
+            + "." + identifier(property.inverse->name) + " = " + alias + "._key)";
     }
 
     /// "EXISTS" over every value that the path leads to, of which `leaf` makes the condition.
@@ -237,7 +243,8 @@ private:
         std::string link = inner + "._key = " + alias + "." + identifier(property.name);
         if (property.isToMany() && !property.joinTable.empty()) {
             const std::string join = newAlias();
-            from = identifier(property.joinTable) + " " + join + " JOIN " + from + " ON " + inner + "._key = " + join + "." + property.joinMember;
+            from = identifier(property.joinTable) + " " + join + " JOIN " + from + " ON " + inner + "._key = " + join
+                + "." + property.joinMember;
             link = join + "." + property.joinOwner + " = " + alias + "._key";
         } else if (property.isToMany()) {
             link = inner + "." + identifier(property.inverse->name) + " = " + alias + "._key";
@@ -253,13 +260,15 @@ private:
 
 } // namespace
 
-foundation::Result<SqlCondition> compileToSql(const Predicate &predicate, const EntityDescription &entity, std::string_view alias)
+foundation::Result<SqlCondition> compileToSql(
+    const Predicate &predicate, const EntityDescription &entity, std::string_view alias)
 {
     SqlCondition condition;
     try {
         condition.sql = Compiler(entity, condition).compile(predicate.root(), std::string(alias), false);
     } catch (const Refusal &refusal) {
-        return foundation::Failure({"ObjectStoreErrorDomain", static_cast<int>(StoreErrorCode::BadRequest), refusal.sentence, predicate.text()});
+        return foundation::Failure({"ObjectStoreErrorDomain", static_cast<int>(StoreErrorCode::BadRequest),
+            refusal.sentence, predicate.text()});
     }
     return condition;
 }

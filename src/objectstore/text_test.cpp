@@ -30,7 +30,10 @@ bool isAscii(std::string_view text)
     return (bits & 0x8080808080808080ULL) == 0;
 }
 
-unsigned char lower(char letter) { return lowerCase[static_cast<unsigned char>(letter)]; }
+unsigned char lower(char letter)
+{
+    return lowerCase[static_cast<unsigned char>(letter)];
+}
 
 bool equalFolded(const char *text, std::string_view pattern)
 {
@@ -92,7 +95,10 @@ bool like(std::string_view text, std::string_view pattern)
     return p == pattern.size();
 }
 
-QString fromUtf8(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
+QString fromUtf8(std::string_view text)
+{
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
 
 } // namespace
 
@@ -127,8 +133,8 @@ TextTest::TextTest(Operator test, std::string_view pattern, TextOptions options)
     if (test != Operator::Matches)
         return;
     // the limits end a pattern that would try for ever; text under [d] is searched with its marks removed
-    m_expression = std::make_unique<QRegularExpression>(
-        QStringLiteral("(*LIMIT_MATCH=100000)(*LIMIT_DEPTH=1000)") + QRegularExpression::anchoredPattern(fromUtf8(pattern)),
+    m_expression = std::make_unique<QRegularExpression>(QStringLiteral("(*LIMIT_MATCH=100000)(*LIMIT_DEPTH=1000)")
+            + QRegularExpression::anchoredPattern(fromUtf8(pattern)),
         QRegularExpression::UseUnicodePropertiesOption
             | (options.foldCase ? QRegularExpression::CaseInsensitiveOption : QRegularExpression::NoPatternOption));
 }
@@ -136,7 +142,10 @@ TextTest::TextTest(Operator test, std::string_view pattern, TextOptions options)
 TextTest::~TextTest() = default;
 TextTest::TextTest(TextTest &&) noexcept = default;
 
-bool TextTest::isValid() const { return !m_expression || m_expression->isValid(); }
+bool TextTest::isValid() const
+{
+    return !m_expression || m_expression->isValid();
+}
 
 bool TextTest::matches(std::string_view text) const
 {
