@@ -3,6 +3,7 @@
 #include "objectstore/predicate_evaluator.h"
 
 #include <QCollator>
+#include <QLocale>
 #include <QString>
 #include <SQLiteCpp/Exception.h>
 #include <algorithm>
@@ -56,7 +57,9 @@ void sortBy(std::vector<ManagedObject *> &objects, const SortDescriptor &descrip
             [&](std::size_t a, std::size_t b) { return descriptor.ascending ? compare(a, b) < 0 : compare(b, a) < 0; });
     };
     if (descriptor.localized) {
-        QCollator collator;
+        // the C locale has no order of words, only one of bytes
+        const QLocale locale;
+        QCollator collator(locale.language() == QLocale::C ? QLocale(QLocale::English) : locale);
         collator.setCaseSensitivity(Qt::CaseInsensitive);
         std::vector<QCollatorSortKey> keys;
         keys.reserve(objects.size());

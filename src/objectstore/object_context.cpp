@@ -307,10 +307,10 @@ std::vector<ManagedObject *> ObjectContext::readMembers(const ManagedObject &own
         }
     } else {
         for (const ManagedObject *changed : m_state->changedOf(*relationship.destination)) {
-            const Value *unsaved = changed->unsavedValue(relationship.inverse->slot);
-            if (!unsaved)
+            if (!changed->m_inserted && !changed->unsavedValue(relationship.inverse->slot))
                 continue;
-            const auto *target = std::get_if<ObjectID>(unsaved);
+            const ValueView current = changed->value(*relationship.inverse);
+            const auto *target = std::get_if<ObjectID>(&current);
             if (target && target->key == owner.m_id.key)
                 keys.insert(changed->m_id.key);
             else
