@@ -153,6 +153,10 @@ Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &re
                 kept->m_id = {plan->entity, statement.integer(0)};
                 kept->m_context = this;
             }
+            if (kept->m_deleted && !m_state->changedOf(*plan->entity).contains(kept.get())) {
+                kept->m_deleted = false; // an undo elsewhere brought it back
+                kept->m_row.reset();
+            }
             if (!kept->m_row) {
                 kept->m_row = readRow(builder, statement, *plan->entity);
                 loaded.push_back(kept.get());

@@ -17,7 +17,12 @@ void ObjectContext::mergeChanges(const ChangeSet &changes)
         return found == objects.end() ? nullptr : found->second.get();
     };
     for (const ObjectID &id : changes.inserted) {
-        if (ManagedObject *inserted = object(id); inserted->isFault() && !inserted->m_deleted)
+        ManagedObject *inserted = object(id);
+        if (inserted->m_deleted && !m_state->changedOf(*id.entity).contains(inserted)) {
+            inserted->m_deleted = false; // an undo elsewhere brought it back
+            inserted->m_row.reset();
+        }
+        if (inserted->isFault() && !inserted->m_deleted)
             m_state->pendingInserted.insert(inserted);
     }
     for (const ObjectID &id : changes.updated) {
