@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "toodledo/td_api_core.h"
+
+namespace toodledo
+{
+
+namespace
+{
+
+constexpr Operation listOperation(std::string_view method, std::string_view root, std::string_view action)
+{
+    return {method, root, {operationFailed, Wording::NotAuthenticated, action}, {connectionFailed},
+        {operationFailed, Wording::BadResult, action}};
+}
+
+constexpr Operation listTasks = listOperation("getTasks", "tasks", "getting tasks.");
+constexpr Operation listTasksAfterDate = listOperation("getTasks", "tasks", "getting tasks after date.");
+constexpr Operation listDeleted = listOperation("getDeleted", "deleted", "getting deleted tasks.");
+
+constexpr Operation add{"addTask", "added", {operationFailed, Wording::NotAuthenticated, "adding task."},
+    {connectionFailed}, {operationFailed, Wording::BadResultAndValue, "adding task.  "}};
+constexpr Operation edit{"editTask", "success", {operationFailed, Wording::NotAuthenticated, "editing task."},
+    {connectionFailed}, {operationFailed, Wording::BadResultAndError, "editing task."}};
+constexpr Operation remove{"deleteTask", "success", {operationFailed, Wording::NotAuthenticated, "deleting task."},
+    {connectionFailed}, {operationFailed, Wording::BadResult, "deleting task."}};
+
+std::string joinedTags(const GtdTask &task)
+{
+    std::string joined;
+    if (task.tags)
+        for (std::size_t i = 0; i < task.tags->size(); ++i)
+            joined.append(i == 0 ? "" : ",").append((*task.tags)[i]);
+    return joined;
+}
+
+void appendDates(Parameters &parameters, const GtdTask &task)
+{
+    parameters.emplace_back("duedate", task.dueDate ? dateText(*task.dueDate) : "0000-00-00");
+    if (task.dueDate)
+        parameters.emplace_back("duetime", task.hasDueTime ? timeText(*task.dueDate) : "0");
+    if (task.startDate) {
+        parameters.emplace_back("startdate", dateText(*task.startDate));
+        parameters.emplace_back("starttime", timeText(*task.startDate)); // whatever hasStartTime says
+    }
+}
+
+enum class Length { Left, Sent };
+
+Parameters taskParameters(const GtdTask &task, Length length)
+{
+    Parameters parameters{
+        {"id", decimalText(task.taskId)},
+        {"title", task.title.value_or("")},
+        {"tag", joinedTags(task)},
+        {"folder", decimalText(task.folder)},
+        {"context", decimalText(task.context)},
+        {"goal", decimalText(task.goal)},
+        {"priority", decimalText(task.priority)},
+        {"star", flagText(task.star)},
+        {"parent", decimalText(task.parentId)},
+    };
+    appendDates(parameters, task);
+    parameters.emplace_back("completed", flagText(task.completed));
+    parameters.emplace_back("reminder", decimalText(task.reminder));
+    parameters.emplace_back("repeat", decimalText(task.repeat));
+    parameters.emplace_back("status", decimalText(task.status));
+    if (length == Length::Sent)
+        parameters.emplace_back("length", decimalText(task.length));
+    if (task.repeatAdvanced)
+        parameters.emplace_back("rep_advanced", *task.repeatAdvanced);
+    parameters.emplace_back("note", task.note.value_or(""));
+    return parameters;
+}
+
+bool isUsable(const GtdTask &task)
+{
+    return canBeSent(task.taskId) && task.title;
+}
+
+} // namespace
+
+std::optional<std::vector<GtdTask>> TDApi::getTasks(TDError *error)
+{
+    return performForList(listTasks, {}, TDTasksParser(m_environment.contextByTitle), error);
+}
+
+std::optional<std::vector<GtdTask>> TDApi::getTasksAfterDate(foundation::Instant date, TDError *error)
+{
+    return performForList(
+        listTasksAfterDate, {{"modafter", dateTimeText(date)}}, TDTasksParser(m_environment.contextByTitle), error);
+}
+
+std::optional<std::vector<GtdTask>> TDApi::getDeleted(TDError *error)
+{
+    return performForList(listDeleted, {}, TDTasksParser(m_environment.contextByTitle), error);
+}
+
+std::int64_t TDApi::addTask(const GtdTask &task, TDError *error)
+{
+    if (!task.title)
+        complain({.code = unusableItem}, error);
+    const auto id = performForValue(add, "added", taskParameters(task, Length::Left), error);
+    return id ? integerOf(*id) : -1;
+}
+
+bool TDApi::editTask(const GtdTask &task, TDError *error)
+{
+    if (!isUsable(task)) {
+        complain({.code = unusableItem}, error);
+        return false;
+    }
+    return performForValue(edit, "success", taskParameters(task, Length::Sent), error).has_value();
+}
+
+bool TDApi::deleteTask(const GtdTask &task, TDError *error)
+{
+    if (!isUsable(task)) {
+        complain({.code = unusableItem}, error);
+        return false;
+    }
+    return performForValue(remove, "success", {{"id", decimalText(task.taskId)}}, error).has_value();
+}
+
+} // namespace toodledo

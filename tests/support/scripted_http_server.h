@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace testing_support {
+
+/// How the server answers one request.
+struct ScriptedReply {
+    enum class Mode {
+        Normal,
+        Hang, ///< takes the request and says nothing
+        Drip, ///< one byte every 50 ms, for ever
+        DripHeader, ///< the same before the body
+        ResetInBody, ///< half of the body, then a reset
+        CutLength, ///< half of the body that its length promises, then a close
+        Endless, ///< chunks of blanks without end
+        BadChunk, ///< a chunk whose length is no number
+        CloseAtOnce ///< no byte at all
+    };
+
+    std::string body = {};
+    Mode mode = Mode::Normal;
+    int status = 200;
+    std::string headers = {}; ///< further header lines, each with its line end
+};
+
+/// A tiny HTTP/1.1 server on the loopback address for tests: each request is answered as the script says, and noted.
+/// The script is called on the server's threads, one call at a time.
+class ScriptedHttpServer
+{
+public:
+    /// Gets the request's target, such as "/api.php?method=getTasks;key=k;".
+    using Script = std::function<ScriptedReply(const std::string &target)>;
+
+    explicit ScriptedHttpServer(Script script);
+    ~ScriptedHttpServer();
+    ScriptedHttpServer(const ScriptedHttpServer &) = delete;
+    ScriptedHttpServer &operator=(const ScriptedHttpServer &) = delete;
+
+    /// "127.0.0.1:" and the port.
+    [[nodiscard]] std::string host() const;
+    [[nodiscard]] std::vector<std::string> targets() const;
+    [[nodiscard]] int connections() const;
+
+    /// A loopback address that refuses connections.
+    [[nodiscard]] static std::string refusingHost();
+
+private:
+    void accept(const std::stop_token &stop);
+    void serve(const std::stop_token &stop, int socket);
+    bool answer(const std::stop_token &stop, int socket, const std::string &target);
+
+    Script m_script;
+    int m_listener;
+    std::uint16_t m_port;
+    mutable std::mutex m_mutex;
+    std::vector<std::string> m_targets;
+    int m_connections = 0;
+    std::vector<std::jthread> m_servants;
+    std::jthread m_acceptor;
+};
+
+} // namespace testing_support
