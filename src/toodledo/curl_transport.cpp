@@ -8,11 +8,9 @@
 #include <cmath>
 #include <curl/curl.h>
 
-namespace toodledo
-{
+namespace toodledo {
 
-namespace
-{
+namespace {
 
 constexpr std::size_t headerLimit = std::size_t{256} << 10;
 constexpr int longestPause = 1000; // milliseconds; libcurl has timers of its own that end most pauses earlier

@@ -6,13 +6,11 @@
 #include <cstddef>
 #include <memory>
 
-namespace foundation
-{
+namespace foundation {
 class Settings;
 }
 
-namespace toodledo
-{
+namespace toodledo {
 
 /// HTTP through libcurl with one connection that is kept alive. It follows no redirect, asks no proxy that the
 /// environment names, keeps no cookie and takes no status but 200. For one thread at a time.

@@ -7,8 +7,7 @@
 #include <optional>
 #include <string_view>
 
-namespace toodledo
-{
+namespace toodledo {
 
 /// A fixed table from element names to what is done with them, found in one step. A list of a hundred thousand tasks
 /// has two million elements, so the names are hashed when compiling, with a factor that keeps them all apart.

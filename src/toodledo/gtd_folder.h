@@ -5,8 +5,7 @@
 #include <optional>
 #include <string>
 
-namespace toodledo
-{
+namespace toodledo {
 
 /// One folder as the service has it.
 struct GtdFolder {

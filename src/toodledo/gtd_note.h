@@ -7,8 +7,7 @@
 #include <optional>
 #include <string>
 
-namespace toodledo
-{
+namespace toodledo {
 
 /// One note as the service has it.
 struct GtdNote {

@@ -3,11 +3,9 @@
 #include "toodledo/gtd_folder.h"
 #include "toodledo/gtd_note.h"
 
-namespace toodledo
-{
+namespace toodledo {
 
-namespace
-{
+namespace {
 
 std::string attribute(std::string_view name, const std::string &value)
 {

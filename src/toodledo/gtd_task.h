@@ -8,8 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace toodledo
-{
+namespace toodledo {
 
 /// One task as the service has it: its numbers and codes unconverted, its texts in UTF-8.
 struct GtdTask {

@@ -7,8 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace toodledo
-{
+namespace toodledo {
 
 inline constexpr const char *httpErrorDomain = "HttpErrorDomain";
 

@@ -6,11 +6,9 @@
 #include <algorithm>
 #include <array>
 
-namespace toodledo
-{
+namespace toodledo {
 
-namespace
-{
+namespace {
 
 constexpr double defaultTimeout = 30; // seconds
 constexpr std::string_view keyRefusal = "key did not validate";

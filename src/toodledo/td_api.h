@@ -23,8 +23,7 @@
 #include <string_view>
 #include <vector>
 
-namespace toodledo
-{
+namespace toodledo {
 
 struct Operation;
 struct Complaint;

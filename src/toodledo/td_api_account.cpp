@@ -4,11 +4,9 @@
 
 #include <array>
 
-namespace toodledo
-{
+namespace toodledo {
 
-namespace
-{
+namespace {
 
 constexpr std::string_view applicationId = "Quelvin-MacOS";
 constexpr int accountNotLoaded = -1;

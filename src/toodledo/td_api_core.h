@@ -5,8 +5,7 @@
 #include "toodledo/td_operation.h"
 #include "toodledo/td_text.h"
 
-namespace toodledo
-{
+namespace toodledo {
 
 // What the operations of all kinds of items are made of.
 

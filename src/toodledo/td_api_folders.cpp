@@ -6,11 +6,9 @@
 #include <exception>
 #include <typeinfo>
 
-namespace toodledo
-{
+namespace toodledo {
 
-namespace
-{
+namespace {
 
 constexpr int notDeleted = 310;
 constexpr int notEdited = 410;

@@ -2,11 +2,9 @@
 #include "toodledo/td_api_core.h"
 #include "toodledo/td_list_parsers.h"
 
-namespace toodledo
-{
+namespace toodledo {
 
-namespace
-{
+namespace {
 
 constexpr bool keyAsHeld = false;
 

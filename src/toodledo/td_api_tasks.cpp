@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "toodledo/td_api_core.h"
 
-namespace toodledo
-{
+namespace toodledo {
 
-namespace
-{
+namespace {
 
 constexpr Operation listOperation(std::string_view method, std::string_view root, std::string_view action)
 {

@@ -3,11 +3,9 @@
 
 #include "foundation/log.h"
 
-namespace toodledo
-{
+namespace toodledo {
 
-namespace
-{
+namespace {
 
 constexpr std::string_view keySetting = "toodledoKey";
 constexpr std::string_view obtainedSetting = "lastKeyUpdate";

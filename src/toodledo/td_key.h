@@ -7,8 +7,7 @@
 #include <optional>
 #include <string>
 
-namespace toodledo
-{
+namespace toodledo {
 
 /// The authentication key that is kept in the settings from one run to the next, with the user it was made for.
 class StoredKey

@@ -3,11 +3,9 @@
 
 #include "toodledo/td_text.h"
 
-namespace toodledo
-{
+namespace toodledo {
 
-namespace
-{
+namespace {
 
 /// Ends the record under construction with the element's text as its title.
 template <typename Record>

@@ -6,8 +6,7 @@
 #include "toodledo/gtd_note.h"
 #include "toodledo/td_parser.h"
 
-namespace toodledo
-{
+namespace toodledo {
 
 /// Reads the reply to `getFolders`.
 class TDFoldersParser final : public TDListParser<GtdFolder>

@@ -3,8 +3,7 @@
 
 #include <string_view>
 
-namespace toodledo
-{
+namespace toodledo {
 
 /// What the text of an error says.
 enum class Wording {

@@ -4,11 +4,9 @@
 #include <exception>
 #include <expat.h>
 
-namespace toodledo
-{
+namespace toodledo {
 
-namespace
-{
+namespace {
 
 constexpr int greatestDepth = 64;
 constexpr std::size_t longestName = 256;

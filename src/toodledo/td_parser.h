@@ -10,8 +10,7 @@
 #include <string_view>
 #include <vector>
 
-namespace toodledo
-{
+namespace toodledo {
 
 using TDError = foundation::Error;
 

@@ -3,11 +3,9 @@
 
 #include <array>
 
-namespace toodledo
-{
+namespace toodledo {
 
-namespace
-{
+namespace {
 
 using CharacterSet = std::array<bool, 256>;
 

@@ -6,8 +6,7 @@
 #include <utility>
 #include <vector>
 
-namespace toodledo
-{
+namespace toodledo {
 
 /// Names and values of a request's parameters, in the order in which they are sent.
 using Parameters = std::vector<std::pair<std::string, std::string>>;

@@ -6,11 +6,9 @@
 
 #include <algorithm>
 
-namespace toodledo
-{
+namespace toodledo {
 
-namespace
-{
+namespace {
 
 using Setter = void (*)(GtdTask &task, std::string_view text);
 

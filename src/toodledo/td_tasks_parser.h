@@ -7,8 +7,7 @@
 #include <functional>
 #include <map>
 
-namespace toodledo
-{
+namespace toodledo {
 
 /// The id that the service knows the local context of this title by; 0 when there is no such context. It is called on
 /// the thread that parses.

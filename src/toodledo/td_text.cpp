@@ -7,11 +7,9 @@
 #include <limits>
 #include <openssl/evp.h>
 
-namespace toodledo
-{
+namespace toodledo {
 
-namespace
-{
+namespace {
 
 bool isBlank(char character)
 {

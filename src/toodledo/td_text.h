@@ -8,8 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace toodledo
-{
+namespace toodledo {
 
 // How the values of replies and requests are read and written.
 

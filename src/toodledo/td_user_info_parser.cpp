@@ -4,11 +4,9 @@
 #include <algorithm>
 #include <array>
 
-namespace toodledo
-{
+namespace toodledo {
 
-namespace
-{
+namespace {
 
 constexpr std::array<std::string_view, 13> accountElements{"userid", "alias", "pro", "dateformat", "timezone",
     "hidemonths", "hotlistpriority", "hotlistduedate", "lastaddedit", "lastdelete", "lastfolderedit", "lastcontextedit",

@@ -6,8 +6,7 @@
 #include <map>
 #include <memory>
 
-namespace toodledo
-{
+namespace toodledo {
 
 using AccountInfo = std::map<std::string, std::string, std::less<>>;
 

@@ -10,8 +10,7 @@
 
 using namespace foundation;
 
-namespace
-{
+namespace {
 
 /// Runs a test in one time zone, or moves it to another.
 void setZone(const char *name)

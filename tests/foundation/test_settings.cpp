@@ -17,8 +17,7 @@
 using namespace foundation;
 namespace fs = std::filesystem;
 
-namespace
-{
+namespace {
 
 class SettingsFiles : public testing::Test
 {

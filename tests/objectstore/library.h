@@ -18,23 +18,35 @@ inline std::vector<EntitySchema> entities()
     using enum PropertyKind;
     using enum AttributeType;
     const auto attribute = [](std::string name, AttributeType type, Value standard = {}) {
-        return PropertySchema{.name = std::move(name), .kind = Attribute, .type = type, .defaultValue = std::move(standard)};
+        return PropertySchema{
+            .name = std::move(name), .kind = Attribute, .type = type, .defaultValue = std::move(standard)};
     };
     const auto relationship = [](std::string name, PropertyKind kind, std::string destination, std::string inverse,
                                   DeleteRule rule = DeleteRule::Nullify) {
-        return PropertySchema{.name = std::move(name), .kind = kind, .destination = std::move(destination), .inverse = std::move(inverse), .deleteRule = rule};
+        return PropertySchema{.name = std::move(name),
+            .kind = kind,
+            .destination = std::move(destination),
+            .inverse = std::move(inverse),
+            .deleteRule = rule};
     };
     return {
-        {.name = "Shelf", .properties = {attribute("title", Text), relationship("books", ToMany, "Book", "shelf")}, .indexes = {}},
+        {.name = "Shelf",
+            .properties = {attribute("title", Text), relationship("books", ToMany, "Book", "shelf")},
+            .indexes = {}},
         {.name = "Book",
-            .properties = {attribute("title", Text, std::string("Untitled")), attribute("pages", Integer), attribute("price", Double),
-                attribute("bought", Date), attribute("lent", Boolean, false), attribute("cover", Binary),
-                relationship("shelf", ToOne, "Shelf", "books"), relationship("labels", ToMany, "Label", "books"),
-                relationship("sequel", ToOne, "Book", "prequels"), relationship("prequels", ToMany, "Book", "sequel"),
+            .properties = {attribute("title", Text, std::string("Untitled")), attribute("pages", Integer),
+                attribute("price", Double), attribute("bought", Date), attribute("lent", Boolean, false),
+                attribute("cover", Binary), relationship("shelf", ToOne, "Shelf", "books"),
+                relationship("labels", ToMany, "Label", "books"), relationship("sequel", ToOne, "Book", "prequels"),
+                relationship("prequels", ToMany, "Book", "sequel"),
                 relationship("chapters", ToMany, "Chapter", "book", DeleteRule::Cascade)},
             .indexes = {{"shelf", "lent"}}},
-        {.name = "Label", .properties = {attribute("title", Text), relationship("books", ToMany, "Book", "labels")}, .indexes = {}},
-        {.name = "Chapter", .properties = {attribute("title", Text), relationship("book", ToOne, "Book", "chapters")}, .indexes = {}},
+        {.name = "Label",
+            .properties = {attribute("title", Text), relationship("books", ToMany, "Book", "labels")},
+            .indexes = {}},
+        {.name = "Chapter",
+            .properties = {attribute("title", Text), relationship("book", ToOne, "Book", "chapters")},
+            .indexes = {}},
     };
 }
 
@@ -44,8 +56,7 @@ inline const ObjectModel &model()
     return made;
 }
 
-template <typename T>
-T value(foundation::Result<T> result)
+template <typename T> T value(foundation::Result<T> result)
 {
     if (!result)
         throw std::runtime_error(result.error().message + " " + result.error().detail);
@@ -77,15 +88,18 @@ inline ManagedObject &book(ObjectContext &context, std::string title, std::int64
     return made;
 }
 
-inline std::vector<ManagedObject *> fetch(ObjectContext &context, std::string entity, std::string_view predicate = "TRUEPREDICATE",
-    std::initializer_list<Argument> arguments = {})
+inline std::vector<ManagedObject *> fetch(ObjectContext &context, std::string entity,
+    std::string_view predicate = "TRUEPREDICATE", std::initializer_list<Argument> arguments = {})
 {
-    return value(context.fetch({.entity = std::move(entity), .predicate = Predicate::format(predicate, arguments), .sortDescriptors = {}}));
+    return value(context.fetch(
+        {.entity = std::move(entity), .predicate = Predicate::format(predicate, arguments), .sortDescriptors = {}}));
 }
 
-inline std::int64_t count(ObjectContext &context, std::string entity, std::string_view predicate, std::initializer_list<Argument> arguments = {})
+inline std::int64_t count(ObjectContext &context, std::string entity, std::string_view predicate,
+    std::initializer_list<Argument> arguments = {})
 {
-    return value(context.count({.entity = std::move(entity), .predicate = Predicate::format(predicate, arguments), .sortDescriptors = {}}));
+    return value(context.count(
+        {.entity = std::move(entity), .predicate = Predicate::format(predicate, arguments), .sortDescriptors = {}}));
 }
 
 inline std::vector<std::string> titles(const std::vector<ManagedObject *> &objects)

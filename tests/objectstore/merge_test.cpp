@@ -11,9 +11,7 @@ namespace {
 
 /// One book, read by two contexts; `theirs` saves first, then `ours` by its policy.
 struct TwoReaders {
-    explicit TwoReaders(MergePolicy policy)
-        : ours(library.context(policy))
-        , theirs(library.context())
+    explicit TwoReaders(MergePolicy policy) : ours(library.context(policy)), theirs(library.context())
     {
         auto writer = library.context();
         const ObjectID id = book(*writer, "Novel", 1).objectID();
@@ -118,8 +116,8 @@ TEST(MergeExternalChanges, noticesWhatAnotherConnectionWrote)
     book(*readers.theirs, "New");
     value(readers.theirs->save());
     std::vector<std::string> inserted;
-    const Subscription subscription = readers.ours->onObjectsDidChange(
-        [&](const ObjectsChange &change) { inserted = titles(change.inserted); });
+    const Subscription subscription
+        = readers.ours->onObjectsDidChange([&](const ObjectsChange &change) { inserted = titles(change.inserted); });
     EXPECT_TRUE(value(readers.ours->mergeExternalChanges()));
     EXPECT_EQ(readers.our->text("title"), "Theirs");
     EXPECT_THAT(inserted, ElementsAre("New"));

@@ -68,7 +68,8 @@ TEST(ObjectContext, answersOverRelationshipsThatAreNotSavedYet)
     placed.addObject("labels", label);
 
     EXPECT_THAT(titles(fetch(*context, "Book", "shelf == %@", {Value(shelf.objectID())})), ElementsAre("Placed"));
-    EXPECT_THAT(titles(fetch(*context, "Book", "shelf.title == 'Attic' AND labels.title == 'old'")), ElementsAre("Placed"));
+    EXPECT_THAT(
+        titles(fetch(*context, "Book", "shelf.title == 'Attic' AND labels.title == 'old'")), ElementsAre("Placed"));
     shelf.setValue("title", std::string("Cellar"));
     EXPECT_EQ(count(*context, "Book", "shelf.title == 'Attic'"), 0);
     EXPECT_EQ(count(*context, "Shelf", "books.@count == 1"), 1);

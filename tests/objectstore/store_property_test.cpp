@@ -141,7 +141,8 @@ public:
         RC_ASSERT(stateOf(*m_context) == m_now);
         RC_ASSERT(stateOf(*m_other) == m_saved);
         RC_ASSERT(count(*m_context, "Book", "shelf != NULL AND labels.@count > 0")
-            == std::count_if(m_now.begin(), m_now.end(), [](const auto &entry) { return entry.second.shelf >= 0 && !entry.second.labels.empty(); }));
+            == std::count_if(m_now.begin(), m_now.end(),
+                [](const auto &entry) { return entry.second.shelf >= 0 && !entry.second.labels.empty(); }));
         RC_ASSERT(m_context->undoManager()->canUndo() == !m_past.empty());
         RC_ASSERT(m_context->undoManager()->canRedo() == !m_future.empty());
     }
@@ -156,8 +157,7 @@ private:
         m_context->enableUndo();
         m_other = m_library.context();
     }
-    template <typename Work>
-    void change(Work work)
+    template <typename Work> void change(Work work)
     {
         const State before = m_now;
         m_context->undoManager()->beginGroup("change");
@@ -168,8 +168,7 @@ private:
         m_past.push_back(before);
         m_future.clear();
     }
-    template <typename Work>
-    void withBook(int seed, Work work)
+    template <typename Work> void withBook(int seed, Work work)
     {
         if (m_now.empty())
             return;
@@ -251,7 +250,9 @@ RC_GTEST_PROP(ObjectStore, agreesWithASimpleModelThroughAnySequence, ())
         [](Desk &desk, int) { desk.undo(); },
         [](Desk &desk, int) { desk.redo(); },
         [](Desk &desk, int) { desk.save(); },
-        [](Desk &desk, int seed) { seed % 3 == 0 ? desk.rollback() : seed % 3 == 1 ? desk.reopen() : desk.save(); },
+        [](Desk &desk, int seed) { seed % 3 == 0       ? desk.rollback()
+                                       : seed % 3 == 1 ? desk.reopen()
+                                                       : desk.save(); },
     };
     const auto steps = *rc::gen::container<std::vector<std::pair<int, int>>>(
         rc::gen::pair(rc::gen::inRange(0, static_cast<int>(actions.size())), rc::gen::inRange(0, 1000)));

@@ -83,8 +83,7 @@ ScriptedHttpServer::ScriptedHttpServer(Script script)
     : m_script(std::move(script))
     , m_listener(listenOnLoopback(m_port))
     , m_acceptor([this](const std::stop_token &stop) { accept(stop); })
-{
-}
+{ }
 
 ScriptedHttpServer::~ScriptedHttpServer()
 {
