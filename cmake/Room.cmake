@@ -8,7 +8,8 @@ target_compile_options(quelvin_flags INTERFACE
     -Wno-missing-field-initializers # a designated initialiser names what differs from the defaults
     -Werror
     # GCC 12 sees uninitialised members in every moved std::variant, so that one warning is off.
-    $<$<AND:$<CXX_COMPILER_ID:GNU>,$<COMPILE_LANGUAGE:CXX>>:-Wduplicated-cond -Wlogical-op -Wno-maybe-uninitialized>)
+    $<$<AND:$<CXX_COMPILER_ID:GNU>,$<COMPILE_LANGUAGE:CXX>>:-Wduplicated-cond -Wlogical-op -Wno-maybe-uninitialized
+    -fpch-preprocess>) # lets ccache see what a precompiled header holds
 target_compile_definitions(quelvin_flags INTERFACE
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_DISABLE_DEPRECATED_BEFORE=0x060400 _GLIBCXX_ASSERTIONS)
 if(CMAKE_BUILD_TYPE STREQUAL "Release")

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace bench {
+
+/// Seconds that `work` takes on the wall clock.
+[[nodiscard]] double secondsFor(const std::function<void()> &work);
+
+/// The medians of `rounds` alternating runs of two pieces of work, so that both meet the same weather.
+struct Pair {
+    double ours = 0; ///< seconds
+    double raw = 0;
+};
+[[nodiscard]] Pair alternate(int rounds, const std::function<void()> &ours, const std::function<void()> &raw);
+[[nodiscard]] double median(int rounds, const std::function<void()> &work);
+
+/// Bytes that the program holds on the heap now.
+[[nodiscard]] double heapInUse();
+
+void printHeader(const std::string &title);
+/// One row: our figure, the raw one in the same unit, their ratio and what is to be reached.
+void printRatio(const std::string &work, double ours, double raw, const std::string &unit, double reach);
+/// One row without a raw limit.
+void printFigure(const std::string &work, double ours, const std::string &unit, const std::string &reach);
+
+} // namespace bench
