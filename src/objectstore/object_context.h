@@ -9,6 +9,7 @@
 #include <list>
 #include <memory>
 #include <set>
+#include <span>
 #include <unordered_map>
 
 namespace objectstore {
@@ -127,6 +128,12 @@ public:
     [[nodiscard]] Result<std::vector<ManagedObject *>> fetch(const FetchRequest &request);
     /// How many `fetch` would return; builds no objects.
     [[nodiscard]] Result<std::int64_t> count(const FetchRequest &request);
+    /// Reads a few columns of many records without building objects: calls `visit` for each record that answers, in the
+    /// order of insertion, with its values of `keys` (attributes and to-one relationships of the entity itself), the
+    /// context's unsaved changes included. The values hold until `visit` returns; `visit` must leave the context alone.
+    /// A request with sort descriptors is refused.
+    [[nodiscard]] Result<void> fetchValues(const FetchRequest &request, const std::vector<std::string> &keys,
+        const std::function<void(const ObjectID &, std::span<const ValueView>)> &visit);
 
     [[nodiscard]] bool hasChanges() const;
     void processPendingChanges();
