@@ -183,13 +183,13 @@ TEST(TransportOptions, comeFromTheSettings)
 
 namespace {
 
-class Cancelled : public ServiceClient
+class Clients : public ServiceClient
 {
 };
 
 } // namespace
 
-TEST_F(Cancelled, F27_clientsFailEveryLaterRequestWithoutMakingIt)
+TEST_F(Clients, F27_makeNoRequestOnceCancelled)
 {
     holdKey();
     std::stop_source stop;
@@ -205,7 +205,18 @@ TEST_F(Cancelled, F27_clientsFailEveryLaterRequestWithoutMakingIt)
     EXPECT_EQ(requests().size(), 1U);
 }
 
-TEST_F(Cancelled, F27_clientsKeepTheDeadlineOfTheSettings)
+TEST_F(Clients, F28_readAReplyAsItArrivesAndStopWhereItIsBad)
+{
+    holdKey();
+    answer("getTasks", {.mode = Mode::Endless}); // the limit of the transport is far away
+    TDError error;
+    EXPECT_FALSE(client().getTasks(&error));
+    EXPECT_EQ(error.code, 30);
+    EXPECT_EQ(error.message, "Toodledo returned a bad result while getting tasks.");
+    EXPECT_NE(error.detail.find("markup without end"), std::string::npos) << error.detail;
+}
+
+TEST_F(Clients, F27_keepTheDeadlineOfTheSettings)
 {
     holdKey();
     settings.set("RequestTimeout", std::int64_t{1});
