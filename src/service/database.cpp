@@ -143,14 +143,15 @@ void Database::read(const Work &work)
         write(work);
         return;
     }
-    auto reader = takeReader();
-    {
-        Transaction transaction(*reader, Transaction::Kind::Read);
-        work(*reader);
-        transaction.commit();
-    }
-    const std::scoped_lock lock(m_idleMutex);
-    m_idleReaders.push_back(std::move(reader));
+    // A reader goes back even when `work` throws: a wrong key must not cost the opening of a file.
+    const auto giveBack = [this](Connection *reader) {
+        const std::scoped_lock lock(m_idleMutex);
+        m_idleReaders.emplace_back(reader);
+    };
+    const std::unique_ptr<Connection, decltype(giveBack)> reader(takeReader().release(), giveBack);
+    Transaction transaction(*reader, Transaction::Kind::Read);
+    work(*reader);
+    transaction.commit();
 }
 
 void Database::write(const Work &work)

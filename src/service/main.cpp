@@ -109,6 +109,7 @@ int main(int count, char **texts)
     key->type_name("FILE")->needs(certificate);
     application.add_flag("--no-sign-up", arguments.isClosed, "Let nobody but add-user create accounts");
     auto *addition = application.add_subcommand("add-user", "Create an account; the password comes on standard input");
+    addition->fallthrough(); // so that --data may follow as well
     addition->add_option("email", arguments.email, "The account's e-mail address")->required()->type_name("EMAIL");
     try {
         application.parse(count, texts);

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <csignal>
 #include <fstream>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <thread>
 
@@ -33,7 +34,7 @@ int run(const std::string &arguments, std::string *output = nullptr)
 class Program
 {
 public:
-    explicit Program(const std::string &folder, std::vector<std::string> more = {})
+    explicit Program(const std::string &folder, std::vector<std::string> more = {}, rlim_t longestFile = RLIM_INFINITY)
     {
         int output[2];
         if (::pipe(output) != 0)
@@ -48,6 +49,8 @@ public:
         m_process = ::fork();
         if (m_process == 0) {
             ::dup2(output[1], 1);
+            const rlimit limit{longestFile, longestFile};
+            ::setrlimit(RLIMIT_FSIZE, &limit);
             ::execv(SERVICE_PROGRAM, pointers.data());
             ::_exit(127);
         }
@@ -140,6 +143,39 @@ TEST(Program, keepsEveryAcknowledgedAddWhenItIsKilled)
     EXPECT_LE(countOf(list, "<task>"), static_cast<int>(acknowledged.size()) + 5); // one was under way each time
 }
 
+TEST(Program, refusesWhatItCannotStoreAndKeepsTheRest)
+{
+    const support::TemporaryFolder place;
+    const std::string folder = place.path() / "data";
+    addUser(folder);
+    std::vector<std::string> acknowledged;
+    std::string key;
+    {
+        Program program(folder, {}, 600'000); // as on a disk that is full
+        const std::string base = "http://" + program.address();
+        HttpClient client;
+        key = logIn(client, base);
+        std::string reply;
+        for (int i = 0; i < 200; ++i) {
+            const Parameters parameters{{"key", key}, {"title", "x"}, {"note", std::string(20'000, 'n')}};
+            reply = client.get(base + target("addTask", parameters)).body;
+            if (inside(reply, "added") == "(none)")
+                break;
+            acknowledged.push_back(inside(reply, "added"));
+        }
+        EXPECT_NE(inside(reply, "error"), "(none)") << reply;
+        EXPECT_EQ(client.get(base + target("getTasks", {{"key", key}})).status, 200);
+    }
+    EXPECT_GE(acknowledged.size(), 5U);
+    Program program(folder);
+    HttpClient client;
+    const std::string base = "http://" + program.address();
+    const std::string list = client.get(base + target("getTasks", {{"key", key}})).body;
+    for (const std::string &id : acknowledged)
+        EXPECT_NE(list.find("<id>" + id + "</id>"), std::string::npos) << id;
+    EXPECT_NE(inside(client.get(base + target("addTask", {{"key", key}, {"title", "x"}})).body, "added"), "(none)");
+}
+
 TEST(Program, stopsCleanlyAndLetsUsersBeAddedMeanwhile)
 {
     const support::TemporaryFolder place;
@@ -193,7 +229,7 @@ TEST(Program, tellsInOneSentenceWhatIsWrong)
         = {{"", 2}, {"--data", 2}, {"--data x --tokens-per-hour none", 2}, {"--data x --frobnicate", 2},
             {"--data x add-user", 2}, {"--data x --tls-cert y", 2}, {"--data " + folder + " --listen nowhere", 1},
             {"--data /proc/none", 1}, {"--data " + folder + " --tls-cert /none --tls-key /none", 1},
-            {"--data " + folder + " add-user ana@example.org </dev/null", 1}};
+            {"add-user ana@example.org --data " + folder + " </dev/null", 1}};
     for (const auto &[arguments, status] : cases) {
         std::string output;
         const int ended = run(arguments, &output);
