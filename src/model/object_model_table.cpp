@@ -261,14 +261,15 @@ std::vector<EntitySchema> entitiesOfTheFileOnly()
     };
 }
 
-/// What synchronisation notes for itself, so that notes and records are saved together: entries of several kinds, each
-/// under a key of its kind.
+/// What synchronisation notes for itself, so that notes and records are saved together: for each record what the service
+/// last had of it, and under a kind of its own what is known of the account.
 EntitySchema syncLedgerEntry()
 {
     return {
         .name = "SyncLedgerEntry",
-        .properties = {text("kind"), text("key"), date("date"), text("content")},
-        .indexes = {{"kind", "key"}},
+        .properties = {integer("kind"), integer("record"), integer("serverContent"), integer("localContent"),
+            integer("sentContent"), date("date"), text("account")},
+        .indexes = {},
         .make = {},
     };
 }
