@@ -53,6 +53,8 @@ std::string getToken(Call &call)
 {
     refuseTheHasty(call.throttles.addresses.waitOf(call.address, call.now));
     const std::string_view userid = call.request.text("userid");
+    if (userid.empty())
+        throw Refusal("missing userid"); // no guess: clients ask like this before they have an account
     const auto token = makeToken(call.connection, userid, call.options.tokensPerHour, call.now);
     if (!token) {
         call.throttles.addresses.failed(call.address, call.now);
