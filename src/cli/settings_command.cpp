@@ -97,8 +97,6 @@ Result<SettingValue> valueLike(const SettingValue &current, const std::string &k
 
 Done set(Workplace &workplace, const std::string &key, const SettingValue &current, const std::string &text)
 {
-    if (std::ranges::find(ownKeys, key) != ownKeys.end())
-        return notUnderstood(key + " is kept by the program itself.");
     std::string typed = text;
     if (key == keys::ToodleDoPassword && text == "-") {
         auto password = readPassword();
@@ -126,6 +124,8 @@ Done showOrSetSettings(Workplace &workplace, const Arguments &arguments)
         return {};
     }
     const std::string &key = arguments.operands[0];
+    if (arguments.operands.size() > 1 && std::ranges::find(ownKeys, key) != ownKeys.end())
+        return notUnderstood(key + " is kept by the program itself.");
     const auto found = all.find(key);
     if (found == all.end()) {
         std::vector<std::string> names;
