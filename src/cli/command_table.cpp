@@ -4,6 +4,12 @@
 
 namespace cli {
 
+CommandDescription syncCommand(foundation::Result<void> (*run)(Workplace &, const Arguments &))
+{
+    return {"sync", "Synchronise with the service", {},
+        {{"accept-deletions", "", "Carry out deletions even if the service says that most records are gone"}}, run};
+}
+
 std::span<const CommandDescription> commandTable()
 {
     static const OptionDescription json{"json", "", "Print JSON"};
@@ -35,9 +41,7 @@ std::span<const CommandDescription> commandTable()
         {"context", "Change contexts",
             {{"ACTION", "add, rename or delete"}, {"NAME", "The context"}, {"NEW-NAME", "For rename", false}}, {},
             changeContext},
-        {"sync", "Synchronise with the service", {},
-            {{"accept-deletions", "", "Carry out deletions even if the service says that most records are gone"}},
-            synchronize},
+        syncCommand(startSyncProgram),
         {"settings", "Show or change settings",
             {{"KEY", "The setting", false}, {"VALUE", "Its new value; - reads a password from standard input", false}},
             {}, showOrSetSettings},

@@ -10,6 +10,10 @@ namespace cli {
 /// Every command of the program.
 [[nodiscard]] std::span<const CommandDescription> commandTable();
 
+/// The command "sync", done by `run`. Synchronising is a program of its own, so that no other command pays for the
+/// loading of the network's libraries, which takes longer than all that most commands do.
+[[nodiscard]] CommandDescription syncCommand(foundation::Result<void> (*run)(Workplace &, const Arguments &));
+
 // What the commands do. Each looks everything up first and saves once, so that it is done wholly or not at all.
 using Done = foundation::Result<void>;
 
@@ -30,7 +34,7 @@ using Done = foundation::Result<void>;
 [[nodiscard]] Done changeFolder(Workplace &workplace, const Arguments &arguments);
 [[nodiscard]] Done changeContext(Workplace &workplace, const Arguments &arguments);
 
-[[nodiscard]] Done synchronize(Workplace &workplace, const Arguments &arguments);
+[[nodiscard]] Done startSyncProgram(Workplace &workplace, const Arguments &arguments);
 [[nodiscard]] Done showOrSetSettings(Workplace &workplace, const Arguments &arguments);
 [[nodiscard]] Done importFile(Workplace &workplace, const Arguments &arguments);
 [[nodiscard]] Done exportStore(Workplace &workplace, const Arguments &arguments);
