@@ -30,9 +30,12 @@ Field folderTitle(const ManagedObject &task)
     return titleOf(as<model::Tasks>(&task)->folders());
 }
 
+/// No context and the context "None" are the same to people and to the service; which of both a task has hangs on how
+/// it came here.
 Field contextTitle(const ManagedObject &task)
 {
-    return titleOf(as<model::Tasks>(&task)->contexts());
+    const model::Contexts *context = as<model::Tasks>(&task)->contexts();
+    return context ? titleOf(context) : Field(std::string("None"));
 }
 
 Field stateTitle(const ManagedObject &task)

@@ -20,8 +20,16 @@ bool isControl(char32_t point)
         || (point >= 0x2066 && point <= 0x2069);
 }
 
+/// Most texts are, and each letter of such a text is one byte and one column.
+bool isPlainAscii(std::string_view text)
+{
+    return std::ranges::all_of(text, [](char letter) { return letter >= 0x20 && letter < 0x7F; });
+}
+
 std::string withoutControls(std::string_view text, bool keepLines)
 {
+    if (isPlainAscii(text))
+        return std::string(text);
     std::string safe;
     safe.reserve(text.size());
     while (!text.empty()) {
@@ -115,6 +123,8 @@ bool isUtf8(std::string_view text)
 
 std::size_t displayWidth(std::string_view text)
 {
+    if (isPlainAscii(text))
+        return text.size();
     WidthCounter counter;
     std::size_t width = 0;
     while (!text.empty())
