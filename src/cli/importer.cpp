@@ -88,6 +88,11 @@ Result<void> Importer::readExisting()
                 m_known[&kind].byTitle[std::string(object->text(kind.title))].push_back(object);
         }
     }
+    auto priorities = m_moc.fetch({.entity = "Priorities", .predicate = {}, .sortDescriptors = {}});
+    if (!priorities)
+        return Failure(std::move(priorities.error()));
+    for (ManagedObject *priority : *priorities)
+        m_priorities.emplace(priority->integer("priority"), priority);
     return {};
 }
 
@@ -101,8 +106,14 @@ ManagedObject &Importer::existingOrNew(const FileRecord &record, bool &isNew)
     isNew = !namesakes || used >= namesakes->size();
     if (!isNew)
         return *(*namesakes)[used];
-    ManagedObject &object = m_moc.insert(record.kind->entity);
+    // a task is given its place below, from what has been read already
+    using objectstore::Awakening;
+    ManagedObject &object = m_moc.insert(record.kind->entity, isTask ? Awakening::None : Awakening::FromInsert);
     object.setValue(record.kind->title, title);
+    if (isTask) {
+        object.setDate("creationDate", m_moc.store().clock().now());
+        object.setDate("modifiedDate", m_moc.store().clock().now());
+    }
     if (namesakes)
         namesakes->push_back(&object);
     ++m_counts[record.kind];
@@ -159,17 +170,12 @@ Result<void> Importer::placeTask(const FileRecord &record, ManagedObject &task)
             return Failure(std::move(found.error()));
         task.setRelated(placement.relationship, *found);
     }
-    if (const std::int64_t priority = integerOf(record, "priority"); priority != 0) {
-        auto found = m_moc.fetch({.entity = "Priorities",
-            .predicate = objectstore::Predicate::format("priority == %@", {Value(priority)}),
-            .sortDescriptors = {}});
-        if (!found)
-            return Failure(std::move(found.error()));
-        if (found->empty())
-            return notUnderstood(where(record) + " has the priority " + std::to_string(priority) + ", which is none.");
-        task.setRelated("priorities", found->front());
-        task.setValue("priority", priority);
-    }
+    const std::int64_t priority = integerOf(record, "priority");
+    const auto found = m_priorities.find(priority);
+    if (found == m_priorities.end())
+        return notUnderstood(where(record) + " has the priority " + std::to_string(priority) + ", which is none.");
+    task.setRelated("priorities", found->second);
+    task.setValue("priority", priority);
     if (const Field *tags = fieldNamed(record, "tags")) {
         for (const std::string &title : std::get<std::vector<std::string>>(*tags))
             task.addObject("tags", tag(title));

@@ -47,6 +47,7 @@ private:
 
     objectstore::ObjectContext &m_moc;
     std::map<const RecordKind *, Known> m_known;
+    std::map<std::int64_t, objectstore::ManagedObject *> m_priorities;
     ImportCounts m_counts;
 };
 

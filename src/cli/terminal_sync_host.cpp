@@ -21,12 +21,13 @@ void TerminalSyncHost::later(Work work)
 
 void TerminalSyncHost::andWait(Work work)
 {
-    std::promise<void> done;
-    later([&] {
+    // shared: the one who waits may go on before the other has left set_value
+    const auto done = std::make_shared<std::promise<void>>();
+    later([done, work = std::move(work)] {
         work();
-        done.set_value();
+        done->set_value();
     });
-    done.get_future().wait();
+    done->get_future().wait();
 }
 
 void TerminalSyncHost::serveUntilEnd(const std::function<void()> &onIdle)
