@@ -51,10 +51,11 @@ private:
 
 Done conclusion(SyncOutcome outcome, bool hasRefusedDeletions)
 {
+    const bool wentThrough = outcome == SyncOutcome::Completed || outcome == SyncOutcome::Incomplete;
+    if (wentThrough && hasRefusedDeletions)
+        return failed("The deletions were not carried out; the rest was synchronised.");
     switch (outcome) {
     case SyncOutcome::Completed:
-        if (hasRefusedDeletions)
-            return failed("All but the deletions was synchronised.");
         return {};
     case SyncOutcome::Incomplete:
         return failed(

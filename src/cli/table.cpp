@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::size_t gap = 2;
 constexpr std::size_t narrowest = 8; // of a column that gives way
+constexpr std::size_t comfortable = 24; // less than that costs an expendable column
 constexpr std::array<std::string_view, 5> codes{"", "1", "2", "31", "33"};
 
 bool isSet(const char *variable)
@@ -53,22 +54,40 @@ void Table::add(std::vector<Cell> row)
 }
 
 /// 0 for a column that stays out.
-std::vector<std::size_t> Table::widths(const Terminal &terminal) const
+std::vector<std::size_t> Table::naturalWidths() const
 {
     std::vector<std::size_t> widths(m_columns.size(), 0);
     for (const auto &row : m_rows) {
         for (std::size_t i = 0; i < row.size(); ++i)
             widths[i] = std::max(widths[i], displayWidth(row[i].text));
     }
-    std::size_t total = 0;
     for (std::size_t i = 0; i < widths.size(); ++i) {
-        if (widths[i] > 0) {
+        if (widths[i] > 0)
             widths[i] = std::max(widths[i], displayWidth(m_columns[i].name));
-            total += widths[i] + gap;
-        }
     }
-    total -= std::min(total, gap);
-    for (std::size_t excess = terminal.width > 0 && total > terminal.width ? total - terminal.width : 0; excess > 0;) {
+    return widths;
+}
+
+std::vector<std::size_t> Table::widths(const Terminal &terminal) const
+{
+    std::vector<std::size_t> widths = naturalWidths();
+    const auto excess = [&] {
+        std::size_t total = 0;
+        for (const std::size_t width : widths)
+            total += width > 0 ? width + gap : 0;
+        return terminal.width > 0 && total > terminal.width + gap ? total - terminal.width - gap : 0;
+    };
+    const auto spare = [&] {
+        std::size_t total = 0;
+        for (std::size_t i = 0; i < widths.size(); ++i)
+            total += m_columns[i].isFlexible && widths[i] > comfortable ? widths[i] - comfortable : 0;
+        return total;
+    };
+    for (std::size_t i = widths.size(); i-- > 0 && excess() > spare();) {
+        if (m_columns[i].isExpendable)
+            widths[i] = 0;
+    }
+    for (std::size_t rest = excess(); rest > 0; --rest) {
         // the widest of the flexible columns gives way first
         std::size_t widest = widths.size();
         for (std::size_t i = 0; i < widths.size(); ++i) {
@@ -79,7 +98,6 @@ std::vector<std::size_t> Table::widths(const Terminal &terminal) const
         if (widest == widths.size())
             break;
         --widths[widest];
-        --excess;
     }
     return widths;
 }

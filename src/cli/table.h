@@ -24,14 +24,15 @@ struct Cell {
     Style style = Style::Plain;
 };
 
-/// Rows in aligned columns under their names. Columns without a value stay out, and the columns marked flexible give
-/// way when the terminal is narrow.
+/// Rows in aligned columns under their names. Columns without a value stay out. When the terminal is narrow, expendable
+/// columns go, the last first, and then the flexible ones give way.
 class Table
 {
 public:
     struct Column {
         std::string_view name;
         bool isFlexible = false;
+        bool isExpendable = false;
     };
 
     explicit Table(std::vector<Column> columns) : m_columns(std::move(columns)) { }
@@ -41,6 +42,7 @@ public:
     [[nodiscard]] std::string text(const Terminal &terminal) const;
 
 private:
+    [[nodiscard]] std::vector<std::size_t> naturalWidths() const;
     [[nodiscard]] std::vector<std::size_t> widths(const Terminal &terminal) const;
 
     std::vector<Column> m_columns;

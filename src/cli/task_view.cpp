@@ -68,8 +68,9 @@ std::string shortDate(std::optional<Instant> date)
 
 std::string taskTable(std::span<objectstore::ManagedObject *const> tasks, Instant now, const Terminal &terminal)
 {
-    Table table({{"ID"}, {""}, {""}, {"P"}, {"TITLE", true}, {"FOLDER", true}, {"CONTEXT", true}, {"STATE", true},
-        {"START"}, {"DUE"}});
+    Table table({{"ID"}, {""}, {""}, {"P"}, {.name = "TITLE", .isFlexible = true},
+        {.name = "FOLDER", .isFlexible = true}, {.name = "CONTEXT", .isFlexible = true, .isExpendable = true},
+        {.name = "STATE", .isExpendable = true}, {.name = "START", .isExpendable = true}, {.name = "DUE"}});
     for (const objectstore::ManagedObject *task : tasks)
         table.add(tableRow(*model::as<Tasks>(task), now));
     return table.isEmpty() ? std::string() : table.text(terminal);

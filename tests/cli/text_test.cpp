@@ -80,4 +80,14 @@ TEST_F(Text, aTableAlignsLeavesEmptyColumnsOutAndFitsTheTerminal)
     EXPECT_NE(table.text({.width = 80, .hasColours = true}).find("\033[1mTITLE\033[0m"), std::string::npos);
 }
 
+TEST_F(Text, anExpendableColumnGoesBeforeATitleIsHardlyLeft)
+{
+    cli::Table table({{.name = "TITLE", .isFlexible = true}, {.name = "STATE", .isExpendable = true}, {.name = "DUE"}});
+    table.add({{"Buy oat milk, eggs and rye bread"}, {"Waiting"}, {"2026-12-24"}});
+    EXPECT_NE(table.text({.width = 50}).find("STATE"), std::string::npos);
+    EXPECT_EQ(table.text({.width = 36}),
+        "TITLE                     DUE\n"
+        "Buy oat milk, eggs and …  2026-12-24\n");
+}
+
 } // namespace
