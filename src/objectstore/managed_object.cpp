@@ -5,6 +5,7 @@
 #include "objectstore/undo_manager.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace objectstore {
 
@@ -54,6 +55,8 @@ std::optional<Instant> ManagedObject::date(std::string_view name) const
 /// Keeps `value` as unsaved, or nothing where it is what the row holds already.
 void ManagedObject::storeValue(const Property &property, Value value)
 {
+    if (std::isnan(toDouble(view(value))))
+        value = {}; // what SQLite keeps for it
     if (!m_row)
         m_context->load(*this);
     const bool asInRow = m_row && sameValue(view(value), m_row->value(property.slot, property.destination));

@@ -19,7 +19,7 @@ struct PredicateEvaluator::Operand {
             constant = source.constantValue();
         for (const Expression &part : source.parts)
             parts.emplace_back(part, entity);
-        several = path.isMany();
+        several = path.problem.empty() && path.isMany();
     }
 
     /// The value for `object` of an operand that has one.
