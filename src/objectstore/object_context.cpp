@@ -2,6 +2,7 @@
 #include "objectstore/object_context.h"
 
 #include "objectstore/context_state.h"
+#include "objectstore/save_log.h"
 #include "objectstore/undo_manager.h"
 
 #include <SQLiteCpp/Exception.h>
@@ -67,7 +68,7 @@ ObjectContext::ObjectContext(Store &store, MergePolicy policy)
         m_state->connection = std::move(*connection);
         try {
             m_state->seenDataVersion = m_state->connection->dataVersion();
-            m_state->seenSave = std::stoll("0" + objectstore::storeValue(*m_state->connection, "save"));
+            m_state->seenSave = SaveLog(*m_state->connection).lastSave();
         } catch (const SQLite::Exception &exception) {
             m_state->connectError
                 = storeError(StoreErrorCode::Unreadable, "The task store could not be read.", exception);

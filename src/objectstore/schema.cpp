@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "objectstore/schema.h"
 
+#include "objectstore/save_log.h"
+
 #include <set>
 
 namespace objectstore {
@@ -56,6 +58,7 @@ void createJoins(Connection &connection, const EntityDescription &entity)
 void createSchema(Connection &connection, const ObjectModel &model)
 {
     connection.execute("CREATE TABLE IF NOT EXISTS _store (name TEXT PRIMARY KEY, value) WITHOUT ROWID");
+    SaveLog(connection).createTable();
     for (const auto &entity : model.entities()) {
         createTable(connection, *entity);
         createIndexes(connection, *entity);

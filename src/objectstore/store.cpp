@@ -101,7 +101,6 @@ Result<std::unique_ptr<Store>> Store::open(
             if (storeValue(connection, "uuid").empty()) {
                 connection.execute("PRAGMA application_id=" + std::to_string(applicationId));
                 setStoreValue(connection, "uuid", newUuid());
-                setStoreValue(connection, "save", "0");
             }
             transaction.commit();
         }
