@@ -84,7 +84,8 @@ std::string Statement::text(int column) const
 }
 
 Connection::Connection(const std::filesystem::path &file, const std::string &vfs, bool create)
-    : m_database(file.string(), SQLite::OPEN_READWRITE | (create ? SQLite::OPEN_CREATE : 0), busyTimeout, vfs)
+    : m_database(file.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_NOMUTEX | (create ? SQLite::OPEN_CREATE : 0),
+        busyTimeout, vfs)
 {
     sqlite3_extended_result_codes(handle(), 1);
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);

@@ -75,6 +75,7 @@ private:
     friend class ObjectContext;
     friend class ContextSaver;
     friend class ContextMerger;
+    friend class PredicateEvaluator;
     friend class UndoManager;
 
     /// Values that differ from the row, by slot, and the to-many relationships whose members differ.

@@ -21,6 +21,7 @@ public:
 private:
     struct Node;
     struct Operand;
+    class ColumnTest;
     static std::unique_ptr<Node> prepare(const PredicateNode &node, const EntityDescription &entity);
 
     std::shared_ptr<const PredicateNode> m_predicate; ///< the prepared nodes point into it

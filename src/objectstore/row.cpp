@@ -8,35 +8,23 @@ namespace objectstore {
 
 ValueView Row::value(int slot, const EntityDescription *destination) const
 {
-    const std::int64_t stored = slots()[slot];
-    const auto number = [stored] {
-        double value = 0;
-        std::memcpy(&value, &stored, sizeof value);
-        return value;
-    };
-    const auto text = [this, stored] {
-        const auto bits = static_cast<std::uint64_t>(stored);
-        return std::string_view(bytes() + (bits & 0xffffffffU), bits >> 32U);
-    };
-    switch (kinds()[slot]) {
+    switch (kind(slot)) {
     case Kind::Nil:
         return {};
     case Kind::Boolean:
-        return stored != 0;
+        return integer(slot) != 0;
     case Kind::Integer:
-        return stored;
+        return integer(slot);
     case Kind::Double:
-        return number();
+        return real(slot);
     case Kind::Date:
-        return Instant{number()};
+        return Instant{real(slot)};
     case Kind::Text:
-        return text();
-    case Kind::Binary: {
-        const std::string_view held = text();
-        return std::span(reinterpret_cast<const std::byte *>(held.data()), held.size());
-    }
+        return text(slot);
+    case Kind::Binary:
+        return std::as_bytes(std::span(text(slot)));
     case Kind::Reference:
-        return ObjectID{destination, stored};
+        return ObjectID{destination, integer(slot)};
     }
     return {};
 }
@@ -92,18 +80,19 @@ void RowBuilder::addBytes(Row::Kind kind, const void *bytes, std::size_t size)
 RowPointer RowBuilder::finish()
 {
     const std::size_t columns = m_slots.size();
-    void *block = std::malloc(sizeof(Row) + columns * (sizeof(std::int64_t) + 1) + m_bytes.size());
+    const auto kinds = static_cast<std::size_t>(Row::padded(static_cast<int>(columns)));
+    const std::size_t slots = columns * sizeof(std::int64_t);
+    void *block = std::malloc(sizeof(Row) + kinds + slots + m_bytes.size());
     if (!block)
         throw std::bad_alloc();
     Row *row = new (block) Row;
     row->m_save = m_save;
     row->m_columns = static_cast<std::int32_t>(columns);
-    auto *slots = reinterpret_cast<std::int64_t *>(row + 1);
-    std::memcpy(slots, m_slots.data(), columns * sizeof(std::int64_t));
-    auto *kinds = reinterpret_cast<char *>(slots + columns);
-    std::memcpy(kinds, m_kinds.data(), columns);
+    auto *place = reinterpret_cast<char *>(row + 1);
+    std::memcpy(place, m_kinds.data(), columns);
+    std::memcpy(place + kinds, m_slots.data(), slots);
     if (!m_bytes.empty())
-        std::memcpy(kinds + columns, m_bytes.data(), m_bytes.size());
+        std::memcpy(place + kinds + slots, m_bytes.data(), m_bytes.size());
     return RowPointer(row);
 }
 

@@ -9,8 +9,9 @@
 
 namespace objectstore {
 
-/// One row of an entity's table as it lies in memory: one block with a slot of eight bytes for each column, then the
-/// text and bytes that the slots point into. Immutable once built and shared by a count that only one thread touches.
+/// One row of an entity's table as it lies in memory: one block with the kind and a slot of eight bytes for each
+/// column, then the text and bytes that the slots point into. Immutable once built and shared by a count that only one
+/// thread touches.
 class Row
 {
 public:
@@ -18,6 +19,20 @@ public:
 
     [[nodiscard]] std::int64_t save() const { return m_save; }
     [[nodiscard]] int columns() const { return m_columns; }
+    [[nodiscard]] Kind kind(int slot) const { return kinds()[slot]; }
+    /// The value in `slot` of which `kind` says that it is a flag, a whole number or a key; a double or a date; text.
+    [[nodiscard]] std::int64_t integer(int slot) const { return slots()[slot]; }
+    [[nodiscard]] double real(int slot) const
+    {
+        double value = 0;
+        std::memcpy(&value, slots() + slot, sizeof value);
+        return value;
+    }
+    [[nodiscard]] std::string_view text(int slot) const
+    {
+        const auto bits = static_cast<std::uint64_t>(slots()[slot]);
+        return {bytes() + (bits & 0xffffffffU), bits >> 32U};
+    }
     /// The value in `slot`; a reference reads as the ObjectID of `destination`.
     [[nodiscard]] ValueView value(int slot, const EntityDescription *destination) const;
 
@@ -25,9 +40,14 @@ private:
     friend class RowPointer;
     friend class RowBuilder;
 
-    [[nodiscard]] const std::int64_t *slots() const { return reinterpret_cast<const std::int64_t *>(this + 1); }
-    [[nodiscard]] const Kind *kinds() const { return reinterpret_cast<const Kind *>(slots() + m_columns); }
-    [[nodiscard]] const char *bytes() const { return reinterpret_cast<const char *>(kinds()) + m_columns; }
+    /// The kinds lie beside the head, so that a test of flags and of what is nothing touches little memory.
+    [[nodiscard]] static int padded(int columns) { return (columns + 7) / 8 * 8; }
+    [[nodiscard]] const Kind *kinds() const { return reinterpret_cast<const Kind *>(this + 1); }
+    [[nodiscard]] const std::int64_t *slots() const
+    {
+        return reinterpret_cast<const std::int64_t *>(kinds() + padded(m_columns));
+    }
+    [[nodiscard]] const char *bytes() const { return reinterpret_cast<const char *>(slots() + m_columns); }
 
     std::int64_t m_save = 0;
     std::int32_t m_columns = 0;
