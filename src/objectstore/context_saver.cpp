@@ -21,6 +21,11 @@ Result<SaveReport> ContextSaver::save()
     }
     if (!m_context.hasChanges())
         return adopt();
+    if (m_connection.hasMoved())
+        return Failure({"ObjectStoreErrorDomain", static_cast<int>(StoreErrorCode::Moved),
+            "The file of the task store was moved, replaced or deleted while it was open. Your changes are kept in the "
+            "program.",
+            m_context.store().file().string()});
     try {
         try {
             WriteTransaction transaction(m_connection);

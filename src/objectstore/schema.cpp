@@ -27,17 +27,22 @@ void createTable(Connection &connection, const EntityDescription &entity)
     }
 }
 
+std::string indexName(const EntityDescription &entity, const std::vector<std::string> &columns)
+{
+    std::string name = entity.name();
+    for (const std::string &column : columns)
+        name += "_" + column;
+    return name;
+}
+
 void createIndexes(Connection &connection, const EntityDescription &entity)
 {
     for (const auto &names : entity.indexes()) {
-        std::string title = entity.name();
         std::string columns;
-        for (const std::string &name : names) {
-            title += "_" + name;
+        for (const std::string &name : names)
             columns += (columns.empty() ? "" : ", ") + identifier(name);
-        }
-        connection.execute("CREATE INDEX IF NOT EXISTS " + identifier(title) + " ON " + identifier(entity.name()) + " ("
-            + columns + ")");
+        connection.execute("CREATE INDEX IF NOT EXISTS " + identifier(indexName(entity, names)) + " ON "
+            + identifier(entity.name()) + " (" + columns + ")");
     }
 }
 
@@ -65,6 +70,21 @@ void createSchema(Connection &connection, const ObjectModel &model)
         createJoins(connection, *entity);
     }
     connection.execute("PRAGMA user_version=" + std::to_string(model.version()));
+}
+
+std::set<std::string> schemaNames(const ObjectModel &model)
+{
+    std::set<std::string> names{"_store", "_saves"};
+    for (const auto &entity : model.entities()) {
+        names.insert(entity->name());
+        for (const auto &columns : entity->indexes())
+            names.insert(indexName(*entity, columns));
+        for (const Property *relationship : entity->toManyRelationships()) {
+            if (!relationship->joinTable.empty())
+                names.insert({relationship->joinTable, relationship->joinTable + "_member"});
+        }
+    }
+    return names;
 }
 
 std::string storeValue(Connection &connection, const std::string &name)
