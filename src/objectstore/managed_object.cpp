@@ -166,9 +166,9 @@ void ManagedObject::setRelated(std::string_view name, ManagedObject *target)
 
 ManagedObject::Members *ManagedObject::loadedMembers(const Property &relationship) const
 {
-    for (const auto &members : m_members) {
+    for (Members *members = m_members.get(); members; members = members->next.get()) {
         if (members->relationship == &relationship)
-            return members.get();
+            return members;
     }
     return nullptr;
 }
@@ -182,8 +182,8 @@ const std::vector<ManagedObject *> &ManagedObject::objects(const Property &relat
         return members->objects;
     std::vector<ManagedObject *> objects = m_context->readMembers(*this, relationship);
     m_context->m_state->withMembers.insert(this);
-    m_members.push_back(std::make_unique<Members>(Members{&relationship, std::move(objects)}));
-    return m_members.back()->objects;
+    m_members = std::make_unique<Members>(Members{&relationship, std::move(objects), std::move(m_members)});
+    return m_members->objects;
 }
 
 const std::vector<ManagedObject *> &ManagedObject::objects(std::string_view name) const

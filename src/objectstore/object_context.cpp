@@ -331,7 +331,7 @@ std::vector<ManagedObject *> ObjectContext::readMembers(const ManagedObject &own
 void ObjectContext::forgetMembers()
 {
     for (const ManagedObject *object : std::exchange(m_state->withMembers, {}))
-        object->m_members.clear();
+        object->m_members.reset();
 }
 
 bool ObjectContext::hasChanges() const

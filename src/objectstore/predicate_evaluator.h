@@ -17,6 +17,8 @@ public:
     ~PredicateEvaluator();
 
     [[nodiscard]] bool matches(const ManagedObject &object) const;
+    /// Those of many objects that answer, in their order; quicker than one question after another.
+    [[nodiscard]] std::vector<ManagedObject *> matching(std::span<ManagedObject *const> objects) const;
 
 private:
     struct Node;
