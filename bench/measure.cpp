@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <malloc.h>
 #include <vector>
 
@@ -14,6 +15,20 @@ double middle(std::vector<double> values)
 {
     std::sort(values.begin(), values.end());
     return values[values.size() / 2];
+}
+
+double processorSeconds()
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+double processorSecondsFor(const std::function<void()> &work)
+{
+    const double start = processorSeconds();
+    work();
+    return processorSeconds() - start;
 }
 } // namespace
 
@@ -39,7 +54,7 @@ double median(int rounds, const std::function<void()> &work)
 {
     std::vector<double> times;
     for (int i = 0; i < rounds; ++i)
-        times.push_back(secondsFor(work));
+        times.push_back(processorSecondsFor(work));
     return middle(times);
 }
 

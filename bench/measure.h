@@ -15,6 +15,7 @@ struct Pair {
     double raw = 0;
 };
 [[nodiscard]] Pair alternate(int rounds, const std::function<void()> &ours, const std::function<void()> &raw);
+/// The median of the processor seconds of work that waits for nothing, so that other programs matter less.
 [[nodiscard]] double median(int rounds, const std::function<void()> &work);
 
 /// Bytes that the program holds on the heap now.

@@ -200,7 +200,7 @@ SaveReport ContextSaver::adopt()
             continue;
         (object->m_inserted ? report.changes.inserted : report.changes.updated).push_back(object->m_id);
         if (object->m_inserted || !object->m_unsaved->values.empty() || !object->m_unsaved->members.empty()) {
-            m_builder.begin(static_cast<int>(object->entity().columns().size()), m_save);
+            m_builder.begin(m_save);
             for (const Property *column : object->entity().columns())
                 m_builder.add(object->value(*column));
             object->m_row = m_builder.finish();
@@ -211,7 +211,7 @@ SaveReport ContextSaver::adopt()
     for (auto &[table, changes] : m_state.joins)
         changes.clear();
     for (auto &set : m_state.changed)
-        set.clear();
+        set = {};
     if (m_save == m_state.seenSave + 1)
         m_state.seenSave = m_save;
     else if (m_save > 0)

@@ -29,7 +29,7 @@ std::int64_t nextKey(std::int64_t last, const foundation::Clock &clock)
 RowPointer defaultRow(const EntityDescription &entity)
 {
     RowBuilder builder;
-    builder.begin(static_cast<int>(entity.columns().size()), 0);
+    builder.begin(0);
     for (const Property *column : entity.columns())
         builder.add(view(column->defaultValue));
     return builder.finish();
@@ -350,11 +350,10 @@ void ObjectContext::processPendingChanges()
     m_state->announcing = true;
     constexpr int patience = 16; // handlers that answer each other's changes for ever are cut short
     for (int round = 0; round < patience; ++round) {
-        ObjectsChange change{m_state->sorted(m_state->pendingInserted), m_state->sorted(m_state->pendingUpdated),
-            m_state->sorted(m_state->pendingDeleted)};
-        m_state->pendingInserted.clear();
-        m_state->pendingUpdated.clear();
-        m_state->pendingDeleted.clear();
+        // exchanged, since to clear a set takes time for as many as it once held
+        ObjectsChange change{m_state->sorted(std::exchange(m_state->pendingInserted, {})),
+            m_state->sorted(std::exchange(m_state->pendingUpdated, {})),
+            m_state->sorted(std::exchange(m_state->pendingDeleted, {}))};
         if (change.inserted.empty() && change.updated.empty() && change.deleted.empty())
             break;
         const auto handlers = m_state->handlers;
@@ -387,9 +386,9 @@ void ObjectContext::rollback()
     for (auto &[table, changes] : m_state->joins)
         changes.clear();
     for (State::ObjectSet &set : m_state->changed)
-        set.clear();
-    m_state->pendingInserted.clear();
-    m_state->pendingDeleted.clear();
+        set = {};
+    m_state->pendingInserted = {};
+    m_state->pendingDeleted = {};
     forgetMembers();
     if (m_undo)
         m_undo->clear();

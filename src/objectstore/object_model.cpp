@@ -40,6 +40,8 @@ ObjectModel::ObjectModel(int version, std::vector<EntitySchema> entities) : m_ve
                 throw std::logic_error("Two properties named " + property->name + " in " + schema.name);
             entity->m_properties.push_back(std::move(property));
         }
+        if (entity->m_columns.size() > Row::maximumColumns)
+            throw std::logic_error(schema.name + " has too many columns");
         m_byName.emplace(entity->m_name, entity.get());
         m_entities.push_back(std::move(entity));
     }

@@ -116,7 +116,7 @@ public:
             return kind == Row::Kind::Text && m_textTest->matches(row.text(m_slot));
         if (kind == Row::Kind::Nil)
             return m_test == Operator::NotEqual;
-        if (!m_isReal && kind <= Row::Kind::Integer) {
+        if (!m_isReal && kind <= Row::Kind::Reference) {
             const std::int64_t value = row.integer(m_slot);
             return answers(m_test, value < m_whole ? -1 : value > m_whole ? 1 : 0) == (m_test != Operator::NotEqual);
         }

@@ -2,6 +2,7 @@
 #include "objectstore/row.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 namespace objectstore {
@@ -11,10 +12,16 @@ ValueView Row::value(int slot, const EntityDescription *destination) const
     switch (kind(slot)) {
     case Kind::Nil:
         return {};
-    case Kind::Boolean:
-        return integer(slot) != 0;
+    case Kind::False:
+        return false;
+    case Kind::True:
+        return true;
+    case Kind::Zero:
+        return std::int64_t{0};
     case Kind::Integer:
-        return integer(slot);
+        return cell(slot);
+    case Kind::Reference:
+        return ObjectID{destination, cell(slot)};
     case Kind::Double:
         return real(slot);
     case Kind::Date:
@@ -23,8 +30,6 @@ ValueView Row::value(int slot, const EntityDescription *destination) const
         return text(slot);
     case Kind::Binary:
         return std::as_bytes(std::span(text(slot)));
-    case Kind::Reference:
-        return ObjectID{destination, integer(slot)};
     }
     return {};
 }
@@ -35,14 +40,13 @@ void RowPointer::drop()
         std::free(m_row);
 }
 
-void RowBuilder::begin(int columns, std::int64_t save)
+void RowBuilder::begin(std::int64_t save)
 {
     m_save = save;
-    m_slots.clear();
+    m_withCell = 0;
     m_kinds.clear();
+    m_cells.clear();
     m_bytes.clear();
-    m_slots.reserve(static_cast<std::size_t>(columns));
-    m_kinds.reserve(static_cast<std::size_t>(columns));
 }
 
 void RowBuilder::add(const ValueView &value)
@@ -53,17 +57,17 @@ void RowBuilder::add(const ValueView &value)
             if constexpr (std::is_same_v<Held, std::monostate>)
                 addNil();
             else if constexpr (std::is_same_v<Held, bool>)
-                addInteger(Row::Kind::Boolean, held ? 1 : 0);
+                addFlag(held);
             else if constexpr (std::is_same_v<Held, std::int64_t>)
-                addInteger(Row::Kind::Integer, held);
+                addInteger(held);
             else if constexpr (std::is_same_v<Held, double>)
-                addDouble(Row::Kind::Double, held);
+                addReal(Row::Kind::Double, held);
             else if constexpr (std::is_same_v<Held, Instant>)
-                addDouble(Row::Kind::Date, held.seconds);
+                addReal(Row::Kind::Date, held.seconds);
             else if constexpr (std::is_same_v<Held, std::string_view>)
                 addBytes(Row::Kind::Text, held.data(), held.size());
             else if constexpr (std::is_same_v<Held, ObjectID>)
-                addInteger(Row::Kind::Reference, held.key);
+                addReference(held.key);
             else
                 addBytes(Row::Kind::Binary, held.data(), held.size());
         },
@@ -72,27 +76,32 @@ void RowBuilder::add(const ValueView &value)
 
 void RowBuilder::addBytes(Row::Kind kind, const void *bytes, std::size_t size)
 {
-    addSlot(kind, static_cast<std::int64_t>((static_cast<std::uint64_t>(size) << 32U) | m_bytes.size()));
+    addCell(kind, static_cast<std::int64_t>((static_cast<std::uint64_t>(size) << 32U) | m_bytes.size()));
     const auto *begin = static_cast<const char *>(bytes);
     m_bytes.insert(m_bytes.end(), begin, begin + size);
 }
 
 RowPointer RowBuilder::finish()
 {
-    const std::size_t columns = m_slots.size();
-    const auto kinds = static_cast<std::size_t>(Row::padded(static_cast<int>(columns)));
-    const std::size_t slots = columns * sizeof(std::int64_t);
-    void *block = std::malloc(sizeof(Row) + kinds + slots + m_bytes.size());
+    const auto columns = static_cast<int>(m_kinds.size());
+    const auto kinds = static_cast<std::size_t>(Row::padded(columns));
+    const std::size_t cells = m_cells.size() * sizeof(std::int64_t);
+    void *block = std::malloc(sizeof(Row) + kinds + cells + m_bytes.size());
     if (!block)
         throw std::bad_alloc();
     Row *row = new (block) Row;
     row->m_save = m_save;
-    row->m_columns = static_cast<std::int32_t>(columns);
+    row->m_withCell = m_withCell;
+    row->m_columns = columns;
     auto *place = reinterpret_cast<char *>(row + 1);
-    std::memcpy(place, m_kinds.data(), columns);
-    std::memcpy(place + kinds, m_slots.data(), slots);
-    if (!m_bytes.empty())
-        std::memcpy(place + kinds + slots, m_bytes.data(), m_bytes.size());
+    const auto append = [&place](const auto &part, std::size_t room) {
+        if (!part.empty())
+            std::memcpy(place, part.data(), part.size() * sizeof(part[0]));
+        place += room;
+    };
+    append(m_kinds, kinds);
+    append(m_cells, cells);
+    append(m_bytes, m_bytes.size());
     return RowPointer(row);
 }
 

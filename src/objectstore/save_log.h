@@ -4,6 +4,7 @@
 #include "objectstore/connection.h"
 #include "objectstore/object_context.h"
 
+#include <cstring>
 #include <optional>
 #include <vector>
 
