@@ -23,13 +23,6 @@ double processorSeconds()
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
-
-double processorSecondsFor(const std::function<void()> &work)
-{
-    const double start = processorSeconds();
-    work();
-    return processorSeconds() - start;
-}
 } // namespace
 
 double secondsFor(const std::function<void()> &work)
@@ -39,13 +32,20 @@ double secondsFor(const std::function<void()> &work)
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-Pair alternate(int rounds, const std::function<void()> &ours, const std::function<void()> &raw)
+double processorSecondsFor(const std::function<void()> &work)
+{
+    const double start = processorSeconds();
+    work();
+    return processorSeconds() - start;
+}
+
+Pair alternate(int rounds, const std::function<void()> &ours, const std::function<void()> &raw, Measure measure)
 {
     std::vector<double> our;
     std::vector<double> limit;
     for (int i = 0; i < rounds; ++i) {
-        limit.push_back(secondsFor(raw));
-        our.push_back(secondsFor(ours));
+        limit.push_back(measure(raw));
+        our.push_back(measure(ours));
     }
     return {middle(our), middle(limit)};
 }

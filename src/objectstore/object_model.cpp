@@ -2,6 +2,7 @@
 #include "objectstore/object_model.h"
 
 #include "objectstore/managed_object.h"
+#include "objectstore/save_log.h"
 
 #include <stdexcept>
 
@@ -45,6 +46,8 @@ ObjectModel::ObjectModel(int version, std::vector<EntitySchema> entities) : m_ve
         m_byName.emplace(entity->m_name, entity.get());
         m_entities.push_back(std::move(entity));
     }
+    if (m_entities.size() * 3 > static_cast<std::size_t>(SaveLog::placesOfASave))
+        throw std::logic_error("A model has too many entities");
     resolve(entities);
 }
 

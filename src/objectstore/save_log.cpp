@@ -13,40 +13,42 @@ static_assert(std::endian::native == std::endian::little, "keys lie in the file 
 
 void SaveLog::createTable()
 {
-    m_connection.execute("CREATE TABLE IF NOT EXISTS _saves (save INTEGER, entity TEXT, kind INTEGER, token TEXT,"
-                         " keys BLOB, PRIMARY KEY (save, entity, kind)) WITHOUT ROWID");
+    // the key is one number, so that to find a place never means to read the long lists of keys beside it
+    m_connection.execute("CREATE TABLE IF NOT EXISTS _saves (place INTEGER PRIMARY KEY, entity TEXT, kind INTEGER, "
+                         "token TEXT, keys BLOB)");
 }
 
 std::int64_t SaveLog::lastSave()
 {
-    Statement statement = m_connection.prepare("SELECT max(save) FROM _saves");
-    return statement.step() ? statement.integer(0) : 0;
+    Statement statement = m_connection.prepare("SELECT max(place) FROM _saves");
+    return statement.step() ? statement.integer(0) / placesOfASave : 0;
 }
 
 void SaveLog::append(std::int64_t save, const std::string &token, const EntityDescription &entity, Kind kind,
     const std::vector<std::int64_t> &keys)
 {
+    const std::int64_t place = save * placesOfASave + entity.index() * 3 + static_cast<int>(kind);
     Statement statement
-        = m_connection.prepare("INSERT INTO _saves (save, entity, kind, token, keys) VALUES (?, ?, ?, ?, ?)");
-    statement.bind(save).bind(ValueView(std::string_view(entity.name()))).bind(static_cast<std::int64_t>(kind));
+        = m_connection.prepare("INSERT INTO _saves (place, entity, kind, token, keys) VALUES (?, ?, ?, ?, ?)");
+    statement.bind(place).bind(ValueView(std::string_view(entity.name()))).bind(static_cast<std::int64_t>(kind));
     statement.bind(ValueView(std::string_view(token))).bind(ValueView(std::as_bytes(std::span(keys)))).run();
     if (save % pruning == 0) {
-        Statement prune = m_connection.prepare("DELETE FROM _saves WHERE save <= ?");
-        prune.bind(save - kept).run();
+        Statement prune = m_connection.prepare("DELETE FROM _saves WHERE place < ?");
+        prune.bind((save - kept) * placesOfASave).run();
     }
 }
 
 bool SaveLog::holds(std::int64_t save, const std::string &token)
 {
-    Statement statement = m_connection.prepare("SELECT 1 FROM _saves WHERE save = ? AND token = ?");
-    statement.bind(save).bind(ValueView(std::string_view(token)));
+    Statement statement = m_connection.prepare("SELECT 1 FROM _saves WHERE place >= ? AND place < ? AND token = ?");
+    statement.bind(save * placesOfASave).bind((save + 1) * placesOfASave).bind(ValueView(std::string_view(token)));
     return statement.step();
 }
 
 bool SaveLog::reachesBackTo(std::int64_t seen)
 {
-    Statement statement = m_connection.prepare("SELECT min(save) FROM _saves");
-    return !statement.step() || statement.integer(0) <= seen + 1;
+    Statement statement = m_connection.prepare("SELECT min(place) FROM _saves");
+    return !statement.step() || statement.integer(0) / placesOfASave <= seen + 1;
 }
 
 } // namespace objectstore

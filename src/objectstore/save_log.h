@@ -16,6 +16,8 @@ namespace objectstore {
 class SaveLog
 {
 public:
+    static constexpr std::int64_t placesOfASave = 1024; ///< three for each entity
+
     enum class Kind { Inserted, Updated, Deleted };
 
     explicit SaveLog(Connection &connection) : m_connection(connection) { }
@@ -44,9 +46,9 @@ template <typename Visit> bool SaveLog::forEachAfter(std::int64_t seen, const Ob
 {
     if (!reachesBackTo(seen))
         return false;
-    Statement statement = m_connection.prepare(
-        "SELECT save, entity, kind, keys FROM _saves WHERE save > ? ORDER BY save, entity, kind");
-    statement.bind(seen);
+    Statement statement
+        = m_connection.prepare("SELECT place, entity, kind, keys FROM _saves WHERE place >= ? ORDER BY place");
+    statement.bind((seen + 1) * placesOfASave);
     while (statement.step()) {
         const EntityDescription *entity = model.entity(statement.text(1));
         const auto *bytes = static_cast<const char *>(sqlite3_column_blob(statement.handle(), 3));
@@ -54,7 +56,7 @@ template <typename Visit> bool SaveLog::forEachAfter(std::int64_t seen, const Ob
         for (std::size_t place = 0; entity && place + sizeof(std::int64_t) <= size; place += sizeof(std::int64_t)) {
             std::int64_t key = 0;
             std::memcpy(&key, bytes + place, sizeof key);
-            visit(statement.integer(0), static_cast<Kind>(statement.integer(2)), ObjectID{entity, key});
+            visit(statement.integer(0) / placesOfASave, static_cast<Kind>(statement.integer(2)), ObjectID{entity, key});
         }
     }
     return true;
