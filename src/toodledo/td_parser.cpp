@@ -18,7 +18,7 @@ bool isBlank(char character)
     return character == ' ' || (character >= '\t' && character <= '\r');
 }
 
-XML_Parser expat(const std::unique_ptr<void, auto> &parser)
+template <typename Deleter> XML_Parser expat(const std::unique_ptr<void, Deleter> &parser)
 {
     return static_cast<XML_Parser>(parser.get());
 }
