@@ -24,6 +24,12 @@ double secondsFor(const std::function<void()> &work)
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
+double secondsSinceStart()
+{
+    static const auto start = std::chrono::steady_clock::now();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
 Pair alternate(int rounds, const std::function<void()> &ours, const std::function<void()> &raw)
 {
     std::vector<double> our;

@@ -9,6 +9,9 @@ namespace bench {
 /// Seconds that `work` takes on the wall clock.
 [[nodiscard]] double secondsFor(const std::function<void()> &work);
 
+/// Seconds since the program started, for telling the steps of a long piece of work apart.
+[[nodiscard]] double secondsSinceStart();
+
 /// The medians of `rounds` alternating runs of two pieces of work, so that both meet the same weather.
 struct Pair {
     double ours = 0; ///< seconds

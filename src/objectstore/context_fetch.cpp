@@ -7,6 +7,7 @@
 #include <QString>
 #include <SQLiteCpp/Exception.h>
 #include <algorithm>
+#include <limits>
 #include <numeric>
 
 namespace objectstore {
@@ -118,6 +119,17 @@ void bindAll(Statement &statement, const SqlCondition &condition)
         statement.bind(view(parameter));
 }
 
+Result<std::vector<const Property *>> columnsFor(const std::vector<std::string> &keys, const EntityDescription &entity)
+{
+    std::vector<const Property *> columns;
+    for (const std::string &key : keys) {
+        columns.push_back(entity.property(key));
+        if (!columns.back() || columns.back()->isToMany())
+            return Failure(badRequest("\"" + entity.name() + "\" have no single value named \"" + key + "\"."));
+    }
+    return columns;
+}
+
 } // namespace
 
 Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &request)
@@ -215,7 +227,7 @@ Result<std::int64_t> ObjectContext::count(const FetchRequest &request)
                 break;
             }
             const auto kept = objects.find(statement.integer(0));
-            number += kept == objects.end() || !kept->second->hasChanges() ? 1 : 0;
+            number += kept == objects.end() || !m_state->isChanged(*kept->second) ? 1 : 0;
         }
     } catch (const SQLite::Exception &exception) {
         return Failure(storeError(StoreErrorCode::Unreadable, "The tasks could not be counted.", exception));
@@ -227,6 +239,73 @@ Result<std::int64_t> ObjectContext::count(const FetchRequest &request)
         }
     }
     return request.limit > 0 ? std::min(number, request.limit) : number;
+}
+
+Result<void> ObjectContext::fetchValues(const FetchRequest &request, const std::vector<std::string> &keys,
+    const std::function<void(const ObjectID &, std::span<const ValueView>)> &visit)
+{
+    processPendingChanges();
+    if (!m_state->connection)
+        return Failure(m_state->connectError);
+    if (!request.sortDescriptors.empty())
+        return Failure(badRequest("Values are read in the order of insertion and in no other."));
+    const auto plan = planFor(request, m_store.model());
+    if (!plan)
+        return Failure(plan.error());
+    const auto columns = columnsFor(keys, *plan->entity);
+    if (!columns)
+        return Failure(columns.error());
+
+    std::vector<ValueView> values(keys.size());
+    const auto visitObject = [&](const ManagedObject &object) {
+        for (std::size_t i = 0; i < values.size(); ++i)
+            values[i] = object.value(*(*columns)[i]);
+        visit(object.m_id, values);
+    };
+    if (request.predicate.followsRelationships() && hasChanges()) {
+        const auto found = fetch(request);
+        if (!found)
+            return Failure(found.error());
+        std::for_each(found->begin(), found->end(), [&](const ManagedObject *object) { visitObject(*object); });
+        return {};
+    }
+
+    const PredicateEvaluator evaluator(request.predicate, *plan->entity);
+    std::vector<ManagedObject *> changed = State::sorted(m_state->changedOf(*plan->entity));
+    std::erase_if(changed, [&](const ManagedObject *object) {
+        return !object->hasChanges() || object->m_deleted || !evaluator.matches(*object);
+    });
+    std::int64_t left = request.limit > 0 ? request.limit : std::numeric_limits<std::int64_t>::max();
+    auto next = changed.begin();
+    const auto visitChangedBelow = [&](std::int64_t key) {
+        for (; next != changed.end() && (*next)->m_id.key < key && left > 0; ++next, --left)
+            visitObject(**next);
+    };
+    try {
+        std::string sql = "SELECT t._key";
+        for (const Property *column : *columns)
+            sql += ", t." + identifier(column->name);
+        Statement statement = m_state->connection->prepare(
+            sql + " FROM " + identifier(plan->entity->name()) + " t" + where(*plan) + " ORDER BY t._key");
+        bindAll(statement, plan->condition);
+        const auto &objects = m_state->objects[static_cast<std::size_t>(plan->entity->index())];
+        while (left > 0 && statement.step()) {
+            const std::int64_t key = statement.integer(0);
+            visitChangedBelow(key);
+            const auto kept = objects.find(key);
+            if (left == 0 || (kept != objects.end() && m_state->isChanged(*kept->second)))
+                continue;
+            for (std::size_t i = 0; i < values.size(); ++i)
+                values[i] = columnValue(statement, static_cast<int>(i) + 1, *(*columns)[i]);
+            visit({plan->entity, key}, values);
+            --left;
+        }
+    } catch (const SQLite::Exception &exception) {
+        return Failure(
+            storeError(StoreErrorCode::Unreadable, "The tasks could not be read from the store.", exception));
+    }
+    visitChangedBelow(std::numeric_limits<std::int64_t>::max());
+    return {};
 }
 
 } // namespace objectstore

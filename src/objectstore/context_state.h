@@ -55,6 +55,11 @@ struct ObjectContext::State {
     {
         return changed[static_cast<std::size_t>(entity.index())];
     }
+    /// Whether what the store says of `object` is not what this context says of it.
+    [[nodiscard]] bool isChanged(ManagedObject &object)
+    {
+        return object.hasChanges() && changedOf(object.entity()).contains(&object);
+    }
     [[nodiscard]] std::vector<ManagedObject *> allChanged() const;
     [[nodiscard]] static std::vector<ManagedObject *> sorted(const ObjectSet &set);
 };

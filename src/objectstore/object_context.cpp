@@ -97,7 +97,7 @@ ManagedObject &ObjectContext::registered(const ObjectID &id)
     return *kept;
 }
 
-ManagedObject &ObjectContext::insert(std::string_view entityName)
+ManagedObject &ObjectContext::insert(std::string_view entityName, Awakening awakening)
 {
     const EntityDescription *entity = m_store.model().entity(entityName);
     if (!entity)
@@ -110,7 +110,8 @@ ManagedObject &ObjectContext::insert(std::string_view entityName)
     m_state->pendingInserted.insert(&object);
     if (m_undo)
         m_undo->recordInsertion(object);
-    object.awakeFromInsert();
+    if (awakening == Awakening::FromInsert)
+        object.awakeFromInsert();
     return object;
 }
 

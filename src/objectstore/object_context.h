@@ -9,6 +9,7 @@
 #include <list>
 #include <memory>
 #include <set>
+#include <span>
 #include <unordered_map>
 
 namespace objectstore {
@@ -21,6 +22,9 @@ enum class MergePolicy {
     Rollback, ///< they are dropped; the store's row stands
     StoreTrump, ///< property by property: what the store changed stands, the rest is saved
 };
+
+/// Whether a new object gives itself the values that its class gives to new ones.
+enum class Awakening { FromInsert, None };
 
 /// One key to sort a fetch by. Text compares as the user's locale does, without regard to case, when `localized`.
 struct SortDescriptor {
@@ -107,8 +111,9 @@ public:
 
     [[nodiscard]] Store &store() const { return m_store; }
 
-    /// Makes a new object of the entity with the defaults of its model; `awakeFromInsert` runs before it returns.
-    ManagedObject &insert(std::string_view entity);
+    /// Makes a new object of the entity with the defaults of its model; `awakeFromInsert` runs before it returns,
+    /// unless the caller fills the object himself and says so.
+    ManagedObject &insert(std::string_view entity, Awakening awakening = Awakening::FromInsert);
     /// Deletes an object at the next save and applies the delete rules of its relationships now.
     void remove(ManagedObject &object);
 
@@ -123,6 +128,12 @@ public:
     [[nodiscard]] Result<std::vector<ManagedObject *>> fetch(const FetchRequest &request);
     /// How many `fetch` would return; builds no objects.
     [[nodiscard]] Result<std::int64_t> count(const FetchRequest &request);
+    /// Reads a few columns of many records without building objects: calls `visit` for each record that answers, in the
+    /// order of insertion, with its values of `keys` (attributes and to-one relationships of the entity itself), the
+    /// context's unsaved changes included. The values hold until `visit` returns; `visit` must leave the context alone.
+    /// A request with sort descriptors is refused.
+    [[nodiscard]] Result<void> fetchValues(const FetchRequest &request, const std::vector<std::string> &keys,
+        const std::function<void(const ObjectID &, std::span<const ValueView>)> &visit);
 
     [[nodiscard]] bool hasChanges() const;
     void processPendingChanges();

@@ -131,6 +131,38 @@ void addColumn(RowBuilder &builder, sqlite3_stmt *statement, int place, const Pr
 
 } // namespace
 
+ValueView columnValue(const Statement &statement, int place, const Property &column)
+{
+    sqlite3_stmt *handle = statement.handle();
+    const auto size = [handle, place] { return static_cast<std::size_t>(sqlite3_column_bytes(handle, place)); };
+    switch (sqlite3_column_type(handle, place)) {
+    case SQLITE_INTEGER:
+    case SQLITE_FLOAT:
+        switch (numberKind(column)) {
+        case Row::Kind::Reference:
+            return ObjectID{column.destination, statement.integer(place)};
+        case Row::Kind::Boolean:
+            return statement.integer(place) != 0;
+        case Row::Kind::Double:
+            return sqlite3_column_double(handle, place);
+        case Row::Kind::Date:
+            return Instant{sqlite3_column_double(handle, place)};
+        default:
+            return statement.integer(place);
+        }
+    case SQLITE_TEXT: {
+        const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(handle, place));
+        return std::string_view(text, size());
+    }
+    case SQLITE_BLOB: {
+        const auto *bytes = static_cast<const std::byte *>(sqlite3_column_blob(handle, place));
+        return std::span(bytes, size());
+    }
+    default:
+        return {};
+    }
+}
+
 RowPointer readRow(RowBuilder &builder, const Statement &statement, const EntityDescription &entity)
 {
     const auto &columns = entity.columns();

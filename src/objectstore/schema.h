@@ -19,6 +19,10 @@ void setStoreValue(Connection &connection, const std::string &name, const std::s
 /// "SELECT _key, _save, every column FROM the entity's table t", to which a condition may be added.
 [[nodiscard]] std::string selectRows(const EntityDescription &entity);
 
+/// The value in column `place` of the row at which `statement` stands, which is one of `column`; it holds until the
+/// statement moves on.
+[[nodiscard]] ValueView columnValue(const Statement &statement, int place, const Property &column);
+
 /// The row at which `statement`, made from `selectRows`, stands.
 [[nodiscard]] RowPointer readRow(RowBuilder &builder, const Statement &statement, const EntityDescription &entity);
 

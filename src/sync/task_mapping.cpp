@@ -46,6 +46,16 @@ void place(Tasks &task, std::string_view relationship, const std::unordered_map<
         task.setRelated(relationship, found->second);
 }
 
+/// The record with this id, else the default one of its kind, which has the id 0.
+template <class Record>
+Record *recordOrDefault(const std::unordered_map<std::int64_t, Record *> &records, std::int64_t id)
+{
+    auto found = records.find(static_cast<std::int32_t>(id));
+    if (found == records.end())
+        found = records.find(0);
+    return found == records.end() ? nullptr : found->second;
+}
+
 } // namespace
 
 TaskMapping::TaskMapping(const model::DataUtilities &records)
@@ -62,7 +72,12 @@ TaskMapping::TaskMapping(const model::DataUtilities &records)
 
 Tasks &TaskMapping::getToodledoTaskAsLocalTask(const GtdTask &from)
 {
-    Tasks &task = model::insert<Tasks>(m_records.moc());
+    // looking the default places up for each of a hundred thousand tasks would take most of a first run
+    auto &task = dynamic_cast<Tasks &>(m_records.moc().insert(Tasks::entityName, objectstore::Awakening::None));
+    task.setRelated("states", recordOrDefault(m_states, from.status));
+    task.setRelated("priorities", recordOrDefault(m_priorities, from.priority));
+    task.setRelated("contexts", recordOrDefault(m_contexts, from.context));
+    task.setRelated("folders", recordOrDefault(m_folders, from.folder));
     task.setValue("taskID", number(from.taskId));
     task.setValue("title", textOrNothing(from.title));
     task.setComplete(from.completed || from.completedDate);
@@ -83,8 +98,6 @@ Tasks &TaskMapping::getToodledoTaskAsLocalTask(const GtdTask &from)
     task.setStar(from.star);
     task.setValue("notes", textOrNothing(from.note));
     setTags(from, task);
-    placeInContextPriorityAndState(from, task);
-    place(task, "folders", m_folders, from.folder);
     return task;
 }
 
