@@ -21,8 +21,11 @@ struct ScriptedReply {
         DripHeader, ///< the same before the body
         ResetInBody, ///< half of the body, then a reset
         CutLength, ///< half of the body that its length promises, then a close
-        Endless, ///< chunks of blanks without end
+        StallInBody, ///< the same, then silence
+        Endless, ///< the body, then chunks of it (or of blanks, when it is short) without end
         BadChunk, ///< a chunk whose length is no number
+        Bytes, ///< the body alone, without status or headers, then a close
+        ResetAtOnce, ///< no byte, and a reset
         CloseAtOnce ///< no byte at all
     };
 
