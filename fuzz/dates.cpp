@@ -50,7 +50,9 @@ void checkDates(const std::string &text)
         fuzz::require(toodledo::dateOf(toodledo::dateText(*date)) == date, "a date reads back", text);
     if (const auto date = toodledo::dateTimeOf(text)) {
         const std::string written = toodledo::dateTimeText(*date);
-        fuzz::require(toodledo::dateTimeOf(written) == date, "a date and time reads back", text + " is " + written);
+        const bool last = date->seconds > 253'402'250'000; // after which there is no leap second, nor anything else
+        fuzz::require(
+            last || toodledo::dateTimeOf(written) == date, "a date and time reads back", text + " is " + written);
         fuzz::require(toodledo::timeText(*date).size() == 8, "a time has eight characters", text);
     }
     if (const auto instant = foundation::fromIso8601(text)) {
