@@ -17,7 +17,9 @@ inline void require(bool holds, const char *property, std::string_view shown = {
 {
     if (holds)
         return;
-    std::fprintf(stderr, "Broken property: %s\n%.*s\n", property, static_cast<int>(shown.size()), shown.data());
+    std::fprintf(stderr, "Broken property: %s\n", property);
+    std::fwrite(shown.data(), 1, shown.size(), stderr);
+    std::fputc('\n', stderr);
     std::abort();
 }
 

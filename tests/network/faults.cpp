@@ -91,12 +91,12 @@ constexpr Fault table[]{
     {"text without end",
         [](Good good, Target) {
             const std::string start = good.substr(0, good.find('>') + 1);
-            return ScriptedReply{.body = start + repeated("text ", 20'000), .mode = Mode::Endless};
+            return ScriptedReply{.body = start, .mode = Mode::Endless, .more = repeated("text ", 20'000)};
         }},
     {"elements without end",
         [](Good good, Target) {
             const std::string start = good.substr(0, good.find('>') + 1);
-            return ScriptedReply{.body = start + repeated("<a/>", 20'000), .mode = Mode::Endless};
+            return ScriptedReply{.body = start, .mode = Mode::Endless, .more = repeated("<a/>", 20'000)};
         }},
     {"one header of 20 MB",
         [](Good good, Target) {

@@ -208,13 +208,11 @@ bool ScriptedHttpServer::answer(const std::stop_token &stop, int socket, const s
         else if (reply.mode == Mode::StallInBody)
             waitUntilClosed(stop, socket);
         return false;
-    case Mode::Endless: {
-        const std::string more = reply.body.size() < 1000 ? std::string(65536, ' ') : reply.body;
-        sendAll(
-            stop, socket, head(reply, "Transfer-Encoding: chunked") + (reply.body.empty() ? "" : asChunk(reply.body)));
-        while (sendAll(stop, socket, asChunk(more))) { }
+    case Mode::Endless:
+        sendAll(stop, socket,
+            head(reply, "Transfer-Encoding: chunked") + (reply.body.empty() ? std::string() : asChunk(reply.body)));
+        while (sendAll(stop, socket, asChunk(reply.more))) { }
         return false;
-    }
     case Mode::BadChunk:
         sendAll(stop, socket, head(reply, "Transfer-Encoding: chunked") + "zz\r\n" + reply.body);
         return false;
