@@ -83,7 +83,8 @@ Result<std::unique_ptr<Store>> Store::open(
     std::unique_ptr<Store> store(new Store(model, file, clock, std::move(vfs)));
     const std::string name = file.filename().string();
     try {
-        Connection connection(file, store->m_vfs, true);
+        auto first = std::make_unique<Connection>(file, store->m_vfs, true);
+        Connection &connection = *first;
         const bool fresh = isEmptyFile(connection);
         if (!fresh && (pragma(connection, "application_id") != applicationId || hasForeignSchema(connection)))
             return Failure(refusal(StoreErrorCode::Damaged, "The file \"" + name + "\" is not a task store."));
@@ -106,6 +107,7 @@ Result<std::unique_ptr<Store>> Store::open(
             transaction.commit();
         }
         store->m_uuid = storeValue(connection, "uuid");
+        store->m_first = std::move(first);
     } catch (const SQLite::Exception &exception) {
         const bool damaged = exception.getErrorCode() == SQLITE_NOTADB || exception.getErrorCode() == SQLITE_CORRUPT;
         return Failure(storeError(damaged ? StoreErrorCode::Damaged : StoreErrorCode::CannotOpen,
@@ -140,6 +142,8 @@ ObjectID Store::objectID(std::string_view uri) const
 
 Result<std::unique_ptr<Connection>> Store::connect() const
 {
+    if (const std::scoped_lock lock(m_mutex); m_first)
+        return std::move(m_first);
     try {
         return std::make_unique<Connection>(m_file, m_vfs, false);
     } catch (const SQLite::Exception &exception) {
