@@ -23,7 +23,7 @@ std::int64_t nextKey(std::int64_t last, const foundation::Clock &clock)
     static thread_local std::mt19937 random{std::random_device{}()};
     const auto milliseconds
         = std::max<std::int64_t>(static_cast<std::int64_t>((clock.now().seconds - epoch) * 1000), 1);
-    return last >> 20 >= milliseconds ? last + 1 : (milliseconds << 20) | (random() & 0x7ffff);
+    return last >> 20 >= milliseconds ? last + 1 : (milliseconds << 20) | static_cast<std::int64_t>(random() & 0x7ffff);
 }
 
 RowPointer defaultRow(const EntityDescription &entity)
@@ -323,7 +323,7 @@ std::vector<ManagedObject *> ObjectContext::readMembers(const ManagedObject &own
     members.reserve(keys.size());
     for (const std::int64_t key : keys) {
         ManagedObject *member = object({relationship.destination, key});
-        if (!member->m_deleted)
+        if (member && !member->m_deleted) // a damaged store may link a record that has no key
             members.push_back(member);
     }
     return members;

@@ -32,7 +32,7 @@ void checkParameters(const Method &method, const Request &request)
 {
     for (const auto &[name, value] : request.parameters())
         if (name != "key" && std::ranges::find(method.parameters, name) == method.parameters.end())
-            throw Refusal("unknown parameter: " + name.substr(0, 64));
+            throw Refusal("unknown parameter: " + cleaned(name.substr(0, 64)));
 }
 
 } // namespace
