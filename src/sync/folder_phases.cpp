@@ -77,14 +77,15 @@ bool FolderPhases::getNewFolders()
     return true;
 }
 
-/// A folder that was sent and came back under an id that nothing here has yet.
+/// A folder here that the listed one, whose id nothing here has yet, can only be: it was sent and came back, or another
+/// computer sent it again after it had been deleted there.
 Folders *FolderPhases::adoptableFolder(const GtdFolder &folder)
 {
     if (!m_session.isGuarding())
         return nullptr;
     const auto folders = localFolders().value_or(std::vector<Folders *>());
-    const auto found = std::ranges::find_if(folders, [&folder](const Folders *local) {
-        return !isServiceId(local->folderID()) && local->title() == folder.title.value_or("")
+    const auto found = std::ranges::find_if(folders, [this, &folder](const Folders *local) {
+        return !m_session.listedFolders->contains(local->folderID()) && local->title() == folder.title.value_or("")
             && local->title() != inboxTitle && !local->markedForDeletion();
     });
     return found == folders.end() ? nullptr : *found;
@@ -173,20 +174,27 @@ bool FolderPhases::sendNewFolders()
     return true;
 }
 
-/// The listed folder with this one's id. One of the same title gives it its id on the way.
+/// The listed folder with this one's id. One of the same title gives it its id; without guards, in the list's order and
+/// without counting as the folder itself.
 const GtdFolder *FolderPhases::match(Folders &folder, const GtdFolders &listed, bool &adopted)
 {
+    if (m_session.isGuarding()) {
+        const auto byId = std::ranges::find(listed, folder.folderID(), &GtdFolder::folderId);
+        const auto found = byId != listed.end() ? byId : std::ranges::find_if(listed, [&](const GtdFolder &candidate) {
+            return folder.title() == candidate.title.value_or("") && !isTaken(candidate.folderId, &folder);
+        });
+        if (found == listed.end())
+            return nullptr;
+        folder.setFolderID(found->folderId);
+        return &*found;
+    }
     for (const GtdFolder &candidate : listed) {
         if (folder.folderID() == candidate.folderId)
             return &candidate;
-        if (folder.title() != candidate.title.value_or(""))
-            continue;
-        if (m_session.isGuarding() && (isServiceId(folder.folderID()) || isTaken(candidate.folderId, &folder)))
-            continue; // its own id, or that of another folder, counts for more than a title
-        folder.setFolderID(candidate.folderId);
-        adopted = true;
-        if (m_session.isGuarding())
-            return &candidate;
+        if (folder.title() == candidate.title.value_or("")) {
+            folder.setFolderID(candidate.folderId);
+            adopted = true;
+        }
     }
     return nullptr;
 }
@@ -219,8 +227,6 @@ void FolderPhases::learnIds(const std::vector<Folders *> &sent)
     if (!listed)
         return;
     for (Folders *folder : sent) {
-        if (isServiceId(folder->folderID()))
-            folder->setValue("folderID", {}); // deleted there, and now there again under another id
         bool adopted = false;
         if (const GtdFolder *match = this->match(*folder, *listed, adopted))
             reconcile(*folder, *match);

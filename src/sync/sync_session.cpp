@@ -99,12 +99,14 @@ void SyncSession::present(const Error &error)
         m_parts.host.presentError(error);
 }
 
-bool SyncSession::allowsDeletions(std::size_t number, std::size_t all, bool listIsEmpty, std::string_view what) const
+bool SyncSession::allowsDeletions(std::size_t number, std::size_t all, bool listIsEmpty, std::string_view what)
 {
     if (number == 0 || (!listIsEmpty && (number < fenceFrom || number * 2 <= all)))
         return true;
-    return m_parts.host.allowsDeletions("The service says that " + std::to_string(number) + " of your "
+    const bool isAllowed = m_parts.host.allowsDeletions("The service says that " + std::to_string(number) + " of your "
         + std::to_string(all) + " " + std::string(what) + " were deleted there. Delete them here too?");
+    m_isIncomplete = m_isIncomplete || !isAllowed;
+    return isAllowed;
 }
 
 } // namespace syncing

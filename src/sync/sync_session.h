@@ -71,8 +71,7 @@ public:
 
     /// Whether `number` of `all` synchronised records may be deleted because a list says so: asks when they are more
     /// than half of them, and three at least, or when the list is empty.
-    [[nodiscard]] bool allowsDeletions(
-        std::size_t number, std::size_t all, bool listIsEmpty, std::string_view what) const;
+    [[nodiscard]] bool allowsDeletions(std::size_t number, std::size_t all, bool listIsEmpty, std::string_view what);
 
     // Only the run's list tells which ids the service has; nothing while it could not be had.
     std::optional<std::set<std::int64_t>> listedFolders = {};
