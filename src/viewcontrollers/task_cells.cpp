@@ -95,7 +95,15 @@ QString nearDate(std::optional<Instant> date, Instant now)
         day = locale.toString(when.date(), Texts::tr("d MMM yyyy", "a day of another year"));
     if (isMidnight(when))
         return day;
-    return Texts::tr("%1 %2", "day, time").arg(day, locale.toString(when.time(), QLocale::ShortFormat));
+    return Texts::tr("%1 %2", "day, time").arg(day, timeText(when.time()));
+}
+
+QString timeText(QTime time)
+{
+    const QLocale locale;
+    if (locale.language() == QLocale::C) // which would show seconds
+        return time.toString(QStringLiteral("HH:mm"));
+    return locale.toString(time, QLocale::ShortFormat);
 }
 
 QString lengthText(std::int64_t minutes)

@@ -24,6 +24,8 @@ void setComplete(model::Tasks &task, bool complete, foundation::Instant now);
 
 /// A date as it is said near `now`: "Today 14:00", "Yesterday", "26 Nov", "26 Nov 2027". Midnight is no time.
 [[nodiscard]] QString nearDate(std::optional<foundation::Instant> date, foundation::Instant now);
+/// A time of day without seconds, as the user's locale writes it.
+[[nodiscard]] QString timeText(QTime time);
 /// Minutes as "45 min", "1 h 30 min", "2 h"; nothing for 0.
 [[nodiscard]] QString lengthText(std::int64_t minutes);
 /// "2 – High" and so on.

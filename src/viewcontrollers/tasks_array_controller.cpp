@@ -2,6 +2,7 @@
 #include "viewcontrollers/tasks_array_controller.h"
 
 #include "viewcontrollers/task_cells.h"
+#include "viewcontrollers/undo_group.h"
 
 namespace viewcontrollers {
 
@@ -114,6 +115,11 @@ void TasksArrayController::repaintRows(const Records &tasks)
     }
 }
 
+std::vector<Choice> TasksArrayController::choices(TaskColumn column) const
+{
+    return viewcontrollers::choices(m_delegate.records(), column);
+}
+
 QModelIndex TasksArrayController::index(int row, int column, const QModelIndex &parent) const
 {
     return hasIndex(row, column, parent) ? createIndex(row, column) : QModelIndex();
@@ -154,9 +160,12 @@ bool TasksArrayController::setData(const QModelIndex &index, const QVariant &val
     model::Tasks *edited = task(index);
     if (!edited)
         return false;
-    if (role == CompleteRole)
-        setComplete(*edited, value.toBool(), m_delegate.clock().now());
-    else if (role != Qt::EditRole || !setCellValue(*edited, static_cast<TaskColumn>(index.column()), value))
+    const auto column = static_cast<TaskColumn>(index.column());
+    if (role != Qt::EditRole || value == cellValue(*edited, column))
+        return false;
+    const QString name = QCoreApplication::translate("TaskTable", describe(column).title);
+    const UndoGroup group(m_delegate.managedObjectContext(), tr("Edit %1").arg(name));
+    if (!setCellValue(*edited, column, value))
         return false;
     Q_EMIT dataChanged(this->index(index.row(), 0), this->index(index.row(), columnCount() - 1));
     return true;

@@ -3,6 +3,7 @@
 
 #include "app/tm_application_delegate.h"
 #include "viewcontrollers/record_model.h"
+#include "viewcontrollers/task_choices.h"
 #include "viewcontrollers/task_columns.h"
 
 #include <optional>
@@ -38,6 +39,10 @@ public:
     [[nodiscard]] model::Tasks *task(int row) const;
     /// The row of a task; -1 when it is not in the list.
     [[nodiscard]] int row(const objectstore::ManagedObject &task) const;
+
+    /// The records that a cell of the column can be set to.
+    [[nodiscard]] std::vector<Choice> choices(TaskColumn column) const;
+    [[nodiscard]] const foundation::Clock &clock() const { return m_delegate.clock(); }
 
     [[nodiscard]] QModelIndex index(int row, int column, const QModelIndex &parent = {}) const override;
     [[nodiscard]] QModelIndex parent(const QModelIndex &) const override { return {}; }

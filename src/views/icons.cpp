@@ -41,10 +41,10 @@ class TintedIconEngine final : public QIconEngine
 public:
     TintedIconEngine(QString name, QColor color) : m_name(std::move(name)), m_color(std::move(color)) { }
 
-    void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State) override
+    void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State state) override
     {
         const int size = std::min(rect.width(), rect.height());
-        const QPixmap drawn = iconPixmap(m_name, color(mode), size, painter->device()->devicePixelRatioF());
+        const QPixmap drawn = iconPixmap(m_name, color(mode, state), size, painter->device()->devicePixelRatioF());
         painter->drawPixmap(
             rect.center().x() - size / 2 + 1 - size % 2, rect.center().y() - size / 2 + 1 - size % 2, drawn);
     }
@@ -52,19 +52,22 @@ public:
     {
         return scaledPixmap(size, mode, state, 1);
     }
-    QPixmap scaledPixmap(const QSize &size, QIcon::Mode mode, QIcon::State, qreal scale) override
+    QPixmap scaledPixmap(const QSize &size, QIcon::Mode mode, QIcon::State state, qreal scale) override
     {
         // `size` is in device pixels already
-        QPixmap drawn = iconPixmap(m_name, color(mode), qRound(std::min(size.width(), size.height()) / scale), scale);
+        QPixmap drawn
+            = iconPixmap(m_name, color(mode, state), qRound(std::min(size.width(), size.height()) / scale), scale);
         return drawn;
     }
     QIconEngine *clone() const override { return new TintedIconEngine(*this); }
 
 private:
-    [[nodiscard]] QColor color(QIcon::Mode mode) const
+    [[nodiscard]] QColor color(QIcon::Mode mode, QIcon::State state) const
     {
         if (mode == QIcon::Disabled)
             return Theme::current().faint;
+        if (state == QIcon::On && !m_color.isValid())
+            return Theme::current().accent;
         return m_color.isValid() ? m_color : Theme::current().muted;
     }
 

@@ -6,6 +6,7 @@
 #include "views/source_list_cell.h"
 #include "views/theme.h"
 
+#include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QMouseEvent>
 #include <QPainter>
@@ -110,6 +111,45 @@ void FoldersOutlineView::selectionChanged(const QItemSelection &selected, const 
     if (const QModelIndex row = selectedRow(); row.isValid())
         m_settings.set(selectionKey, app::toUtf8(m_controller.persistentName(row)));
     Q_EMIT selectionMoved();
+}
+
+void FoldersOutlineView::editOutlineRow(const QModelIndex &index)
+{
+    selectRow(index);
+    setFocus();
+    if (m_controller.isRenamable(index))
+        edit(index);
+}
+
+QMenu *FoldersOutlineView::menuFor(const QModelIndex &index) const
+{
+    switch (m_controller.kind(index)) {
+    case SourceKind::Trash:
+        return m_menus.trash;
+    case SourceKind::SmartFolder:
+        return m_menus.smartFolder;
+    case SourceKind::Context:
+        return m_menus.context;
+    case SourceKind::ArchivedFolder:
+        return m_menus.archivedFolder;
+    case SourceKind::Folder:
+        return m_menus.folder;
+    default:
+        return nullptr; // the other fixed rows have none
+    }
+}
+
+void FoldersOutlineView::contextMenuEvent(QContextMenuEvent *event)
+{
+    setFocus();
+    const bool isByKey = event->reason() == QContextMenuEvent::Keyboard;
+    const QModelIndex index = isByKey ? currentIndex() : indexAt(event->pos());
+    QMenu *menu = menuFor(index);
+    if (!menu)
+        return;
+    if (!selectionModel()->isSelected(index))
+        selectRow(index);
+    menu->popup(isByKey ? viewport()->mapToGlobal(visualRect(index).bottomLeft()) : event->globalPos());
 }
 
 QRect FoldersOutlineView::arrowRect(const QModelIndex &index) const

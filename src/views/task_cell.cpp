@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "views/task_cell.h"
 
-#include "viewcontrollers/tasks_array_controller.h"
 #include "views/icons.h"
 #include "views/theme.h"
 

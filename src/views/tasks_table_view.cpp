@@ -5,7 +5,9 @@
 #include "views/task_cell.h"
 #include "views/theme.h"
 
+#include <QContextMenuEvent>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 
@@ -26,7 +28,7 @@ TasksTableView::TasksTableView(
 {
     setObjectName(QStringLiteral("taskTable"));
     setAccessibleName(tr("Tasks"));
-    auto *cell = new TaskCell(this);
+    auto *cell = new TaskCell(m_tasks, this);
     connect(cell, &TaskCell::completeToggled, this,
         [this](const QModelIndex &index, bool complete) { Q_EMIT completeToggled(selectionWith(index), complete); });
     connect(cell, &TaskCell::starToggled, this,
@@ -38,10 +40,10 @@ TasksTableView::TasksTableView(
     setUniformRowHeights(true);
     setSelectionMode(QAbstractItemView::ExtendedSelection);
     setSelectionBehavior(QAbstractItemView::SelectRows);
-    setAllColumnsShowFocus(true);
     setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     setMouseTracking(true);
     setSortingEnabled(true);
+    setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::DoubleClicked);
     header()->setSectionsMovable(true);
     header()->setFirstSectionMovable(true);
     header()->setStretchLastSection(false);
@@ -140,6 +142,42 @@ void TasksTableView::drawRow(QPainter *painter, const QStyleOptionViewItem &opti
     QStyleOptionViewItem plain = option;
     plain.state.setFlag(QStyle::State_MouseOver, isHovered);
     QTreeView::drawRow(painter, plain, index);
+}
+
+void TasksTableView::editTitle()
+{
+    const QModelIndex title = m_tasks.index(currentIndex().row(), static_cast<int>(TaskColumn::Title));
+    if (title.isValid() && !isColumnHidden(title.column()))
+        edit(title);
+}
+
+void TasksTableView::contextMenuEvent(QContextMenuEvent *event)
+{
+    setFocus();
+    const bool isByKey = event->reason() == QContextMenuEvent::Keyboard;
+    const QModelIndex index = isByKey ? currentIndex() : indexAt(event->pos());
+    if (!m_menu || !index.isValid())
+        return;
+    if (!selectionModel()->isRowSelected(index.row()))
+        selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    m_menu->popup(isByKey ? viewport()->mapToGlobal(visualRect(index).bottomLeft()) : event->globalPos());
+}
+
+void TasksTableView::keyPressEvent(QKeyEvent *event)
+{
+    const std::vector<model::Tasks *> tasks = selectedTasks();
+    if (event->key() == Qt::Key_Space && event->modifiers() == Qt::NoModifier && !tasks.empty()) {
+        const bool allComplete
+            = std::all_of(tasks.begin(), tasks.end(), [](const model::Tasks *task) { return task->complete(); });
+        Q_EMIT completeToggled(tasks, !allComplete);
+        return;
+    }
+    if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && event->modifiers() == Qt::NoModifier
+        && state() != EditingState) {
+        editTitle();
+        return;
+    }
+    QTreeView::keyPressEvent(event);
 }
 
 void TasksTableView::hover(const QModelIndex &index)

@@ -4,6 +4,7 @@
 #include "foundation/settings.h"
 #include "viewcontrollers/tasks_array_controller.h"
 
+#include <QMenu>
 #include <QTreeView>
 
 namespace views {
@@ -26,6 +27,9 @@ public:
     void saveLayout();
 
     [[nodiscard]] std::vector<model::Tasks *> selectedTasks() const;
+    void setMenu(QMenu *menu) { m_menu = menu; }
+    /// Begins to edit the title of the current task in its row.
+    void editTitle();
     void selectTask(const model::Tasks &task);
 
 Q_SIGNALS:
@@ -36,6 +40,8 @@ Q_SIGNALS:
 protected:
     void drawRow(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
     void selectionChanged(const QItemSelection &selected, const QItemSelection &deselected) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void leaveEvent(QEvent *event) override;
 
@@ -46,6 +52,7 @@ private:
 
     viewcontrollers::TasksArrayController &m_tasks;
     foundation::Settings &m_settings;
+    QMenu *m_menu = nullptr;
     QPersistentModelIndex m_hovered;
     bool m_showsCurrentLocation = false;
 };

@@ -10,6 +10,7 @@
 #include "views/theme.h"
 
 #include <QDir>
+#include <QLineEdit>
 #include <QTreeView>
 #include <cstdio>
 
@@ -119,13 +120,27 @@ public:
         addEverydayTasks(m_delegate->records());
         m_delegate->saveAction();
         views::MainWindow window(*m_delegate);
-        window.resize(1240, 780);
-        window.show();
+        window.resize(1280, 800);
+        window.showMainApplicationWindow();
         save(window, QStringLiteral("today"));
         auto *table = window.findChild<QTreeView *>(QStringLiteral("taskTable"));
         table->setFocus();
         table->setCurrentIndex(table->model()->index(0, 0));
         save(window, QStringLiteral("today-selected"));
+        window.action(views::Command::GoToInbox)->trigger();
+        table->selectAll();
+        save(window, QStringLiteral("inbox-all-selected"));
+        window.action(views::Command::GoToLocation)->trigger();
+        save(window, QStringLiteral("location-empty"));
+        window.action(views::Command::TagBrowser)->trigger();
+        save(window, QStringLiteral("tag-browser"));
+        window.action(views::Command::TagBrowser)->trigger();
+        auto *search = window.findChild<QLineEdit *>(QStringLiteral("searchField"));
+        search->setText(QStringLiteral("movers"));
+        Q_EMIT search->textEdited(search->text());
+        table->setCurrentIndex(table->model()->index(0, 0));
+        window.action(views::Command::ShowMenuBar)->setChecked(true);
+        save(window, QStringLiteral("search"));
     }
 
 private:
