@@ -22,6 +22,7 @@ struct Arguments {
     std::string tlsKey;
     std::string email;
     int tokensPerHour = service::ServiceOptions().tokensPerHour;
+    bool isTlsOnly = false;
     bool isClosed = false;
 };
 
@@ -61,7 +62,7 @@ int addUser(const Arguments &arguments)
 
 int serve(const Arguments &arguments, const sigset_t &endings)
 {
-    service::HttpOptions http{.listenAt = arguments.listenAt};
+    service::HttpOptions http{.listenAt = arguments.listenAt, .isTlsOnly = arguments.isTlsOnly};
     for (const auto &[file, text] :
         {std::pair{&arguments.tlsCertificate, &http.tlsCertificate}, std::pair{&arguments.tlsKey, &http.tlsKey}}) {
         const auto contents = file->empty() ? std::string() : contentsOf(*file);
@@ -107,6 +108,7 @@ int main(int count, char **texts)
     auto *key = application.add_option("--tls-key", arguments.tlsKey, "The certificate's key, PEM");
     certificate->type_name("FILE")->needs(key);
     key->type_name("FILE")->needs(certificate);
+    application.add_flag("--tls-only", arguments.isTlsOnly, "Cut connections that speak plain http")->needs(key);
     application.add_flag("--no-sign-up", arguments.isClosed, "Let nobody but add-user create accounts");
     auto *addition = application.add_subcommand("add-user", "Create an account; the password comes on standard input");
     addition->fallthrough(); // so that --data may follow as well

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "service/caller.h"
+#include "service/certificate.h"
 #include "service/http_client.h"
 #include "support/temporary_folder.h"
 
@@ -195,29 +196,31 @@ TEST(Program, stopsCleanlyAndLetsUsersBeAddedMeanwhile)
     EXPECT_FALSE(std::filesystem::exists(folder + "/service.db-wal")); // all is in the one file
 }
 
-TEST(Program, speaksTlsWithACertificateOfItsOwn)
+TEST(Program, speaksTlsAndPlainHttpOnOnePort)
 {
     const support::TemporaryFolder place;
+    const Certificate certificate;
     const std::string folder = place.path() / "data";
-    const std::string certificate = place.path() / "cert.pem";
-    const std::string key = place.path() / "key.pem";
-    const std::string command = "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2"
-                                " -subj /CN=localhost -addext subjectAltName=IP:127.0.0.1 -keyout "
-        + key + " -out " + certificate + " 2>/dev/null";
-    ASSERT_EQ(std::system(command.c_str()), 0);
     addUser(folder);
-    Program program(folder, {"--tls-cert", certificate, "--tls-key", key});
+    Program program(folder, {"--tls-cert", certificate.file, "--tls-key", certificate.keyFile});
     ASSERT_NE(program.address(), "");
     HttpClient client;
-    EXPECT_EQ(client.get("https://" + program.address() + "/api.php").status, 0); // nobody vouches for it
-    client.trust(certificate);
-    const std::string base = "https://" + program.address();
-    const std::string info = client.get(base + target("getAccountInfo", {{"key", logIn(client, base)}})).body;
+    const std::string key = logIn(client, "http://" + program.address());
+    const std::string secure = "https://" + program.address();
+    EXPECT_EQ(client.get(secure + "/api.php").status, 0); // nobody vouches for it
+    client.trust(certificate.file);
+    const std::string info = client.get(secure + target("getAccountInfo", {{"key", key}})).body;
     EXPECT_EQ(inside(info, "pro"), "1") << info;
     EXPECT_EQ(program.end(SIGTERM), 0);
 
+    Program strict(folder, {"--tls-cert", certificate.file, "--tls-key", certificate.keyFile, "--tls-only"});
+    EXPECT_EQ(client.get("http://" + strict.address() + "/api.php").status, 0);
+    EXPECT_EQ(client.get("https://" + strict.address() + "/api.php").status, 200);
+    EXPECT_EQ(strict.end(SIGTERM), 0);
+
     std::string output;
-    EXPECT_EQ(run("--data " + folder + " --listen 127.0.0.1:0 --tls-cert " + key + " --tls-key " + key, &output), 1);
+    const std::string twice = " --tls-cert " + certificate.keyFile + " --tls-key " + certificate.keyFile;
+    EXPECT_EQ(run("--data " + folder + " --listen 127.0.0.1:0" + twice, &output), 1);
     EXPECT_NE(output.find("certificate"), std::string::npos) << output;
 }
 
@@ -225,11 +228,11 @@ TEST(Program, tellsInOneSentenceWhatIsWrong)
 {
     const support::TemporaryFolder place;
     const std::string folder = place.path();
-    const std::pair<std::string, int> cases[]
-        = {{"", 2}, {"--data", 2}, {"--data x --tokens-per-hour none", 2}, {"--data x --frobnicate", 2},
-            {"--data x add-user", 2}, {"--data x --tls-cert y", 2}, {"--data " + folder + " --listen nowhere", 1},
-            {"--data /proc/none", 1}, {"--data " + folder + " --tls-cert /none --tls-key /none", 1},
-            {"add-user ana@example.org --data " + folder + " </dev/null", 1}};
+    const std::pair<std::string, int> cases[] = {{"", 2}, {"--data", 2}, {"--data x --tokens-per-hour none", 2},
+        {"--data x --frobnicate", 2}, {"--data x add-user", 2}, {"--data x --tls-cert y", 2},
+        {"--data x --tls-only", 2}, {"--data " + folder + " --listen nowhere", 1}, {"--data /proc/none", 1},
+        {"--data " + folder + " --tls-cert /none --tls-key /none", 1},
+        {"add-user ana@example.org --data " + folder + " </dev/null", 1}};
     for (const auto &[arguments, status] : cases) {
         std::string output;
         const int ended = run(arguments, &output);
