@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "service/connection_sorter.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -35,8 +36,8 @@ ConnectionSorter::ConnectionSorter(
     , m_events(made(::epoll_create1(EPOLL_CLOEXEC)))
     , m_wake(made(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)))
 {
-    watch(m_wake);
-    watch(m_socket.descriptor());
+    if (!watch(m_wake) || !watch(m_socket.descriptor()))
+        throw std::system_error(errno, std::generic_category());
     m_thread = std::jthread([this](const std::stop_token &stop) { work(stop); });
 }
 
@@ -82,7 +83,8 @@ void ConnectionSorter::accept()
     }
     m_deadlines.connected(connection.descriptor);
     m_silent.emplace(connection.descriptor, connection);
-    watch(connection.descriptor);
+    if (!watch(connection.descriptor))
+        drop(connection.descriptor);
 }
 
 void ConnectionSorter::sort(int descriptor)
@@ -109,12 +111,12 @@ void ConnectionSorter::drop(int descriptor)
     ::close(descriptor);
 }
 
-void ConnectionSorter::watch(int descriptor) const
+bool ConnectionSorter::watch(int descriptor) const
 {
     epoll_event event{};
     event.events = EPOLLIN;
     event.data.fd = descriptor;
-    ::epoll_ctl(m_events, EPOLL_CTL_ADD, descriptor, &event);
+    return ::epoll_ctl(m_events, EPOLL_CTL_ADD, descriptor, &event) == 0;
 }
 
 } // namespace service

@@ -21,7 +21,8 @@ struct NewConnection {
 };
 
 /// Lets plain HTTP and TLS share one port: accepts connections within the limits and waits for the first byte of each,
-/// which tells the two apart, on a thread of its own. A client that sends none in time is cut.
+/// which tells the two apart, on a thread of its own. A client that sends none in time is cut. The constructor throws
+/// std::system_error where the system has no descriptor or thread left.
 class ConnectionSorter
 {
 public:
@@ -38,7 +39,7 @@ private:
     void accept();
     void sort(int descriptor);
     void drop(int descriptor);
-    void watch(int descriptor) const;
+    [[nodiscard]] bool watch(int descriptor) const;
 
     ListeningSocket m_socket;
     ConnectionLimits &m_limits;

@@ -6,8 +6,10 @@
 #include "service/listening_socket.h"
 #include "service/request_deadlines.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <microhttpd.h>
+#include <system_error>
 #include <unistd.h>
 #include <vector>
 
@@ -215,8 +217,12 @@ Result<std::unique_ptr<HttpServer>> HttpServer::start(Service &service, HttpOpti
             return Failure("The service could not be started at " + made.address
                 + "; the certificate and the key may not be a pair in PEM form.");
     }
-    made.sorter = std::make_unique<ConnectionSorter>(std::move(*socket), made.watch.limits, made.watch.deadlines,
-        [&made](const NewConnection &connection, bool isTls) { made.take(connection, isTls); });
+    try {
+        made.sorter = std::make_unique<ConnectionSorter>(std::move(*socket), made.watch.limits, made.watch.deadlines,
+            [&made](const NewConnection &connection, bool isTls) { made.take(connection, isTls); });
+    } catch (const std::system_error &error) {
+        return Failure("The service could not be started at " + made.address + ": " + error.what() + ".");
+    }
     return std::unique_ptr<HttpServer>(new HttpServer(std::move(state)));
 }
 
