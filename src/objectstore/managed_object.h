@@ -89,6 +89,8 @@ private:
         std::unique_ptr<Members> next;
     };
 
+    /// The order of insertion among objects of one entity, and of the model among entities.
+    [[nodiscard]] static bool inKeyOrder(const ManagedObject *left, const ManagedObject *right);
     [[nodiscard]] const Value *unsavedValue(int slot) const;
     void storeValue(const Property &property, Value value);
     void change(const Property &property, Value value);
