@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <string>
 
 namespace objectstore {
@@ -62,6 +63,8 @@ private:
     std::string m_uuid;
     std::string m_notice;
     bool m_immutable = false;
+    mutable std::mutex m_mutex;
+    mutable std::unique_ptr<Connection> m_first; ///< what the store was opened with, until a context takes it over
 };
 
 } // namespace objectstore
