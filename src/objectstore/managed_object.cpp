@@ -78,13 +78,22 @@ void ManagedObject::storeValue(const Property &property, Value value)
     if (asInRow) {
         if (place != values.end())
             values.erase(place);
-        if (values.empty() && m_unsaved->members.empty())
+        if (values.empty() && m_unsaved->members.empty()) {
             m_unsaved.reset();
+            dropStaleRow();
+        }
     } else if (place != values.end()) {
         place->second = std::move(value);
     } else {
         values.emplace_back(property.slot, std::move(value));
     }
+}
+
+/// Lets the row be read again where no value of ours is left that kept it.
+void ManagedObject::dropStaleRow()
+{
+    if (std::exchange(m_stale, false))
+        m_row.reset();
 }
 
 void ManagedObject::change(const Property &property, Value value)

@@ -277,6 +277,7 @@ void ObjectContext::rollback()
 {
     for (ManagedObject *object : m_state->allChanged()) {
         object->m_unsaved.reset();
+        object->dropStaleRow();
         if (object->m_inserted)
             object->m_deleted = true;
         else if (object->m_deleted)
