@@ -33,6 +33,7 @@ void ObjectContext::mergeChanges(const ChangeSet &changes)
         if (updated->m_deleted || updated->m_inserted)
             continue;
         // a row with changes of our own stays as it was read: that is how the next save notices the conflict
+        updated->m_stale = updated->m_unsaved != nullptr;
         if (!updated->m_unsaved && updated->m_row) {
             updated->m_row.reset();
             updated->didTurnIntoFault();

@@ -19,6 +19,7 @@ Result<SaveReport> ContextSaver::save()
         if (!object->m_deleted)
             object->willSave();
     }
+    m_objects = m_state.allChanged();
     if (!m_context.hasChanges())
         return adopt();
     if (m_connection.hasMoved())
@@ -48,7 +49,7 @@ void ContextSaver::write()
     static thread_local std::mt19937_64 random{std::random_device{}()};
     m_save = m_log.lastSave() + 1;
     m_token = std::to_string(random());
-    for (ManagedObject *object : m_state.allChanged()) {
+    for (ManagedObject *object : m_objects) {
         if (object->m_inserted && !object->m_deleted)
             insert(*object);
         else if (object->m_deleted && !object->m_inserted)
@@ -97,10 +98,15 @@ void ContextSaver::update(ManagedObject &object)
 
 bool ContextSaver::writeColumns(ManagedObject &object, const std::vector<int> &slots, std::int64_t expectedSave)
 {
-    std::string sql = "UPDATE " + identifier(object.entity().name()) + " SET _save = ?";
-    for (const int slot : slots)
-        sql += ", " + identifier(object.entity().columns()[static_cast<std::size_t>(slot)]->name) + " = ?";
-    Statement statement = m_connection.prepare(sql + " WHERE _key = ? AND _save = ?");
+    if (m_updateEntity != &object.entity() || m_updateSlots != slots) { // many in a row change the same
+        m_updateEntity = &object.entity();
+        m_updateSlots = slots;
+        m_updateSql = "UPDATE " + identifier(object.entity().name()) + " SET _save = ?";
+        for (const int slot : slots)
+            m_updateSql += ", " + identifier(object.entity().columns()[static_cast<std::size_t>(slot)]->name) + " = ?";
+        m_updateSql += " WHERE _key = ? AND _save = ?";
+    }
+    Statement statement = m_connection.prepare(m_updateSql);
     statement.bind(m_save);
     for (const int slot : slots)
         statement.bind(view(*object.unsavedValue(slot)));
@@ -189,7 +195,7 @@ SaveReport ContextSaver::adopt()
         object.m_deleted = !conflict.storeRow;
         m_state.pendingUpdated.insert(&object);
     }
-    for (ManagedObject *object : m_state.allChanged()) {
+    for (ManagedObject *object : m_objects) {
         if (object->m_deleted) {
             if (!object->m_inserted)
                 report.changes.deleted.push_back(object->m_id);
@@ -201,11 +207,16 @@ SaveReport ContextSaver::adopt()
         (object->m_inserted ? report.changes.inserted : report.changes.updated).push_back(object->m_id);
         if (object->m_inserted || !object->m_unsaved->values.empty() || !object->m_unsaved->members.empty()) {
             m_builder.begin(m_save);
-            for (const Property *column : object->entity().columns())
-                m_builder.add(object->value(*column));
+            for (const Property *column : object->entity().columns()) {
+                if (const Value *unsaved = object->unsavedValue(column->slot); unsaved || !object->m_row)
+                    m_builder.add(unsaved ? view(*unsaved) : ValueView());
+                else
+                    m_builder.addFrom(*object->m_row, column->slot);
+            }
             object->m_row = m_builder.finish();
         }
         object->m_unsaved.reset();
+        object->m_stale = false;
         object->m_inserted = false;
     }
     for (auto &[table, changes] : m_state.joins)

@@ -98,6 +98,10 @@ private:
     std::string m_token;
     SaveLog m_log;
     std::map<std::pair<const EntityDescription *, SaveLog::Kind>, std::vector<std::int64_t>> m_written;
+    std::vector<ManagedObject *> m_objects; ///< what is written, by entity and key
+    const EntityDescription *m_updateEntity = nullptr; ///< what `m_updateSql` updates
+    std::vector<int> m_updateSlots;
+    std::string m_updateSql;
     std::vector<Conflict> m_conflicts;
     RowBuilder m_builder;
 };

@@ -17,6 +17,13 @@ bool ManagedObject::hasChanges() const
     return m_inserted || m_deleted || m_unsaved;
 }
 
+bool ManagedObject::inKeyOrder(const ManagedObject *left, const ManagedObject *right)
+{
+    const int leftEntity = left->entity().index();
+    const int rightEntity = right->entity().index();
+    return leftEntity != rightEntity ? leftEntity < rightEntity : left->m_id.key < right->m_id.key;
+}
+
 const Value *ManagedObject::unsavedValue(int slot) const
 {
     if (!m_unsaved)
@@ -71,13 +78,22 @@ void ManagedObject::storeValue(const Property &property, Value value)
     if (asInRow) {
         if (place != values.end())
             values.erase(place);
-        if (values.empty() && m_unsaved->members.empty())
+        if (values.empty() && m_unsaved->members.empty()) {
             m_unsaved.reset();
+            dropStaleRow();
+        }
     } else if (place != values.end()) {
         place->second = std::move(value);
     } else {
         values.emplace_back(property.slot, std::move(value));
     }
+}
+
+/// Lets the row be read again where no value of ours is left that kept it.
+void ManagedObject::dropStaleRow()
+{
+    if (std::exchange(m_stale, false))
+        m_row.reset();
 }
 
 void ManagedObject::change(const Property &property, Value value)
@@ -155,10 +171,7 @@ void ManagedObject::setRelated(std::string_view name, ManagedObject *target)
         }
         if (Members *members = target ? target->loadedMembers(*inverse) : nullptr) {
             auto &objects = members->objects;
-            objects.insert(
-                std::upper_bound(objects.begin(), objects.end(), this,
-                    [](const ManagedObject *a, const ManagedObject *b) { return a->m_id.key < b->m_id.key; }),
-                this);
+            objects.insert(std::upper_bound(objects.begin(), objects.end(), this, inKeyOrder), this);
         }
     }
     change(*property, target ? Value(after) : Value());

@@ -89,8 +89,11 @@ private:
         std::unique_ptr<Members> next;
     };
 
+    /// The order of insertion among objects of one entity, and of the model among entities.
+    [[nodiscard]] static bool inKeyOrder(const ManagedObject *left, const ManagedObject *right);
     [[nodiscard]] const Value *unsavedValue(int slot) const;
     void storeValue(const Property &property, Value value);
+    void dropStaleRow();
     void change(const Property &property, Value value);
     [[nodiscard]] Members *loadedMembers(const Property &relationship) const;
 
@@ -98,6 +101,7 @@ private:
     mutable RowPointer m_row; ///< as read from the store, or the entity's defaults for an inserted object
     mutable bool m_deleted = false;
     bool m_inserted = false;
+    bool m_stale = false; ///< another writer changed the record while values of ours kept its row as it was read
     std::unique_ptr<Unsaved> m_unsaved; ///< present only while something is changed
     mutable std::unique_ptr<Members> m_members; ///< the to-many relationships that were read
     ObjectID m_id;

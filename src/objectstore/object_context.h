@@ -168,6 +168,8 @@ private:
     [[nodiscard]] ManagedObject *known(const ObjectID &id) const;
     void noteChange(ManagedObject &object);
     void changeMembers(ManagedObject &owner, const Property &relationship, ManagedObject &member, bool add);
+    [[nodiscard]] std::optional<bool> isLinked(
+        const ManagedObject &owner, const Property &relationship, const ManagedObject &member);
     [[nodiscard]] std::vector<ManagedObject *> readMembers(const ManagedObject &owner, const Property &relationship);
     void revive(ManagedObject &object);
     void markDeleted(ManagedObject &object);

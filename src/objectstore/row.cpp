@@ -74,6 +74,17 @@ void RowBuilder::add(const ValueView &value)
         value);
 }
 
+void RowBuilder::addFrom(const Row &row, int slot)
+{
+    const Row::Kind kind = row.kind(slot);
+    if (kind <= Row::Kind::Zero)
+        m_kinds.push_back(kind);
+    else if (kind >= Row::Kind::Text)
+        addBytes(kind, row.text(slot).data(), row.text(slot).size());
+    else
+        addCell(kind, row.cell(slot));
+}
+
 void RowBuilder::addBytes(Row::Kind kind, const void *bytes, std::size_t size)
 {
     addCell(kind, static_cast<std::int64_t>((static_cast<std::uint64_t>(size) << 32U) | m_bytes.size()));

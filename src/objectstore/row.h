@@ -112,6 +112,8 @@ public:
     void addReference(std::int64_t key) { addCell(Row::Kind::Reference, key); }
     /// A Double or a Date.
     void addReal(Row::Kind kind, double value) { addCell(kind, std::bit_cast<std::int64_t>(value)); }
+    /// What `row` holds in `slot`.
+    void addFrom(const Row &row, int slot);
     /// A Text or a Binary.
     void addBytes(Row::Kind kind, const void *bytes, std::size_t size);
     [[nodiscard]] RowPointer finish();
