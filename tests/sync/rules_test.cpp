@@ -341,7 +341,8 @@ TEST_F(Rules, aStoreThatMovesToAnotherAccountIsSentThereAsNew)
     context(home, "Phone");
     home.store.add(aTask().titled("Paint").in("Hobby").doneAt("Phone"));
     sync(home);
-    service.answer("/api.php?method=createAccount;email=bob%40example.org;pass=secret%20word");
+    ASSERT_NE(service.answer("/api.php?method=createAccount;email=bob%40example.org;pass=secret%20word").find("added"),
+        std::string::npos);
     home.settings.set("ToodleDoUsername", std::string("bob@example.org"));
     sync(home);
     EXPECT_THAT(home.taskTitles(), ElementsAre("Paint"));
