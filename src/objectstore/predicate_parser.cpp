@@ -87,9 +87,10 @@ private:
     }
     void count(std::size_t depth)
     {
-        if (depth > maximumPredicateDepth)
+        // a guard for the stack: one level of the tree takes up to three of reading; the tree is measured at the end
+        if (depth > 4 * maximumPredicateDepth)
             fail("The condition is nested too deeply");
-        if (++m_nodes > maximumPredicateNodes)
+        if (++m_nodes > 2 * maximumPredicateNodes)
             fail("The condition is too long");
     }
 
