@@ -10,7 +10,7 @@ namespace objectstore {
 using foundation::Failure;
 
 ContextSaver::ContextSaver(ObjectContext &context)
-    : m_context(context), m_state(*context.m_state), m_connection(*m_state.connection)
+    : m_context(context), m_state(*context.m_state), m_connection(*m_state.connection), m_log(m_connection)
 { }
 
 Result<SaveReport> ContextSaver::save()
@@ -21,6 +21,11 @@ Result<SaveReport> ContextSaver::save()
     }
     if (!m_context.hasChanges())
         return adopt();
+    if (m_connection.hasMoved())
+        return Failure({"ObjectStoreErrorDomain", static_cast<int>(StoreErrorCode::Moved),
+            "The file of the task store was moved, replaced or deleted while it was open. Your changes are kept in the "
+            "program.",
+            m_context.store().file().string()});
     try {
         try {
             WriteTransaction transaction(m_connection);
@@ -41,7 +46,7 @@ Result<SaveReport> ContextSaver::save()
 void ContextSaver::write()
 {
     static thread_local std::mt19937_64 random{std::random_device{}()};
-    m_save = std::stoll("0" + storeValue(m_connection, "save")) + 1;
+    m_save = m_log.lastSave() + 1;
     m_token = std::to_string(random());
     for (ManagedObject *object : m_state.allChanged()) {
         if (object->m_inserted && !object->m_deleted)
@@ -52,8 +57,13 @@ void ContextSaver::write()
             update(*object);
     }
     writeJoins();
-    setStoreValue(m_connection, "save", std::to_string(m_save));
-    setStoreValue(m_connection, "savedBy", m_token);
+    for (const auto &[group, keys] : m_written)
+        m_log.append(m_save, m_token, *group.first, group.second, keys);
+}
+
+void ContextSaver::note(const ManagedObject &object, SaveLog::Kind kind)
+{
+    m_written[{object.m_id.entity, kind}].push_back(object.m_id.key);
 }
 
 void ContextSaver::insert(ManagedObject &object)
@@ -71,6 +81,7 @@ void ContextSaver::insert(ManagedObject &object)
     for (const Property *column : columns)
         statement.bind(object.value(*column));
     statement.run();
+    note(object, SaveLog::Kind::Inserted);
 }
 
 void ContextSaver::update(ManagedObject &object)
@@ -80,8 +91,8 @@ void ContextSaver::update(ManagedObject &object)
         slots.push_back(slot);
     std::sort(slots.begin(), slots.end());
     // a row whose links alone changed is still written, so that other contexts see its number of save change
-    if (!writeColumns(object, slots, object.m_row ? object.m_row->save() : 0))
-        resolve(object);
+    if (writeColumns(object, slots, object.m_row ? object.m_row->save() : 0) || resolve(object))
+        note(object, SaveLog::Kind::Updated);
 }
 
 bool ContextSaver::writeColumns(ManagedObject &object, const std::vector<int> &slots, std::int64_t expectedSave)
@@ -98,7 +109,8 @@ bool ContextSaver::writeColumns(ManagedObject &object, const std::vector<int> &s
 }
 
 /// The row was changed by another writer since it was read: the merge policy decides what becomes of our values.
-void ContextSaver::resolve(ManagedObject &object)
+/// Whether some of them were written.
+bool ContextSaver::resolve(ManagedObject &object)
 {
     Conflict conflict{&object, {}, {}};
     {
@@ -118,9 +130,10 @@ void ContextSaver::resolve(ManagedObject &object)
             kept.push_back(slot);
     }
     std::sort(kept.begin(), kept.end());
-    if (conflict.storeRow && (!kept.empty() || !object.m_unsaved->members.empty()))
-        writeColumns(object, kept, conflict.storeRow->save());
+    const bool written = conflict.storeRow && (!kept.empty() || !object.m_unsaved->members.empty())
+        && writeColumns(object, kept, conflict.storeRow->save());
     m_conflicts.push_back(std::move(conflict));
+    return written;
 }
 
 void ContextSaver::remove(ManagedObject &object)
@@ -134,6 +147,7 @@ void ContextSaver::remove(ManagedObject &object)
             "DELETE FROM " + identifier(relationship->joinTable) + " WHERE " + relationship->joinOwner + " = ?");
         links.bind(object.m_id.key).run();
     }
+    note(object, SaveLog::Kind::Deleted);
 }
 
 void ContextSaver::writeJoins()
@@ -152,7 +166,7 @@ bool ContextSaver::wasCommitted()
 {
     if (m_token.empty() || !sqlite3_get_autocommit(m_connection.handle()))
         return false;
-    return storeValue(m_connection, "savedBy") == m_token;
+    return m_log.holds(m_save, m_token);
 }
 
 /// Makes the objects in memory what the store now holds.
@@ -186,7 +200,7 @@ SaveReport ContextSaver::adopt()
             continue;
         (object->m_inserted ? report.changes.inserted : report.changes.updated).push_back(object->m_id);
         if (object->m_inserted || !object->m_unsaved->values.empty() || !object->m_unsaved->members.empty()) {
-            m_builder.begin(static_cast<int>(object->entity().columns().size()), m_save);
+            m_builder.begin(m_save);
             for (const Property *column : object->entity().columns())
                 m_builder.add(object->value(*column));
             object->m_row = m_builder.finish();
@@ -197,7 +211,11 @@ SaveReport ContextSaver::adopt()
     for (auto &[table, changes] : m_state.joins)
         changes.clear();
     for (auto &set : m_state.changed)
-        set.clear();
+        set = {};
+    if (m_save == m_state.seenSave + 1)
+        m_state.seenSave = m_save;
+    else if (m_save > 0)
+        m_state.ownSaves.insert(m_save);
     if (!m_conflicts.empty())
         m_context.forgetMembers();
     m_context.processPendingChanges();

@@ -5,6 +5,7 @@
 #include "objectstore/undo_manager.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace objectstore {
 
@@ -54,6 +55,8 @@ std::optional<Instant> ManagedObject::date(std::string_view name) const
 /// Keeps `value` as unsaved, or nothing where it is what the row holds already.
 void ManagedObject::storeValue(const Property &property, Value value)
 {
+    if (std::isnan(toDouble(view(value))))
+        value = {}; // what SQLite keeps for it
     if (!m_row)
         m_context->load(*this);
     const bool asInRow = m_row && sameValue(view(value), m_row->value(property.slot, property.destination));
@@ -163,9 +166,9 @@ void ManagedObject::setRelated(std::string_view name, ManagedObject *target)
 
 ManagedObject::Members *ManagedObject::loadedMembers(const Property &relationship) const
 {
-    for (const auto &members : m_members) {
+    for (Members *members = m_members.get(); members; members = members->next.get()) {
         if (members->relationship == &relationship)
-            return members.get();
+            return members;
     }
     return nullptr;
 }
@@ -179,8 +182,8 @@ const std::vector<ManagedObject *> &ManagedObject::objects(const Property &relat
         return members->objects;
     std::vector<ManagedObject *> objects = m_context->readMembers(*this, relationship);
     m_context->m_state->withMembers.insert(this);
-    m_members.push_back(std::make_unique<Members>(Members{&relationship, std::move(objects)}));
-    return m_members.back()->objects;
+    m_members = std::make_unique<Members>(Members{&relationship, std::move(objects), std::move(m_members)});
+    return m_members->objects;
 }
 
 const std::vector<ManagedObject *> &ManagedObject::objects(std::string_view name) const

@@ -2,6 +2,7 @@
 #include "objectstore/object_context.h"
 
 #include "objectstore/context_state.h"
+#include "objectstore/save_log.h"
 #include "objectstore/undo_manager.h"
 
 #include <SQLiteCpp/Exception.h>
@@ -28,7 +29,7 @@ std::int64_t nextKey(std::int64_t last, const foundation::Clock &clock)
 RowPointer defaultRow(const EntityDescription &entity)
 {
     RowBuilder builder;
-    builder.begin(static_cast<int>(entity.columns().size()), 0);
+    builder.begin(0);
     for (const Property *column : entity.columns())
         builder.add(view(column->defaultValue));
     return builder.finish();
@@ -67,7 +68,7 @@ ObjectContext::ObjectContext(Store &store, MergePolicy policy)
         m_state->connection = std::move(*connection);
         try {
             m_state->seenDataVersion = m_state->connection->dataVersion();
-            m_state->seenSave = std::stoll("0" + objectstore::storeValue(*m_state->connection, "save"));
+            m_state->seenSave = SaveLog(*m_state->connection).lastSave();
         } catch (const SQLite::Exception &exception) {
             m_state->connectError
                 = storeError(StoreErrorCode::Unreadable, "The task store could not be read.", exception);
@@ -331,7 +332,7 @@ std::vector<ManagedObject *> ObjectContext::readMembers(const ManagedObject &own
 void ObjectContext::forgetMembers()
 {
     for (const ManagedObject *object : std::exchange(m_state->withMembers, {}))
-        object->m_members.clear();
+        object->m_members.reset();
 }
 
 bool ObjectContext::hasChanges() const
@@ -350,11 +351,10 @@ void ObjectContext::processPendingChanges()
     m_state->announcing = true;
     constexpr int patience = 16; // handlers that answer each other's changes for ever are cut short
     for (int round = 0; round < patience; ++round) {
-        ObjectsChange change{m_state->sorted(m_state->pendingInserted), m_state->sorted(m_state->pendingUpdated),
-            m_state->sorted(m_state->pendingDeleted)};
-        m_state->pendingInserted.clear();
-        m_state->pendingUpdated.clear();
-        m_state->pendingDeleted.clear();
+        // exchanged, since to clear a set takes time for as many as it once held
+        ObjectsChange change{m_state->sorted(std::exchange(m_state->pendingInserted, {})),
+            m_state->sorted(std::exchange(m_state->pendingUpdated, {})),
+            m_state->sorted(std::exchange(m_state->pendingDeleted, {}))};
         if (change.inserted.empty() && change.updated.empty() && change.deleted.empty())
             break;
         const auto handlers = m_state->handlers;
@@ -387,9 +387,9 @@ void ObjectContext::rollback()
     for (auto &[table, changes] : m_state->joins)
         changes.clear();
     for (State::ObjectSet &set : m_state->changed)
-        set.clear();
-    m_state->pendingInserted.clear();
-    m_state->pendingDeleted.clear();
+        set = {};
+    m_state->pendingInserted = {};
+    m_state->pendingDeleted = {};
     forgetMembers();
     if (m_undo)
         m_undo->clear();

@@ -21,6 +21,8 @@ enum class StoreErrorCode {
     NewerSchema, ///< a later version of the program wrote it; it is left as it is
     Unreadable, ///< a read failed
     NotSaved, ///< a save failed and wrote nothing
+    Moved, ///< the file was moved, replaced or deleted while it was open
+    InUse, ///< another window has the store open
     BadRequest, ///< a fetch names what the model does not have
 };
 
@@ -39,6 +41,9 @@ public:
     /// The store's own identity, made when the file was created.
     [[nodiscard]] const std::string &uuid() const { return m_uuid; }
 
+    /// Where the store can be read and not be written, a sentence that says so; else empty.
+    [[nodiscard]] const std::string &notice() const { return m_notice; }
+
     /// "x-objectstore://UUID/Entity/key"
     [[nodiscard]] std::string uri(const ObjectID &id) const;
     /// The id that `uri` names, or an empty one when the text is no URI of this store.
@@ -48,6 +53,7 @@ public:
     [[nodiscard]] foundation::Result<std::unique_ptr<Connection>> connect() const;
 
 private:
+    [[nodiscard]] std::unique_ptr<Connection> openFile();
     Store(const ObjectModel &model, std::filesystem::path file, const foundation::Clock &clock, std::string vfs);
 
     const ObjectModel &m_model;
@@ -57,6 +63,8 @@ private:
     std::string m_uuid;
     mutable std::mutex m_mutex;
     mutable std::unique_ptr<Connection> m_first; ///< what opened the store; the first context takes it over
+    std::string m_notice;
+    bool m_immutable = false;
 };
 
 } // namespace objectstore

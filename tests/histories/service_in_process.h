@@ -1,22 +1,26 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
+
+#include "service/service.h"
+
 #include <functional>
-#include <map>
+#include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
+
 namespace histories {
+
+/// The real service, its data in memory and its clock set, without HTTP: one account, which every client uses.
 class ServiceInProcess
 {
 public:
-    explicit ServiceInProcess(std::function<std::int64_t()> now) : m_now(std::move(now)) { }
-    std::string answer(std::string_view target);
+    explicit ServiceInProcess(std::function<std::int64_t()> clock);
+
+    [[nodiscard]] std::string answer(std::string_view target) { return m_service->answer(target); }
 
 private:
-    using Fields = std::map<std::string, std::string>;
-    std::function<std::int64_t()> m_now;
-    std::map<int, Fields> m_tasks, m_folders, m_contexts;
-    std::vector<int> m_deleted;
-    int m_next = 1;
+    std::unique_ptr<service::Database> m_database;
+    std::unique_ptr<service::Service> m_service;
 };
+
 } // namespace histories
