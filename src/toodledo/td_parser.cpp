@@ -12,7 +12,7 @@ namespace {
 constexpr int greatestDepth = 64;
 constexpr std::size_t longestName = 256;
 constexpr std::uint64_t longestToken = std::uint64_t{4} << 20; ///< bytes without any event: one endless tag or comment
-constexpr std::size_t longestText = std::size_t{4} << 20;
+constexpr std::size_t longestText = std::size_t{16} << 20;
 // A record takes fifty times the memory of its shortest markup. So many tasks with all their elements fill a reply.
 constexpr std::size_t longestList = 250'000;
 constexpr int feedSize = 1 << 20; ///< bytes handed over at once, so that the length of a token is looked at in time

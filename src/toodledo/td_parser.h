@@ -68,6 +68,8 @@ protected:
     virtual void didEndElement(std::string_view name, std::string_view text);
     /// How many records have been made.
     [[nodiscard]] virtual std::size_t recordCount() const { return 0; }
+    /// Ends the parsing: the reply is not to be believed.
+    void refuse(const char *why);
 
 private:
     struct Events;
@@ -80,7 +82,6 @@ private:
     void endElement(const char *name);
     void gatherText(std::string_view text);
     void endPiece();
-    void refuse(const char *why);
 
     std::unique_ptr<void, ExpatDeleter> m_expat;
     std::string m_text; ///< since the last end of an element

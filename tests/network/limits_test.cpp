@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -24,7 +25,7 @@ constexpr bool memoryIsOurs = true;
 
 constexpr long memoryLimit = 100 * 1024; // KiB
 
-/// The most memory that this process ever held, in KiB.
+/// The most memory that this process ever held, in KiB; for a new child, what it holds.
 long mostMemory()
 {
     std::ifstream status("/proc/self/status");
@@ -43,6 +44,7 @@ template <typename Work> long memoryFor(const char *name, Work work)
         return -1;
     const pid_t child = ::fork();
     if (child == 0) {
+        ::malloc_trim(0); // what earlier tests left free would hide what is taken
         const long before = mostMemory();
         const bool good = work();
         const long more = good ? mostMemory() - before : -1;
@@ -124,10 +126,10 @@ TEST(Limits, longTextsAreReadOrRefused)
     const ScriptedHttpServer server([&size](const std::string &) {
         return ScriptedReply{.body = "<tasks><task><title>" + std::string(size, 'x') + "</title></task></tasks>"};
     });
-    size = 2'000'000;
-    expectLittleMemory("a title of 2 MB", [&] { return asksForTasks(server.host(), size); });
+    size = 20'000'000;
+    expectLittleMemory("a title of 20 MB", [&] { return asksForTasks(server.host()); });
     size = 10'000'000;
-    expectLittleMemory("a title of 10 MB", [&] { return asksForTasks(server.host()); });
+    expectLittleMemory("a title of 10 MB", [&] { return asksForTasks(server.host(), size); });
     expectLittleMemory("a title of 10 MB to send", [&] {
         toodledo::CurlTransport transport(toodledo::CurlTransport::Options{});
         Bench bench(server.host(), transport);
@@ -162,7 +164,6 @@ TEST(Limits, F50HugePredicatesAreRefused)
         {"100,000 sums", "pages == " + repeated("1 + ", count) + "1"},
         {"100,000 sums in parentheses", "pages == " + repeated("(1 + ", count) + "1" + repeated(")", count)},
         {"100,000 functions", "bought == " + repeated("DATE(", count) + "1" + repeated(")", count)},
-        {"4,000 functions", "bought == " + repeated("DATE(", 4000) + "1" + repeated(")", 4000)},
     };
     for (const auto &one : cases)
         expectLittleMemory(one.name, [&] { return isRefused(one.text); });
