@@ -51,6 +51,7 @@ private:
     QToolButton *makeToolButton(Command command);
     void makeMenus();
     void connectParts();
+    void acceptDrops();
     void connectTaskCommands();
     void connectListCommands();
     void connectViewCommands();

@@ -6,7 +6,9 @@
 #include "views/main_window.h"
 #include "views/source_list_view.h"
 #include "views/tag_browser.h"
+#include "views/task_drop_zone.h"
 #include "views/tasks_table_view.h"
+#include "views/tip_view.h"
 
 #include <QKeyEvent>
 #include <QMenuBar>
@@ -77,6 +79,7 @@ void MainWindow::connectParts()
     connect(&m_tasks, &TasksArrayController::contentChanged, this, &MainWindow::updateStatusLine);
     connect(&m_tasks, &TasksArrayController::contentChanged, this, &MainWindow::updateTip);
     connect(&m_tasks, &TasksArrayController::contentChanged, this, &MainWindow::showSelectedTasks);
+    acceptDrops();
     connect(m_newTask, &QLineEdit::returnPressed, this, &MainWindow::addTaskFromField);
     connect(m_searchField, &QLineEdit::textEdited, this, &MainWindow::search);
     connect(m_tagBrowser, &TagBrowser::tagSelectionChanged, this, [this] { showTasks(Shown::Tags); });
@@ -89,6 +92,18 @@ void MainWindow::connectParts()
     connect(&m_delegate, &TMApplicationDelegate::columnsDidChange, m_table, &TasksTableView::configureColumns);
     connect(&m_delegate, &TMApplicationDelegate::objectsDidChange, this, &MainWindow::updateUndoCommands,
         Qt::QueuedConnection); // after the undo manager has closed the group
+}
+
+void MainWindow::acceptDrops()
+{
+    for (QWidget *target : {m_table->viewport(), static_cast<QWidget *>(m_tip)}) {
+        auto *zone = new TaskDropZone(target);
+        connect(zone, &TaskDropZone::dropped, this, [this](const viewcontrollers::DroppedTask &dropped) {
+            model::Tasks &task = m_commands.addTask(dropped.title, targetFolder(), dropped.notes);
+            refreshTasks();
+            m_table->selectTask(task);
+        });
+    }
 }
 
 void MainWindow::connectTaskCommands()
@@ -177,8 +192,12 @@ void MainWindow::connectViewCommands()
             {Command::GoToLocation, SourceKind::Location}, {Command::GoToTrash, SourceKind::Trash}};
     for (const auto &[command, kind] : places)
         on(command, [this, wanted = kind] {
-            m_outline->selectRow(m_sources.indexOf(wanted));
-            showSelectedSource(); // also when it was selected, under a search
+            const QModelIndex place = m_sources.indexOf(wanted);
+            action(Command::TagBrowser)->setChecked(false);
+            if (m_outline->selectedRow() == place)
+                showSelectedSource(); // under a search
+            else
+                m_outline->selectRow(place);
         });
     on(Command::FocusLists, [this] { m_sidebarPages->currentWidget()->setFocus(); });
     on(Command::FocusTasks, [this] {
