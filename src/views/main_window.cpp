@@ -56,6 +56,7 @@ MainWindow::MainWindow(app::TMApplicationDelegate &delegate)
     connectTaskCommands();
     connectListCommands();
     connectViewCommands();
+    connectWindowCommands();
     restoreGeometryAndState();
     m_outline->restoreSelection();
     m_outline->setFocus();
@@ -103,6 +104,8 @@ QToolButton *MainWindow::makeToolButton(Command command)
 QWidget *MainWindow::makeHeader()
 {
     auto *header = new QWidget;
+    header->setObjectName(QStringLiteral("header"));
+    header->setAttribute(Qt::WA_StyledBackground);
     auto *layout = new QHBoxLayout(header);
     layout->setContentsMargins(20, 14, 12, 6);
     layout->setSpacing(4);

@@ -34,7 +34,14 @@ public:
 
     /// Brings the window to the front.
     void showMainApplicationWindow();
+    void openPreferencesWindow();
+    /// The window of a new user.
+    void showFirstRun();
     [[nodiscard]] QAction *action(Command command) const { return m_commandSet.action(command); }
+
+Q_SIGNALS:
+    /// The user has chosen other colours.
+    void appearanceChanged();
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -55,6 +62,7 @@ private:
     void connectTaskCommands();
     void connectListCommands();
     void connectViewCommands();
+    void connectWindowCommands();
     void on(Command command, const std::function<void()> &run);
 
     // The list of tasks.

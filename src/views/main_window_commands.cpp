@@ -4,6 +4,9 @@
 #include "model/settings_defaults.h"
 #include "views/detail_pane.h"
 #include "views/main_window.h"
+#include "views/management_window.h"
+#include "views/preferences_window.h"
+#include "views/shortcuts_window.h"
 #include "views/source_list_view.h"
 #include "views/tag_browser.h"
 #include "views/task_drop_zone.h"
@@ -12,6 +15,7 @@
 
 #include <QKeyEvent>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QTimer>
 
 namespace views {
@@ -51,7 +55,7 @@ void MainWindow::makeMenus()
     m_outline->setMenus({
         .folder = menuOf({Command::Rename, Command::Archive, Command::DeleteList}),
         .context = menuOf({Command::Rename, Command::DeleteList}),
-        .smartFolder = menuOf({Command::EditSmartFolder, Command::Rename, Command::DeleteList}),
+        .smartFolder = menuOf({Command::Rename, Command::DeleteList}),
         .archivedFolder = menuOf({Command::Rename, Command::Unarchive, Command::DeleteList}),
         .trash = trashMenu,
     });
@@ -169,6 +173,39 @@ void MainWindow::connectListCommands()
     });
 }
 
+void MainWindow::connectWindowCommands()
+{
+    on(Command::Preferences, [this] { openPreferencesWindow(); });
+    on(Command::Shortcuts, [this] { (new ShortcutsWindow(m_commandSet, this))->show(); });
+    on(Command::About, [this] {
+        QMessageBox::about(this, tr("About Quelvin"),
+            tr("Quelvin %1\nTasks, the getting-things-done way.").arg(QCoreApplication::applicationVersion()));
+    });
+    const std::pair<Command, Managed> windows[]
+        = {{Command::ManageFolders, Managed::Folders}, {Command::ManageContexts, Managed::Contexts},
+            {Command::ManageTags, Managed::Tags}, {Command::ManageSmartFolders, Managed::SmartFolders}};
+    for (const auto &[command, kind] : windows)
+        on(command,
+            [this, managed = kind] { (new ManagementWindow(managed, m_delegate, m_listCommands, this))->show(); });
+}
+
+void MainWindow::openPreferencesWindow()
+{
+    auto *window = new PreferencesWindow(m_delegate, this);
+    connect(window, &PreferencesWindow::visibilityChanged, this, [this] {
+        const QSignalBlocker blocker(action(Command::ShowCompleted));
+        action(Command::ShowCompleted)->setChecked(m_delegate.settings().boolean(keys::ShowCompletedTasks));
+        m_sources.refreshOutlineView();
+    });
+    connect(window, &PreferencesWindow::appearanceChanged, this, &MainWindow::appearanceChanged);
+    window->show();
+}
+
+void MainWindow::showFirstRun()
+{
+    (new FirstRunController(m_delegate, this))->show();
+}
+
 void MainWindow::connectViewCommands()
 {
     on(Command::Find, [this] {
@@ -224,7 +261,6 @@ void MainWindow::updateCommands()
         action(command)->setEnabled(record && m_sources.isRenamable(source));
     action(Command::Archive)->setEnabled(kind == SourceKind::Folder && m_sources.isRenamable(source));
     action(Command::Unarchive)->setEnabled(kind == SourceKind::ArchivedFolder);
-    action(Command::EditSmartFolder)->setEnabled(kind == SourceKind::SmartFolder);
     updateUndoCommands();
 }
 
