@@ -43,6 +43,8 @@ ManagementWindow::ManagementWindow(
     m_records->setSelectionMode(QAbstractItemView::SingleSelection);
     auto *add = new QPushButton(tr("Add"));
     auto *remove = new QPushButton(tr("Delete"));
+    for (QPushButton *button : {add, remove})
+        button->setAutoDefault(false);
     auto *buttons = new QHBoxLayout;
     buttons->addWidget(add);
     buttons->addWidget(remove);

@@ -42,6 +42,15 @@ QVBoxLayout *paneLayout(QWidget *pane)
     return layout;
 }
 
+QFormLayout *makeForm()
+{
+    auto *form = new QFormLayout;
+    form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    form->setHorizontalSpacing(12);
+    form->setVerticalSpacing(9);
+    return form;
+}
+
 } // namespace
 
 PreferencesWindow::PreferencesWindow(app::TMApplicationDelegate &delegate, QWidget *parent)
@@ -71,6 +80,8 @@ PreferencesWindow::PreferencesWindow(app::TMApplicationDelegate &delegate, QWidg
     layout->addWidget(bar);
     layout->addWidget(m_panes);
     setMinimumWidth(520);
+    for (QPushButton *button : findChildren<QPushButton *>())
+        button->setAutoDefault(false); // Return in a field must press nothing
 }
 
 void PreferencesWindow::addPane(const QString &title, const QString &iconName, QWidget *pane)
@@ -118,7 +129,7 @@ QWidget *PreferencesWindow::makeGeneralPane()
         m_delegate.settings().set("Appearance", toUtf8(appearance->currentData().toString()));
         Q_EMIT appearanceChanged();
     });
-    auto *form = new QFormLayout;
+    auto *form = makeForm();
     form->addRow(tr("Appearance"), appearance);
     layout->addLayout(form);
     auto *tips = new QPushButton(tr("Show All Tips Again"));
@@ -136,8 +147,7 @@ QWidget *PreferencesWindow::makeColorsPane()
 {
     auto *pane = new QWidget;
     QVBoxLayout *layout = paneLayout(pane);
-    auto *form = new QFormLayout;
-    form->setVerticalSpacing(10);
+    auto *form = makeForm();
     for (const auto &[key, text] : colorTexts) {
         auto *well = new QToolButton;
         well->setIconSize({56, 22});
@@ -209,8 +219,7 @@ QWidget *PreferencesWindow::makeSyncPane()
         m_delegate.settings().set(keys::SyncInterval, std::int64_t{minutes});
         m_delegate.resetTimer();
     });
-    auto *form = new QFormLayout;
-    form->setVerticalSpacing(8);
+    auto *form = makeForm();
     form->addRow(tr("Repeat every"), interval);
     form->addRow(tr("E-mail"), textField(keys::ToodleDoUsername));
     form->addRow(tr("Password"), textField(keys::ToodleDoPassword, true));
@@ -284,7 +293,7 @@ FirstRunController::FirstRunController(app::TMApplicationDelegate &delegate, QWi
     for (const auto &[field, key] : fields)
         connect(field, &QLineEdit::textChanged, this,
             [this, which = key](const QString &typed) { m_delegate.settings().set(which, toUtf8(typed)); });
-    auto *form = new QFormLayout;
+    auto *form = makeForm();
     form->addRow(tr("E-mail"), email);
     form->addRow(tr("Password"), password);
     auto *status = new QLabel;

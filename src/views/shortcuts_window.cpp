@@ -58,8 +58,8 @@ ShortcutsWindow::ShortcutsWindow(const CommandSet &commands, QWidget *parent) : 
             side->addSpacing(14);
         }
     }
-    left->addStretch();
-    right->addStretch();
+    left->addStretch(1);
+    right->addStretch(1);
     auto *layout = new QHBoxLayout(this);
     layout->setContentsMargins(28, 24, 28, 16);
     layout->setSpacing(48);

@@ -4,10 +4,10 @@
 #include "app/text.h"
 #include "model/settings_defaults.h"
 #include "views/icons.h"
+#include "views/quelvin_style.h"
 
 #include <QApplication>
 #include <QFile>
-#include <QStyleFactory>
 #include <array>
 
 namespace views {
@@ -171,7 +171,7 @@ void Theme::apply() const
 {
     currentTheme() = *this;
     clearIconCache();
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setStyle(new QuelvinStyle);
     QApplication::setPalette(palette());
     qApp->setStyleSheet(styleSheet());
 }
