@@ -4,6 +4,11 @@
 #include "objectstore/predicate.h"
 
 #include <SQLiteCpp/Exception.h>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
 
 namespace objectstore {
 
@@ -14,6 +19,23 @@ void check(int code, sqlite3 *database)
 {
     if (code != SQLITE_OK)
         throw SQLite::Exception(database, code);
+}
+
+/// The name to open: the path, or a URI that says that nobody writes the file.
+std::string nameFor(const std::filesystem::path &file, Connection::Mode mode)
+{
+    if (mode == Connection::Mode::Create)
+        Connection::createPrivateFile(file);
+    if (mode != Connection::Mode::Immutable)
+        return file.string();
+    std::string uri = "file:";
+    for (const char letter : std::filesystem::absolute(file).string()) {
+        if (letter == '%' || letter == '?' || letter == '#')
+            uri += letter == '%' ? "%25" : letter == '?' ? "%3f" : "%23";
+        else
+            uri += letter;
+    }
+    return uri + "?immutable=1";
 }
 } // namespace
 
@@ -83,8 +105,11 @@ std::string Statement::text(int column) const
                  : std::string();
 }
 
-Connection::Connection(const std::filesystem::path &file, const std::string &vfs, bool create)
-    : m_database(file.string(), SQLite::OPEN_READWRITE | (create ? SQLite::OPEN_CREATE : 0), busyTimeout, vfs)
+Connection::Connection(const std::filesystem::path &file, const std::string &vfs, Mode mode)
+    : m_database(nameFor(file, mode),
+        SQLite::OPEN_NOMUTEX
+            | (mode == Mode::Immutable ? SQLite::OPEN_READONLY | SQLite::OPEN_URI : SQLite::OPEN_READWRITE),
+        busyTimeout, vfs)
 {
     sqlite3_extended_result_codes(handle(), 1);
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
@@ -106,6 +131,21 @@ Statement Connection::prepare(const std::string &sql)
         throw SQLite::Exception("A statement was used while it was running: " + sql);
     }
     return Statement(kept.get());
+}
+
+void Connection::createPrivateFile(const std::filesystem::path &file)
+{
+    const int descriptor = ::open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (descriptor >= 0)
+        ::close(descriptor);
+    else if (errno != EEXIST)
+        throw SQLite::Exception(std::generic_category().message(errno), SQLITE_CANTOPEN);
+}
+
+bool Connection::hasMoved() const
+{
+    int moved = 0;
+    return sqlite3_file_control(handle(), "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK && moved != 0;
 }
 
 std::int64_t Connection::dataVersion()
@@ -135,6 +175,11 @@ foundation::Error storeError(StoreErrorCode code, std::string sentence, const SQ
 {
     return {"ObjectStoreErrorDomain", static_cast<int>(code), std::move(sentence),
         std::string(exception.what()) + " (SQLite " + std::to_string(exception.getExtendedErrorCode()) + ")"};
+}
+
+int primaryCode(const SQLite::Exception &exception)
+{
+    return exception.getErrorCode() & 0xff;
 }
 
 std::string identifier(std::string_view name)

@@ -46,13 +46,26 @@ private:
 class Connection
 {
 public:
-    /// Opens the file with the care that every connection takes; `create` makes a missing one.
-    Connection(const std::filesystem::path &file, const std::string &vfs, bool create);
+    enum class Mode {
+        Create, ///< a missing file is made, readable by nobody else
+        Existing, ///< for writing where the file allows it, else for reading
+        Immutable, ///< for reading a file beside which SQLite can put nothing
+    };
+
+    /// Opens the file with the care that every connection takes.
+    Connection(const std::filesystem::path &file, const std::string &vfs, Mode mode);
+
+    /// Makes an empty file that nobody else can read, where there is none. SQLite gives its side files the same rights.
+    static void createPrivateFile(const std::filesystem::path &file);
 
     [[nodiscard]] Statement prepare(const std::string &sql);
     void execute(const std::string &sql) { m_database.exec(sql); }
     [[nodiscard]] int changes() const { return sqlite3_changes(m_database.getHandle()); }
     [[nodiscard]] sqlite3 *handle() const { return m_database.getHandle(); }
+
+    [[nodiscard]] bool isReadOnly() const { return sqlite3_db_readonly(handle(), "main") == 1; }
+    /// Whether the file was moved, replaced or deleted since it was opened.
+    [[nodiscard]] bool hasMoved() const;
 
     /// A number that changes whenever another connection has committed.
     [[nodiscard]] std::int64_t dataVersion();
@@ -84,6 +97,9 @@ private:
 /// The error value for what SQLite reported while doing what `sentence` says.
 [[nodiscard]] foundation::Error storeError(
     StoreErrorCode code, std::string sentence, const SQLite::Exception &exception);
+
+/// The kind of failure without SQLite's finer distinctions, such as SQLITE_BUSY.
+[[nodiscard]] int primaryCode(const SQLite::Exception &exception);
 
 /// `name` as an SQL identifier.
 [[nodiscard]] std::string identifier(std::string_view name);

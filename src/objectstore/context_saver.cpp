@@ -10,7 +10,7 @@ namespace objectstore {
 using foundation::Failure;
 
 ContextSaver::ContextSaver(ObjectContext &context)
-    : m_context(context), m_state(*context.m_state), m_connection(*m_state.connection)
+    : m_context(context), m_state(*context.m_state), m_connection(*m_state.connection), m_log(m_connection)
 { }
 
 Result<SaveReport> ContextSaver::save()
@@ -19,8 +19,14 @@ Result<SaveReport> ContextSaver::save()
         if (!object->m_deleted)
             object->willSave();
     }
+    m_objects = m_state.allChanged();
     if (!m_context.hasChanges())
         return adopt();
+    if (m_connection.hasMoved())
+        return Failure({"ObjectStoreErrorDomain", static_cast<int>(StoreErrorCode::Moved),
+            "The file of the task store was moved, replaced or deleted while it was open. Your changes are kept in the "
+            "program.",
+            m_context.store().file().string()});
     try {
         try {
             WriteTransaction transaction(m_connection);
@@ -41,9 +47,9 @@ Result<SaveReport> ContextSaver::save()
 void ContextSaver::write()
 {
     static thread_local std::mt19937_64 random{std::random_device{}()};
-    m_save = std::stoll("0" + storeValue(m_connection, "save")) + 1;
+    m_save = m_log.lastSave() + 1;
     m_token = std::to_string(random());
-    for (ManagedObject *object : m_state.allChanged()) {
+    for (ManagedObject *object : m_objects) {
         if (object->m_inserted && !object->m_deleted)
             insert(*object);
         else if (object->m_deleted && !object->m_inserted)
@@ -52,8 +58,13 @@ void ContextSaver::write()
             update(*object);
     }
     writeJoins();
-    setStoreValue(m_connection, "save", std::to_string(m_save));
-    setStoreValue(m_connection, "savedBy", m_token);
+    for (const auto &[group, keys] : m_written)
+        m_log.append(m_save, m_token, *group.first, group.second, keys);
+}
+
+void ContextSaver::note(const ManagedObject &object, SaveLog::Kind kind)
+{
+    m_written[{object.m_id.entity, kind}].push_back(object.m_id.key);
 }
 
 void ContextSaver::insert(ManagedObject &object)
@@ -71,6 +82,7 @@ void ContextSaver::insert(ManagedObject &object)
     for (const Property *column : columns)
         statement.bind(object.value(*column));
     statement.run();
+    note(object, SaveLog::Kind::Inserted);
 }
 
 void ContextSaver::update(ManagedObject &object)
@@ -80,16 +92,21 @@ void ContextSaver::update(ManagedObject &object)
         slots.push_back(slot);
     std::sort(slots.begin(), slots.end());
     // a row whose links alone changed is still written, so that other contexts see its number of save change
-    if (!writeColumns(object, slots, object.m_row ? object.m_row->save() : 0))
-        resolve(object);
+    if (writeColumns(object, slots, object.m_row ? object.m_row->save() : 0) || resolve(object))
+        note(object, SaveLog::Kind::Updated);
 }
 
 bool ContextSaver::writeColumns(ManagedObject &object, const std::vector<int> &slots, std::int64_t expectedSave)
 {
-    std::string sql = "UPDATE " + identifier(object.entity().name()) + " SET _save = ?";
-    for (const int slot : slots)
-        sql += ", " + identifier(object.entity().columns()[static_cast<std::size_t>(slot)]->name) + " = ?";
-    Statement statement = m_connection.prepare(sql + " WHERE _key = ? AND _save = ?");
+    if (m_updateEntity != &object.entity() || m_updateSlots != slots) { // many in a row change the same
+        m_updateEntity = &object.entity();
+        m_updateSlots = slots;
+        m_updateSql = "UPDATE " + identifier(object.entity().name()) + " SET _save = ?";
+        for (const int slot : slots)
+            m_updateSql += ", " + identifier(object.entity().columns()[static_cast<std::size_t>(slot)]->name) + " = ?";
+        m_updateSql += " WHERE _key = ? AND _save = ?";
+    }
+    Statement statement = m_connection.prepare(m_updateSql);
     statement.bind(m_save);
     for (const int slot : slots)
         statement.bind(view(*object.unsavedValue(slot)));
@@ -98,7 +115,8 @@ bool ContextSaver::writeColumns(ManagedObject &object, const std::vector<int> &s
 }
 
 /// The row was changed by another writer since it was read: the merge policy decides what becomes of our values.
-void ContextSaver::resolve(ManagedObject &object)
+/// Whether some of them were written.
+bool ContextSaver::resolve(ManagedObject &object)
 {
     Conflict conflict{&object, {}, {}};
     {
@@ -118,9 +136,10 @@ void ContextSaver::resolve(ManagedObject &object)
             kept.push_back(slot);
     }
     std::sort(kept.begin(), kept.end());
-    if (conflict.storeRow && (!kept.empty() || !object.m_unsaved->members.empty()))
-        writeColumns(object, kept, conflict.storeRow->save());
+    const bool written = conflict.storeRow && (!kept.empty() || !object.m_unsaved->members.empty())
+        && writeColumns(object, kept, conflict.storeRow->save());
     m_conflicts.push_back(std::move(conflict));
+    return written;
 }
 
 void ContextSaver::remove(ManagedObject &object)
@@ -134,6 +153,7 @@ void ContextSaver::remove(ManagedObject &object)
             "DELETE FROM " + identifier(relationship->joinTable) + " WHERE " + relationship->joinOwner + " = ?");
         links.bind(object.m_id.key).run();
     }
+    note(object, SaveLog::Kind::Deleted);
 }
 
 void ContextSaver::writeJoins()
@@ -152,7 +172,7 @@ bool ContextSaver::wasCommitted()
 {
     if (m_token.empty() || !sqlite3_get_autocommit(m_connection.handle()))
         return false;
-    return storeValue(m_connection, "savedBy") == m_token;
+    return m_log.holds(m_save, m_token);
 }
 
 /// Makes the objects in memory what the store now holds.
@@ -175,7 +195,7 @@ SaveReport ContextSaver::adopt()
         object.m_deleted = !conflict.storeRow;
         m_state.pendingUpdated.insert(&object);
     }
-    for (ManagedObject *object : m_state.allChanged()) {
+    for (ManagedObject *object : m_objects) {
         if (object->m_deleted) {
             if (!object->m_inserted)
                 report.changes.deleted.push_back(object->m_id);
@@ -186,18 +206,27 @@ SaveReport ContextSaver::adopt()
             continue;
         (object->m_inserted ? report.changes.inserted : report.changes.updated).push_back(object->m_id);
         if (object->m_inserted || !object->m_unsaved->values.empty() || !object->m_unsaved->members.empty()) {
-            m_builder.begin(static_cast<int>(object->entity().columns().size()), m_save);
-            for (const Property *column : object->entity().columns())
-                m_builder.add(object->value(*column));
+            m_builder.begin(m_save);
+            for (const Property *column : object->entity().columns()) {
+                if (const Value *unsaved = object->unsavedValue(column->slot); unsaved || !object->m_row)
+                    m_builder.add(unsaved ? view(*unsaved) : ValueView());
+                else
+                    m_builder.addFrom(*object->m_row, column->slot);
+            }
             object->m_row = m_builder.finish();
         }
         object->m_unsaved.reset();
+        object->m_stale = false;
         object->m_inserted = false;
     }
     for (auto &[table, changes] : m_state.joins)
         changes.clear();
     for (auto &set : m_state.changed)
-        set.clear();
+        set = {};
+    if (m_save == m_state.seenSave + 1)
+        m_state.seenSave = m_save;
+    else if (m_save > 0)
+        m_state.ownSaves.insert(m_save);
     if (!m_conflicts.empty())
         m_context.forgetMembers();
     m_context.processPendingChanges();

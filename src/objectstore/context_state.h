@@ -3,6 +3,7 @@
 
 #include "objectstore/connection.h"
 #include "objectstore/object_context.h"
+#include "objectstore/save_log.h"
 #include "objectstore/schema.h"
 
 #include <map>
@@ -48,7 +49,8 @@ struct ObjectContext::State {
     std::list<std::function<void(const ObjectsChange &)>> handlers;
     std::int64_t lastKey = 0;
     std::int64_t seenDataVersion = 0;
-    std::int64_t seenSave = 0;
+    std::int64_t seenSave = 0; ///< the last save up to which everything is known here
+    std::unordered_set<std::int64_t> ownSaves; ///< of this context, after that
     bool announcing = false;
 
     [[nodiscard]] ObjectSet &changedOf(const EntityDescription &entity)
@@ -81,10 +83,11 @@ private:
     void write();
     void insert(ManagedObject &object);
     void update(ManagedObject &object);
-    void resolve(ManagedObject &object);
+    [[nodiscard]] bool resolve(ManagedObject &object);
     bool writeColumns(ManagedObject &object, const std::vector<int> &slots, std::int64_t expectedSave);
     void remove(ManagedObject &object);
     void writeJoins();
+    void note(const ManagedObject &object, SaveLog::Kind kind);
     [[nodiscard]] bool wasCommitted();
     SaveReport adopt();
 
@@ -93,6 +96,12 @@ private:
     Connection &m_connection;
     std::int64_t m_save = 0;
     std::string m_token;
+    SaveLog m_log;
+    std::map<std::pair<const EntityDescription *, SaveLog::Kind>, std::vector<std::int64_t>> m_written;
+    std::vector<ManagedObject *> m_objects; ///< what is written, by entity and key
+    const EntityDescription *m_updateEntity = nullptr; ///< what `m_updateSql` updates
+    std::vector<int> m_updateSlots;
+    std::string m_updateSql;
     std::vector<Conflict> m_conflicts;
     RowBuilder m_builder;
 };

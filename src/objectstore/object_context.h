@@ -8,6 +8,7 @@
 #include <functional>
 #include <list>
 #include <memory>
+#include <optional>
 #include <set>
 #include <span>
 #include <unordered_map>
@@ -164,13 +165,18 @@ private:
 
     void load(const ManagedObject &fault) const;
     [[nodiscard]] ManagedObject &registered(const ObjectID &id);
+    [[nodiscard]] ManagedObject *known(const ObjectID &id) const;
     void noteChange(ManagedObject &object);
     void changeMembers(ManagedObject &owner, const Property &relationship, ManagedObject &member, bool add);
+    [[nodiscard]] std::optional<bool> isLinked(
+        const ManagedObject &owner, const Property &relationship, const ManagedObject &member);
     [[nodiscard]] std::vector<ManagedObject *> readMembers(const ManagedObject &owner, const Property &relationship);
     void revive(ManagedObject &object);
     void markDeleted(ManagedObject &object);
     void applyDeleteRules(ManagedObject &object);
     void forgetMembers();
+    [[nodiscard]] std::optional<ChangeSet> loggedChanges() const;
+    [[nodiscard]] ChangeSet comparedChanges() const;
 
     Store &m_store;
     MergePolicy m_policy;

@@ -3,10 +3,13 @@
 
 #include "objectstore/connection.h"
 #include "objectstore/schema.h"
+#include "objectstore/store_care.h"
 
 #include <SQLiteCpp/Exception.h>
 #include <charconv>
 #include <random>
+#include <set>
+#include <unistd.h>
 
 namespace objectstore {
 
@@ -44,7 +47,7 @@ void switchToWriteAheadLog(Connection &connection)
             connection.execute("PRAGMA journal_mode=WAL");
             return;
         } catch (const SQLite::Exception &exception) {
-            if (exception.getErrorCode() != SQLITE_BUSY || attempt == 50)
+            if (primaryCode(exception) != SQLITE_BUSY || attempt == 50)
                 throw;
             sqlite3_sleep(20);
         }
@@ -57,16 +60,26 @@ bool isEmptyFile(Connection &connection)
     return statement.step() && statement.integer(0) == 0;
 }
 
-/// Triggers, views and tables of unknown make do not come from this program; a store that has some is not believed.
-bool hasForeignSchema(Connection &connection)
+/// Triggers, views, tables and indexes of unknown make do not come from this program; a store that has some is not
+/// believed. Tables of an older model may since have gone from it.
+bool hasForeignSchema(Connection &connection, const ObjectModel &model)
 {
-    Statement statement = connection.prepare("SELECT count(*) FROM sqlite_schema WHERE type NOT IN ('table', 'index')");
-    return statement.step() && statement.integer(0) != 0;
+    const std::set<std::string> known = schemaNames(model);
+    const bool older = pragma(connection, "user_version") < model.version();
+    Statement statement
+        = connection.prepare("SELECT name, type FROM sqlite_schema WHERE name NOT LIKE 'sqlite\\_%' ESCAPE '\\'");
+    while (statement.step()) {
+        const std::string type = statement.text(1);
+        const bool data = type == "table" || type == "index";
+        if (!data || (!older && !known.contains(statement.text(0))))
+            return true;
+    }
+    return false;
 }
 
-foundation::Error refusal(StoreErrorCode code, std::string sentence)
+foundation::Error refusal(StoreErrorCode code, std::string sentence, std::string detail = {})
 {
-    return {"ObjectStoreErrorDomain", static_cast<int>(code), std::move(sentence), {}};
+    return {"ObjectStoreErrorDomain", static_cast<int>(code), std::move(sentence), std::move(detail)};
 }
 
 } // namespace
@@ -77,15 +90,40 @@ Store::Store(const ObjectModel &model, std::filesystem::path file, const foundat
 
 Store::~Store() = default;
 
+/// Opens the file for the first time. A file that may be read only, in a folder where SQLite can make none of its side
+/// files, is read as it lies there, unless one of them holds what was saved last.
+std::unique_ptr<Connection> Store::openFile()
+{
+    std::unique_ptr<Connection> connection;
+    try {
+        connection = std::make_unique<Connection>(m_file, m_vfs, Connection::Mode::Create);
+        (void)pragma(*connection, "schema_version"); // reads the file for the first time
+    } catch (const SQLite::Exception &exception) {
+        std::error_code none;
+        const auto log = std::filesystem::file_size(m_file.string() + "-wal", none);
+        const bool nothingLogged = static_cast<bool>(none) || log == 0;
+        const int code = primaryCode(exception);
+        if ((code != SQLITE_CANTOPEN && code != SQLITE_READONLY) || !nothingLogged
+            || ::access(m_file.c_str(), R_OK) != 0)
+            throw;
+        m_immutable = true;
+        connection = std::make_unique<Connection>(m_file, m_vfs, Connection::Mode::Immutable);
+    }
+    if (connection->isReadOnly())
+        m_notice = "The store \"" + m_file.filename().string() + "\" can be read but not changed.";
+    return connection;
+}
+
 Result<std::unique_ptr<Store>> Store::open(
     const ObjectModel &model, const std::filesystem::path &file, const foundation::Clock &clock, std::string vfs)
 {
     std::unique_ptr<Store> store(new Store(model, file, clock, std::move(vfs)));
     const std::string name = file.filename().string();
     try {
-        Connection connection(file, store->m_vfs, true);
+        store->m_first = store->openFile();
+        Connection &connection = *store->m_first;
         const bool fresh = isEmptyFile(connection);
-        if (!fresh && (pragma(connection, "application_id") != applicationId || hasForeignSchema(connection)))
+        if (!fresh && (pragma(connection, "application_id") != applicationId || hasForeignSchema(connection, model)))
             return Failure(refusal(StoreErrorCode::Damaged, "The file \"" + name + "\" is not a task store."));
         if (pragma(connection, "user_version") > model.version())
             return Failure(refusal(StoreErrorCode::NewerSchema,
@@ -94,20 +132,21 @@ Result<std::unique_ptr<Store>> Store::open(
             switchToWriteAheadLog(connection);
         if (fresh || pragma(connection, "user_version") < model.version()) {
             if (!fresh) // an older store is migrated in place; its last state stays beside it
-                connection.execute(
-                    "VACUUM INTO '" + file.string() + ".before-" + std::to_string(model.version()) + "'");
+                copyDatabase(connection, file.string() + ".before-" + std::to_string(model.version()));
             WriteTransaction transaction(connection);
             createSchema(connection, model);
             if (storeValue(connection, "uuid").empty()) {
                 connection.execute("PRAGMA application_id=" + std::to_string(applicationId));
                 setStoreValue(connection, "uuid", newUuid());
-                setStoreValue(connection, "save", "0");
             }
             transaction.commit();
         }
         store->m_uuid = storeValue(connection, "uuid");
+    } catch (const std::filesystem::filesystem_error &error) {
+        return Failure(
+            refusal(StoreErrorCode::CannotOpen, "The store \"" + name + "\" could not be opened.", error.what()));
     } catch (const SQLite::Exception &exception) {
-        const bool damaged = exception.getErrorCode() == SQLITE_NOTADB || exception.getErrorCode() == SQLITE_CORRUPT;
+        const bool damaged = primaryCode(exception) == SQLITE_NOTADB || primaryCode(exception) == SQLITE_CORRUPT;
         return Failure(storeError(damaged ? StoreErrorCode::Damaged : StoreErrorCode::CannotOpen,
             damaged ? "The store \"" + name + "\" is damaged. It was left as it is."
                     : "The store \"" + name + "\" could not be opened.",
@@ -140,8 +179,14 @@ ObjectID Store::objectID(std::string_view uri) const
 
 Result<std::unique_ptr<Connection>> Store::connect() const
 {
+    {
+        const std::scoped_lock lock(m_mutex);
+        if (m_first)
+            return std::move(m_first);
+    }
     try {
-        return std::make_unique<Connection>(m_file, m_vfs, false);
+        return std::make_unique<Connection>(
+            m_file, m_vfs, m_immutable ? Connection::Mode::Immutable : Connection::Mode::Existing);
     } catch (const SQLite::Exception &exception) {
         return Failure(storeError(StoreErrorCode::CannotOpen,
             "The store \"" + m_file.filename().string() + "\" could not be opened.", exception));

@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <string>
 
 namespace objectstore {
@@ -20,6 +21,8 @@ enum class StoreErrorCode {
     NewerSchema, ///< a later version of the program wrote it; it is left as it is
     Unreadable, ///< a read failed
     NotSaved, ///< a save failed and wrote nothing
+    Moved, ///< the file was moved, replaced or deleted while it was open
+    InUse, ///< another window has the store open
     BadRequest, ///< a fetch names what the model does not have
 };
 
@@ -38,15 +41,19 @@ public:
     /// The store's own identity, made when the file was created.
     [[nodiscard]] const std::string &uuid() const { return m_uuid; }
 
+    /// Where the store can be read and not be written, a sentence that says so; else empty.
+    [[nodiscard]] const std::string &notice() const { return m_notice; }
+
     /// "x-objectstore://UUID/Entity/key"
     [[nodiscard]] std::string uri(const ObjectID &id) const;
     /// The id that `uri` names, or an empty one when the text is no URI of this store.
     [[nodiscard]] ObjectID objectID(std::string_view uri) const;
 
-    /// A new connection of its own for one context.
+    /// A connection of its own for one context.
     [[nodiscard]] foundation::Result<std::unique_ptr<Connection>> connect() const;
 
 private:
+    [[nodiscard]] std::unique_ptr<Connection> openFile();
     Store(const ObjectModel &model, std::filesystem::path file, const foundation::Clock &clock, std::string vfs);
 
     const ObjectModel &m_model;
@@ -54,6 +61,10 @@ private:
     const foundation::Clock &m_clock;
     std::string m_vfs;
     std::string m_uuid;
+    std::string m_notice;
+    bool m_immutable = false;
+    mutable std::mutex m_mutex;
+    mutable std::unique_ptr<Connection> m_first; ///< what the store was opened with, until a context takes it over
 };
 
 } // namespace objectstore

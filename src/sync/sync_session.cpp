@@ -38,6 +38,17 @@ TDError SyncSession::failureOf(const TDError &error, std::string_view title) con
     return failure;
 }
 
+std::int64_t SyncSession::contextByTitle(std::string_view title) const
+{
+    // One that was renamed here goes by its old name there.
+    if (isGuarding() && listedContexts) {
+        const auto listed = listedContexts->find(title);
+        return listed == listedContexts->end() ? 0 : listed->second;
+    }
+    const model::Contexts *context = m_records.getContextByTitle(title);
+    return context ? context->contextID() : 0;
+}
+
 bool SyncSession::acceptList(bool hasList, const TDError &error)
 {
     const bool refused = isGuarding() && m_parts.client.lastReplyWasRefused();
