@@ -12,6 +12,7 @@
 #include <QMainWindow>
 #include <QSplitter>
 #include <QStackedWidget>
+#include <QTimer>
 #include <QToolButton>
 
 namespace views {
@@ -87,6 +88,7 @@ private:
     void search(const QString &text);
     void endSearch();
     void showSyncing(bool isSyncing);
+    void rotateSyncButton();
     void restoreGeometryAndState();
     void saveGeometryAndState();
 
@@ -97,6 +99,8 @@ private:
     viewcontrollers::MainMenuController m_listCommands;
     CommandSet m_commandSet;
     Shown m_shown = Shown::Source;
+    QTimer m_rotationTimer;
+    int m_syncAngle = 0;
 
     QSplitter *m_splitter = nullptr;
     QLineEdit *m_searchField = nullptr;

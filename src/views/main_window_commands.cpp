@@ -3,6 +3,7 @@
 #include "app/text.h"
 #include "model/settings_defaults.h"
 #include "views/detail_pane.h"
+#include "views/icons.h"
 #include "views/main_window.h"
 #include "views/management_window.h"
 #include "views/preferences_window.h"
@@ -11,11 +12,13 @@
 #include "views/tag_browser.h"
 #include "views/task_drop_zone.h"
 #include "views/tasks_table_view.h"
+#include "views/theme.h"
 #include "views/tip_view.h"
 
 #include <QKeyEvent>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPainter>
 #include <QTimer>
 
 namespace views {
@@ -90,6 +93,8 @@ void MainWindow::connectParts()
     connect(m_table, &TasksTableView::selectionMoved, this, &MainWindow::showSelectedTasks);
     connect(m_table, &TasksTableView::completeToggled, &m_commands, &TaskCommands::setComplete);
     connect(m_table, &TasksTableView::starToggled, &m_commands, &TaskCommands::setStar);
+    m_rotationTimer.setInterval(50);
+    connect(&m_rotationTimer, &QTimer::timeout, this, &MainWindow::rotateSyncButton);
     connect(&m_delegate, &TMApplicationDelegate::statusTextChanged, this, &MainWindow::updateStatusLine);
     connect(&m_delegate, &TMApplicationDelegate::syncDidBegin, this, [this] { showSyncing(true); });
     connect(&m_delegate, &TMApplicationDelegate::syncDidEnd, this, [this] { showSyncing(false); });
@@ -375,9 +380,36 @@ bool MainWindow::eventFilter(QObject *watched, QEvent *event)
 
 void MainWindow::showSyncing(bool isSyncing)
 {
-    action(Command::Sync)->setEnabled(!isSyncing);
     action(Command::Sync)->setToolTip(isSyncing ? QString() : tr("Sync with Toodledo"));
+    m_syncAngle = 0;
+    if (isSyncing)
+        m_rotationTimer.start();
+    else
+        m_rotationTimer.stop();
+    rotateSyncButton();
     updateStatusLine();
+}
+
+/// Turns the button's arrows a step further while a synchronisation runs.
+void MainWindow::rotateSyncButton()
+{
+    constexpr int step = 15;
+    if (!m_rotationTimer.isActive()) {
+        action(Command::Sync)->setIcon(icon(QStringLiteral("sync")));
+        return;
+    }
+    m_syncAngle = (m_syncAngle + step) % 360;
+    const QPixmap upright = iconPixmap(QStringLiteral("sync"), Theme::current().accent, 20, devicePixelRatioF());
+    QPixmap turned(upright.size());
+    turned.setDevicePixelRatio(upright.devicePixelRatio());
+    turned.fill(Qt::transparent);
+    QPainter painter(&turned);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.translate(10, 10);
+    painter.rotate(m_syncAngle);
+    painter.drawPixmap(-10, -10, upright);
+    painter.end();
+    action(Command::Sync)->setIcon(turned);
 }
 
 } // namespace views
