@@ -32,6 +32,12 @@ double secondsFor(const std::function<void()> &work)
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
+double secondsSinceStart()
+{
+    static const auto start = std::chrono::steady_clock::now();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
 double processorSecondsFor(const std::function<void()> &work)
 {
     const double start = processorSeconds();

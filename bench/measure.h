@@ -9,6 +9,9 @@ namespace bench {
 /// Seconds that `work` takes on the wall clock.
 [[nodiscard]] double secondsFor(const std::function<void()> &work);
 
+/// Seconds since the program started, for telling the steps of a long piece of work apart.
+[[nodiscard]] double secondsSinceStart();
+
 /// Seconds that this thread computes for `work`. What waits for a disk is measured by the clock, all else by these, so
 /// that other programs matter less.
 [[nodiscard]] double processorSecondsFor(const std::function<void()> &work);

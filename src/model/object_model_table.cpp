@@ -138,8 +138,8 @@ EntitySchema tasks()
         {"taskID"},
         {"deleteOnSync", "markedDeleted"},
         {"isNew", "deleteOnSync"},
-        {"startDate"},
-        {"dueDate"},
+        {"startDate", "complete"}, // so that a completed task is passed over without reading its row
+        {"dueDate", "complete"},
         {"isCurrentLocation"},
     };
     return entity;
@@ -261,14 +261,16 @@ std::vector<EntitySchema> entitiesOfTheFileOnly()
     };
 }
 
-/// What synchronisation notes for itself, so that notes and records are saved together: entries of several kinds, each
-/// under a key of its kind.
+/// What synchronisation notes for itself, so that notes and records are saved together: for each record what the
+/// service last had of it, and under a kind of its own what is known of the account.
 EntitySchema syncLedgerEntry()
 {
     return {
         .name = "SyncLedgerEntry",
-        .properties = {text("kind"), text("key"), date("date"), text("content")},
-        .indexes = {{"kind", "key"}},
+        .properties = {integer("kind"), integer("record"), integer("serverContent"), integer("localContent"),
+            integer("sentContent"), date("serverDate"), integer("replacedContent"), date("replacedDate"), date("date"),
+            text("account")},
+        .indexes = {},
         .make = {},
     };
 }

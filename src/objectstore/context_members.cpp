@@ -118,7 +118,7 @@ std::vector<ManagedObject *> ObjectContext::readMembers(const ManagedObject &own
     members.reserve(keys.size());
     for (const std::int64_t key : keys) {
         ManagedObject *member = object({relationship.destination, key});
-        if (!member->m_deleted)
+        if (member && !member->m_deleted) // a damaged store may link a record that has no key
             members.push_back(member);
     }
     return members;

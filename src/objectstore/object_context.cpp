@@ -23,7 +23,7 @@ std::int64_t nextKey(std::int64_t last, const foundation::Clock &clock)
     static thread_local std::mt19937 random{std::random_device{}()};
     const auto milliseconds
         = std::max<std::int64_t>(static_cast<std::int64_t>((clock.now().seconds - epoch) * 1000), 1);
-    return last >> 20 >= milliseconds ? last + 1 : (milliseconds << 20) | (random() & 0x7ffff);
+    return last >> 20 >= milliseconds ? last + 1 : (milliseconds << 20) | static_cast<std::int64_t>(random() & 0x7ffff);
 }
 
 RowPointer defaultRow(const EntityDescription &entity)
@@ -91,7 +91,7 @@ ManagedObject &ObjectContext::registered(const ObjectID &id)
     return *kept;
 }
 
-ManagedObject &ObjectContext::insert(std::string_view entityName)
+ManagedObject &ObjectContext::insert(std::string_view entityName, Awakening awakening)
 {
     const EntityDescription *entity = m_store.model().entity(entityName);
     if (!entity)
@@ -104,7 +104,8 @@ ManagedObject &ObjectContext::insert(std::string_view entityName)
     m_state->pendingInserted.insert(&object);
     if (m_undo)
         m_undo->recordInsertion(object);
-    object.awakeFromInsert();
+    if (awakening == Awakening::FromInsert)
+        object.awakeFromInsert();
     return object;
 }
 

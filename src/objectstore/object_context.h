@@ -24,6 +24,9 @@ enum class MergePolicy {
     StoreTrump, ///< property by property: what the store changed stands, the rest is saved
 };
 
+/// Whether a new object gives itself the values that its class gives to new ones.
+enum class Awakening { FromInsert, None };
+
 /// One key to sort a fetch by. Text compares as the user's locale does, without regard to case, when `localized`.
 struct SortDescriptor {
     std::string key; ///< a key path through to-one relationships
@@ -109,8 +112,9 @@ public:
 
     [[nodiscard]] Store &store() const { return m_store; }
 
-    /// Makes a new object of the entity with the defaults of its model; `awakeFromInsert` runs before it returns.
-    ManagedObject &insert(std::string_view entity);
+    /// Makes a new object of the entity with the defaults of its model; `awakeFromInsert` runs before it returns,
+    /// unless the caller fills the object himself and says so.
+    ManagedObject &insert(std::string_view entity, Awakening awakening = Awakening::FromInsert);
     /// Deletes an object at the next save and applies the delete rules of its relationships now.
     void remove(ManagedObject &object);
 

@@ -49,7 +49,7 @@ public:
     /// The id that `uri` names, or an empty one when the text is no URI of this store.
     [[nodiscard]] ObjectID objectID(std::string_view uri) const;
 
-    /// A new connection of its own for one context.
+    /// A connection of its own for one context.
     [[nodiscard]] foundation::Result<std::unique_ptr<Connection>> connect() const;
 
 private:
@@ -61,10 +61,10 @@ private:
     const foundation::Clock &m_clock;
     std::string m_vfs;
     std::string m_uuid;
+    mutable std::mutex m_mutex;
+    mutable std::unique_ptr<Connection> m_first; ///< what opened the store; the first context takes it over
     std::string m_notice;
     bool m_immutable = false;
-    mutable std::mutex m_mutex;
-    mutable std::unique_ptr<Connection> m_first; ///< what the store was opened with, until a context takes it over
 };
 
 } // namespace objectstore

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace sync {
+namespace syncing {
 
 /// What is announced of a run, on the main thread.
 enum class SyncNotification {
@@ -43,4 +43,4 @@ public:
     virtual void saveAction() = 0;
 };
 
-} // namespace sync
+} // namespace syncing

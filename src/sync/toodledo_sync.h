@@ -13,7 +13,7 @@
 #include <stop_token>
 #include <thread>
 
-namespace sync {
+namespace syncing {
 
 inline constexpr const char *syncErrorDomain = "SyncErrorDomain";
 
@@ -75,4 +75,4 @@ private:
     std::jthread m_thread; // last: joined before the rest goes
 };
 
-} // namespace sync
+} // namespace syncing

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <filesystem>
+#include <optional>
+
+namespace foundation {
+
+/// Holds an exclusive lock on a file, against other programs and against other holders in this one, until it goes. The
+/// kernel drops the lock of a process that dies, so no stale lock ever needs clearing.
+class FileLock
+{
+public:
+    /// Takes the lock, making the file (mode 0600) where there is none; nothing when another holds it or the file
+    /// cannot be made. Does not wait.
+    [[nodiscard]] static std::optional<FileLock> tryLock(const std::filesystem::path &file);
+
+    FileLock(FileLock &&other) noexcept;
+    FileLock &operator=(FileLock &&) = delete;
+    ~FileLock();
+
+private:
+    explicit FileLock(int descriptor) : m_descriptor(descriptor) { }
+
+    int m_descriptor;
+};
+
+} // namespace foundation

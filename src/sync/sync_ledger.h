@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "foundation/error.h"
+#include "objectstore/object_context.h"
+#include "sync/task_content.h"
+
+#include <array>
+#include <optional>
+#include <string>
+#include <unordered_map>
+
+namespace syncing {
+
+/// Which side has changed a record since both agreed.
+enum class Change {
+    Unknown, ///< nothing is noted of the record: the dates decide
+    None,
+    Server,
+    Local,
+    Both,
+    OldList ///< the service's version is the very one that was superseded: the list comes out of some cache
+};
+
+/// One version of a record as the service has it.
+struct ServerVersion {
+    ContentMark content = 0;
+    std::optional<foundation::Instant> date = {}; ///< its modification, where a list told it
+};
+
+/// Notes, for each record, what the service last had of it, what the record looked like here then, and what is on the
+/// way. So an edit stays to be sent until the service has confirmed it, whenever it was made; the echo of what was sent
+/// is no change of the service's; and a record whose "add" was never answered is known again when the service lists it.
+///
+/// The notes are records of the run's own context and are saved with the records that they are about. With the guards
+/// off nothing is noted, every answer is "unknown", and what was noted before is thrown away.
+class SyncLedger
+{
+public:
+    /// `moc` must outlive the ledger.
+    SyncLedger(objectstore::ObjectContext &moc, bool isGuarding);
+
+    /// Reads the notes. Called once, first.
+    [[nodiscard]] foundation::Result<void> load();
+
+    [[nodiscard]] bool isGuarding() const { return m_isGuarding; }
+
+    /// Who has changed `record`, which is now `server` there and has the content `local` here.
+    [[nodiscard]] Change compare(
+        const objectstore::ManagedObject &record, const ServerVersion &server, ContentMark local) const;
+    /// Whether the record, whose content is now `local`, is another than when both agreed.
+    [[nodiscard]] bool isChangedHere(const objectstore::ManagedObject &record, ContentMark local) const;
+    /// Whether just this content was being sent when the answer got lost.
+    [[nodiscard]] bool isUnanswered(const objectstore::ManagedObject &record, ContentMark content) const;
+    /// Whether the service has ever had the record.
+    [[nodiscard]] bool isKnown(const objectstore::ManagedObject &record) const;
+
+    /// Both sides agree: the service has `server`, and `local` is what it amounts to here.
+    void agree(const objectstore::ManagedObject &record, const ServerVersion &server, ContentMark local);
+    /// A list told when the version that is known was made.
+    void noteDate(const objectstore::ManagedObject &record, const ServerVersion &listed);
+    /// The record has changed in the same way on both sides: `difference` is added to what is noted of either.
+    void shift(const objectstore::ManagedObject &record, ContentMark difference);
+    /// `content` is about to be sent. To be saved before it is.
+    void beginSending(const objectstore::ManagedObject &record, ContentMark content);
+
+    /// A record of the kind of `entity` that was being sent when the answer got lost, with just this content, and that
+    /// has no id yet; each is given out once.
+    [[nodiscard]] objectstore::ObjectID takeUnanswered(std::string_view entity, ContentMark content);
+
+    void forget(const objectstore::ManagedObject &record);
+    void forgetAll();
+
+    /// The service's id of the user that the notes are about; empty before the first run.
+    [[nodiscard]] const std::string &account() const { return m_account; }
+    /// When the last run ended; a settings file that tells another date is not the one that belongs to this store.
+    [[nodiscard]] const std::optional<foundation::Instant> &date() const { return m_date; }
+    void setAccount(std::string account);
+    void setDate(foundation::Instant date);
+
+private:
+    struct Entry {
+        std::int64_t key = 0; ///< of the note
+        std::optional<ContentMark> server;
+        std::optional<foundation::Instant> serverDate;
+        std::optional<ContentMark> local;
+        std::optional<ContentMark> sent;
+        std::optional<ContentMark> replaced; ///< what the service had before `server`
+        std::optional<foundation::Instant> replacedDate;
+    };
+    using Entries = std::unordered_map<std::int64_t, Entry>; ///< by the key of the record
+
+    [[nodiscard]] Entries *entriesOf(const objectstore::ManagedObject &record);
+    [[nodiscard]] const Entry *find(const objectstore::ManagedObject &record) const;
+    [[nodiscard]] objectstore::ManagedObject &note(std::int64_t &key, std::int64_t kind, std::int64_t record);
+    void write(const objectstore::ManagedObject &record, Entry &entry);
+    void removeNote(std::int64_t key);
+    void indexUnanswered();
+
+    objectstore::ObjectContext &m_moc;
+    const objectstore::EntityDescription &m_entity;
+    bool m_isGuarding;
+    std::array<Entries, 3> m_entries; ///< of tasks, folders, contexts
+    std::array<std::unordered_multimap<ContentMark, std::int64_t>, 3> m_unanswered; ///< keys of records
+    bool m_unansweredIndexed = false;
+    std::int64_t m_accountNote = 0;
+    std::string m_account;
+    std::optional<foundation::Instant> m_date;
+};
+
+} // namespace syncing

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "model/entities.h"
+#include "objectstore/object_context.h"
+
+#include <unordered_map>
+
+namespace syncing {
+
+/// The tasks of a context by the id that the service knows them by, read once instead of asked for one by one.
+/// Belongs to the context's thread.
+class TaskIndex
+{
+public:
+    /// Reads the ids, the context's unsaved changes included. `moc` must outlive the index.
+    [[nodiscard]] static foundation::Result<TaskIndex> read(objectstore::ObjectContext &moc);
+
+    /// The first, or the last, of the tasks with this id in the order of insertion; null when there is none.
+    [[nodiscard]] model::Tasks *first(std::int64_t taskID) const { return find(taskID, false); }
+    [[nodiscard]] model::Tasks *last(std::int64_t taskID) const { return find(taskID, true); }
+
+    [[nodiscard]] std::size_t size() const { return m_keys.size(); }
+    /// Adds a task that has just got its id.
+    void add(const model::Tasks &task);
+
+private:
+    struct Keys {
+        std::int64_t first = 0;
+        std::int64_t last = 0;
+    };
+
+    explicit TaskIndex(objectstore::ObjectContext &moc) : m_moc(moc) { }
+    [[nodiscard]] model::Tasks *find(std::int64_t taskID, bool last) const;
+    void add(std::int64_t taskID, std::int64_t key);
+
+    objectstore::ObjectContext &m_moc;
+    std::unordered_map<std::int64_t, Keys> m_keys;
+};
+
+} // namespace syncing

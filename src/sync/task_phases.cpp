@@ -1,0 +1,418 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "sync/task_phases.h"
+
+#include "foundation/log.h"
+#include "model/task_queries.h"
+#include "toodledo/td_text.h"
+
+#include <algorithm>
+#include <map>
+#include <span>
+
+namespace syncing {
+
+using model::Tasks;
+using objectstore::ManagedObject;
+using toodledo::GtdTask;
+using toodledo::isServiceId;
+using toodledo::TDError;
+
+namespace {
+
+/// As many sends are marked by one save; so a crash leaves at most so many that the next list has to explain.
+constexpr std::size_t sendBatch = 32;
+
+template <class Item> std::vector<std::span<Item>> inBatches(std::vector<Item> &items)
+{
+    std::vector<std::span<Item>> batches;
+    for (std::size_t from = 0; from < items.size(); from += sendBatch)
+        batches.push_back(std::span(items).subspan(from, std::min(sendBatch, items.size() - from)));
+    return batches;
+}
+
+/// What does not travel from here keeps the value that it has there, since an edit sends every field.
+void keepWhatIsNotCarried(GtdTask &sent, const GtdTask &listed)
+{
+    sent.goal = listed.goal;
+    sent.reminder = listed.reminder;
+    sent.repeat = listed.repeat;
+    sent.repeatAdvanced = listed.repeatAdvanced;
+}
+
+} // namespace
+
+bool TaskPhases::getTasks()
+{
+    TDError error;
+    auto listed = m_session.client().getTasks(&error);
+    m_isListed = m_session.acceptList(listed.has_value(), error);
+    if (listed && (m_isListed || !m_session.isGuarding()))
+        m_tdTasks = std::move(*listed);
+    if (m_session.isGuarding()) {
+        std::erase_if(m_tdTasks, [](const GtdTask &task) { return !isServiceId(task.taskId); });
+        for (const GtdTask &task : m_tdTasks)
+            m_listedIds.insert(task.taskId);
+    }
+    return m_isListed;
+}
+
+std::optional<TaskIndex> TaskPhases::index()
+{
+    auto index = TaskIndex::read(m_session.moc());
+    if (index)
+        return std::move(*index);
+    m_session.present(index.error());
+    return std::nullopt;
+}
+
+/// The task as it is sent. With the guards on, an id that is not the service's stays at home.
+GtdTask TaskPhases::asSent(const Tasks &task) const
+{
+    GtdTask sent = TaskMapping::copyLocalTaskToToodledoTask(task, m_session.now());
+    if (!m_session.isGuarding())
+        return sent;
+    for (std::int64_t *id : {&sent.folder, &sent.context, &sent.parentId}) {
+        if (!isServiceId(*id))
+            *id = 0;
+    }
+    return sent;
+}
+
+/// What the service has of a task after it was added: the method takes no length.
+GtdTask TaskPhases::asAdded(GtdTask task)
+{
+    task.length = 0;
+    return task;
+}
+
+TaskPhases::Winner TaskPhases::whoWins(const GtdTask &listed, const Tasks &task, ContentMark server, ContentMark local)
+{
+    const ServerVersion version{server, listed.modifiedDate};
+    switch (m_session.ledger().compare(task, version, local)) {
+    case Change::OldList:
+        return Winner::None;
+    case Change::None:
+        m_session.ledger().agree(task, version, local);
+        return Winner::None;
+    case Change::Local:
+        m_session.ledger().noteDate(task, version);
+        return Winner::Local;
+    case Change::Server:
+        return Winner::Server;
+    case Change::Both:
+        foundation::logLine("The task " + m_session.moc().uri(task)
+            + " was changed here and at the service; the service's version was taken.");
+        return Winner::Server;
+    case Change::Unknown:
+        break;
+    }
+    if (listed.modifiedDate && m_session.isLater(m_session.client().serverDateAsLocal(*listed.modifiedDate), true))
+        return Winner::Server;
+    if (m_session.isLater(task.modifiedDate(), false))
+        return Winner::Local;
+    if (m_session.isGuarding() && server == local) {
+        m_session.ledger().agree(task, version, local);
+        return Winner::None;
+    }
+    return m_session.isGuarding() ? Winner::Local : Winner::None;
+}
+
+void TaskPhases::takeOver(const GtdTask &listed, Tasks &task, ContentMark server, TaskMapping &mapping)
+{
+    if (!m_session.isGuarding()) {
+        mapping.copyToodledoTaskToLocalTask(listed, task);
+        return;
+    }
+    mapping.copyWholeToodledoTaskToLocalTask(listed, task);
+    m_session.ledger().agree(task, {server, listed.modifiedDate}, contentOf(asSent(task)));
+}
+
+bool TaskPhases::synchEditedTasks()
+{
+    m_session.beginPhase();
+    const auto known = index();
+    if (!known)
+        return false;
+    TaskMapping mapping(m_session.records());
+    std::vector<Edit> edits;
+    for (const GtdTask &listed : m_tdTasks) {
+        if (m_session.isOver())
+            return false;
+        Tasks *task = known->last(listed.taskId);
+        if (!task || task->deleteOnSync())
+            continue;
+        GtdTask sent = asSent(*task);
+        const ContentMark server = m_session.isGuarding() ? contentOf(listed) : 0;
+        const ContentMark local = m_session.isGuarding() ? contentOf(sent) : 0;
+        const Winner winner = whoWins(listed, *task, server, local);
+        if (winner == Winner::Server)
+            takeOver(listed, *task, server, mapping);
+        if (winner != Winner::Local)
+            continue;
+        if (m_session.isGuarding())
+            keepWhatIsNotCarried(sent, listed);
+        edits.push_back({task, std::move(sent), local});
+    }
+    return sendEdits(std::move(edits));
+}
+
+bool TaskPhases::sendEdits(std::vector<Edit> edits)
+{
+    for (const std::span<Edit> batch : inBatches(edits)) {
+        if (m_session.isGuarding()) {
+            for (const Edit &edit : batch)
+                m_session.ledger().beginSending(*edit.task, edit.content);
+            m_session.saveAction();
+        }
+        for (Edit &edit : batch) {
+            if (m_session.isOver())
+                return false;
+            sendEdit(edit);
+        }
+    }
+    return true;
+}
+
+void TaskPhases::sendEdit(Edit &edit)
+{
+    TDError error;
+    const bool succeeded = m_session.client().editTask(edit.sent, &error);
+    if (m_session.acceptItem(succeeded, error, edit.task->title()) == Sent::Confirmed)
+        m_session.ledger().agree(*edit.task, {edit.content}, edit.content);
+}
+
+bool TaskPhases::getNewTasks()
+{
+    m_session.beginPhase();
+    auto known = index();
+    if (!known)
+        return false;
+    TaskMapping mapping(m_session.records());
+    for (const GtdTask &listed : m_tdTasks) {
+        if (m_session.isOver())
+            break;
+        Tasks *task = known->first(listed.taskId);
+        if (!task && (task = adopt(listed)))
+            known->add(*task);
+        if (!task)
+            makeTask(listed, mapping);
+        else if (task->deleteOnSync())
+            deleteListed(listed, *task);
+    }
+    m_session.moc().processPendingChanges();
+    return m_session.saveAction();
+}
+
+/// The task that was being added when the answer got lost, if the listed one is it.
+Tasks *TaskPhases::adopt(const GtdTask &listed)
+{
+    const ContentMark content = contentOf(listed);
+    while (const objectstore::ObjectID id = m_session.ledger().takeUnanswered(Tasks::entityName, content)) {
+        auto *task = model::as<Tasks>(m_session.moc().existingObject(id));
+        if (!task || isServiceId(task->taskID()))
+            continue;
+        task->setTaskID(listed.taskId);
+        task->setIsNew(false);
+        m_session.ledger().agree(
+            *task, {content, listed.modifiedDate}, content); // an edit made since differs from that and is sent late
+        m_adopted.push_back(task);
+        return task;
+    }
+    return nullptr;
+}
+
+void TaskPhases::makeTask(const GtdTask &listed, TaskMapping &mapping)
+{
+    Tasks &made = mapping.getToodledoTaskAsLocalTask(listed);
+    made.setIsNew(false);
+    if (model::Folders *folder = mapping.folderOrInbox(listed.folder))
+        made.setRelated("folders", folder);
+    if (m_session.isGuarding())
+        m_session.ledger().agree(made, {contentOf(listed), listed.modifiedDate}, contentOf(asSent(made)));
+}
+
+bool TaskPhases::deleteListed(const GtdTask &listed, Tasks &task)
+{
+    if (deleteAtService(listed) != Sent::Confirmed)
+        return false;
+    remove(task);
+    return true;
+}
+
+bool TaskPhases::getDeletedTasks()
+{
+    TDError error;
+    auto deleted = m_session.client().getDeleted(&error);
+    if (!m_session.acceptList(deleted.has_value(), error))
+        return false;
+    const auto known = index();
+    if (!known)
+        return false;
+    std::unordered_set<Tasks *> gone;
+    std::size_t inSight = 0;
+    for (const GtdTask &record : *deleted) {
+        // an id that is listed as well is taken for alive: the next run will know
+        if (m_session.isGuarding() && (!isServiceId(record.taskId) || m_listedIds.contains(record.taskId)))
+            continue;
+        Tasks *task = known->last(record.taskId);
+        if (task && gone.insert(task).second)
+            inSight += task->deleteOnSync() ? 0 : 1;
+    }
+    if (m_session.isGuarding() && !m_session.allowsDeletions(inSight, known->size(), false, "tasks"))
+        return false;
+    for (Tasks *task : gone)
+        remove(*task);
+    return true;
+}
+
+bool TaskPhases::sendLateEdits()
+{
+    std::map<std::int64_t, Tasks *> changed; // by id
+    const auto consider = [&changed](Tasks *task) {
+        if (isServiceId(task->taskID()) && !task->deleteOnSync())
+            changed.emplace(task->taskID(), task);
+    };
+    std::ranges::for_each(m_adopted, consider);
+    for (ManagedObject *place : m_session.placesWithNewId) {
+        for (ManagedObject *task : place->objects("tasks"))
+            consider(model::as<Tasks>(task));
+    }
+    if (changed.empty())
+        return true;
+    std::vector<Edit> edits;
+    for (const GtdTask &listed : m_tdTasks) {
+        const auto found = changed.find(listed.taskId);
+        if (found == changed.end())
+            continue;
+        GtdTask sent = asSent(*found->second);
+        const ContentMark content = contentOf(sent);
+        if (!m_session.ledger().isChangedHere(*found->second, content))
+            continue;
+        keepWhatIsNotCarried(sent, listed);
+        edits.push_back({found->second, std::move(sent), content});
+    }
+    return sendEdits(std::move(edits));
+}
+
+bool TaskPhases::sendNewTasks()
+{
+    m_session.beginPhase();
+    const auto created = m_session.moc().fetch({.entity = "Tasks",
+        .predicate = objectstore::Predicate::format("(isNew==%@) && (deleteOnSync=NO)", {std::int64_t{1}}),
+        .sortDescriptors = {}});
+    if (!created) {
+        m_session.present(created.error());
+        return false;
+    }
+    std::vector<Edit> additions;
+    for (ManagedObject *object : *created) {
+        auto &task = *model::as<Tasks>(object);
+        GtdTask sent = asSent(task);
+        const ContentMark content = contentOf(asAdded(sent));
+        additions.push_back({&task, std::move(sent), content});
+    }
+    bool wentThrough = true;
+    for (const std::span<Edit> batch : inBatches(additions)) {
+        if (m_session.isGuarding()) {
+            for (const Edit &addition : batch)
+                m_session.ledger().beginSending(*addition.task, addition.content);
+            m_session.saveAction(); // with the ids of the batch before
+        }
+        for (Edit &addition : batch) {
+            if (m_session.isOver() || !wentThrough)
+                break;
+            wentThrough = sendNewTask(addition);
+        }
+        if (m_session.isOver() || !wentThrough)
+            break;
+    }
+    m_session.moc().processPendingChanges();
+    if (m_session.isGuarding())
+        m_session.saveAction();
+    return wentThrough && !m_session.isOver();
+}
+
+/// False when the phase has to end.
+bool TaskPhases::sendNewTask(Edit &added)
+{
+    Tasks &task = *added.task;
+    if (m_session.isGuarding() && m_listedIds.contains(task.taskID())) {
+        // marked as new although the service has it: sending it as a new one would double it
+        const ContentMark whole = contentOf(added.sent);
+        added.content = whole;
+        sendEdit(added);
+        if (m_session.ledger().compare(task, {whole}, whole) == Change::None)
+            task.setIsNew(false);
+        return true;
+    }
+    TDError error;
+    const std::int64_t id = m_session.client().addTask(added.sent, &error);
+    const Sent sent = m_session.acceptItem(id != -1, error, task.title());
+    if (!m_session.isGuarding()) {
+        if (error)
+            return false;
+        task.setTaskID(id);
+        task.setIsNew(false);
+        return true;
+    }
+    if (sent == Sent::Confirmed && isServiceId(id)) {
+        task.setTaskID(id);
+        task.setIsNew(false);
+        m_sentIds.insert(id);
+        m_session.ledger().agree(task, {added.content}, added.content);
+        if (added.sent.length != 0) {
+            added.sent.taskId = id;
+            added.content = contentOf(added.sent);
+            sendEdit(added);
+        }
+    }
+    return sent != Sent::Unreachable;
+}
+
+bool TaskPhases::sendDeletedTasks()
+{
+    m_session.beginPhase();
+    const auto deleted = m_session.moc().fetch(model::deletedTasks());
+    if (!deleted) {
+        m_session.present(deleted.error());
+        return false;
+    }
+    for (ManagedObject *object : *deleted) {
+        auto &task = *model::as<Tasks>(object);
+        if (m_session.isOver())
+            return false;
+        const GtdTask sent = asSent(task);
+        const bool isGone = m_session.isGuarding() && isGoneThere(sent.taskId);
+        const Sent answer = isGone ? Sent::Confirmed : deleteAtService(sent);
+        if (answer == Sent::Confirmed)
+            remove(task);
+        else if (!m_session.isGuarding())
+            return false;
+    }
+    return m_session.saveAction();
+}
+
+/// Whether the service has no such task, so that there is nothing to delete there.
+bool TaskPhases::isGoneThere(std::int64_t taskID) const
+{
+    return !isServiceId(taskID) || (m_isListed && !m_listedIds.contains(taskID) && !m_sentIds.contains(taskID));
+}
+
+Sent TaskPhases::deleteAtService(const GtdTask &task)
+{
+    TDError error;
+    GtdTask deleted = task;
+    if (m_session.isGuarding() && !deleted.title)
+        deleted.title.emplace(); // only the id is sent, but the operation wants a title
+    const bool succeeded = m_session.client().deleteTask(deleted, &error);
+    const Sent sent = m_session.acceptItem(succeeded, error, task.title.value_or(""));
+    return succeeded || m_session.isGuarding() ? sent : Sent::Refused;
+}
+
+void TaskPhases::remove(Tasks &task)
+{
+    m_session.ledger().forget(task);
+    m_session.moc().remove(task);
+}
+
+} // namespace syncing

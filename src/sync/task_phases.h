@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "sync/sync_session.h"
+#include "sync/task_index.h"
+#include "sync/task_mapping.h"
+
+#include <unordered_set>
+#include <vector>
+
+namespace syncing {
+
+/// The phases of a run that reconcile tasks. All of them work from one list of the service's tasks, which is fetched
+/// first; each returns whether it went through, and only the run decides what follows.
+class TaskPhases
+{
+public:
+    explicit TaskPhases(SyncSession &session) : m_session(session) { }
+
+    /// Fetches the list. What goes wrong is shown; without guards the run goes on with whatever came.
+    bool getTasks();
+    /// Exchanges what changed, in whichever direction it did; a task changed on both sides takes the service's version.
+    bool synchEditedTasks();
+    /// Makes a task here for each of the service's that is missing, and deletes there what is in the Trash here.
+    bool getNewTasks();
+    /// Deletes here what was deleted there.
+    bool getDeletedTasks();
+    /// Sends the tasks made here, which get their ids by it.
+    bool sendNewTasks();
+    /// Sends again what became different while the run went on: tasks whose folder or context has got its id since, and
+    /// those that were known again under another content.
+    bool sendLateEdits();
+    /// Deletes, there and then here, the tasks in the Trash.
+    bool sendDeletedTasks();
+
+private:
+    using GtdTask = toodledo::GtdTask;
+
+    struct Edit {
+        model::Tasks *task;
+        GtdTask sent;
+        ContentMark content;
+    };
+    enum class Winner { None, Server, Local };
+
+    [[nodiscard]] GtdTask asSent(const model::Tasks &task) const;
+    [[nodiscard]] static GtdTask asAdded(GtdTask task);
+    [[nodiscard]] Winner whoWins(
+        const GtdTask &listed, const model::Tasks &task, ContentMark server, ContentMark local);
+    void takeOver(const GtdTask &listed, model::Tasks &task, ContentMark server, TaskMapping &mapping);
+    [[nodiscard]] bool sendEdits(std::vector<Edit> edits);
+    void sendEdit(Edit &edit);
+    [[nodiscard]] model::Tasks *adopt(const GtdTask &listed);
+    void makeTask(const GtdTask &listed, TaskMapping &mapping);
+    bool deleteListed(const GtdTask &listed, model::Tasks &task);
+    [[nodiscard]] bool sendNewTask(Edit &added);
+    [[nodiscard]] bool isGoneThere(std::int64_t taskID) const;
+    [[nodiscard]] Sent deleteAtService(const GtdTask &task);
+    void remove(model::Tasks &task);
+    [[nodiscard]] std::optional<TaskIndex> index();
+
+    SyncSession &m_session;
+    std::vector<GtdTask> m_tdTasks;
+    bool m_isListed = false; ///< whether the list can be believed
+    std::unordered_set<std::int64_t> m_sentIds; ///< of tasks that the service has since the list was fetched
+    std::unordered_set<std::int64_t> m_listedIds;
+    std::vector<model::Tasks *> m_adopted;
+};
+
+} // namespace syncing
