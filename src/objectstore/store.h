@@ -63,8 +63,6 @@ private:
     std::string m_uuid;
     std::string m_notice;
     bool m_immutable = false;
-    mutable std::mutex m_mutex;
-    mutable std::unique_ptr<Connection> m_first; ///< what the store was opened with, until a context takes it over
 };
 
 } // namespace objectstore
