@@ -22,6 +22,13 @@ class Compiler
 public:
     Compiler(const EntityDescription &entity, SqlCondition &condition) : m_entity(entity), m_condition(condition) { }
 
+    std::string compileRoot(const PredicateNode &node, const std::string &alias)
+    {
+        m_narrow = isNarrow(node);
+        return compile(node, alias, false);
+    }
+
+private:
     std::string compile(const PredicateNode &node, const std::string &alias, bool strict)
     {
         switch (node.kind) {
@@ -40,12 +47,28 @@ public:
         return "0";
     }
 
-private:
+    /// Whether an index leads to the rows by the value of one column that is no flag, such as a folder's tasks.
+    [[nodiscard]] bool isNarrow(const PredicateNode &node) const
+    {
+        if (node.kind == PredicateNode::Kind::And)
+            return std::any_of(
+                node.children.begin(), node.children.end(), [this](const auto &child) { return isNarrow(*child); });
+        if (node.kind != PredicateNode::Kind::Comparison || node.test != Operator::Equal || !node.right.isConstant())
+            return false;
+        const Property *column = m_entity.property(node.left.name);
+        const auto &indexes = m_entity.indexes();
+        return node.left.kind == Expression::Kind::KeyPath && column
+            && !(column->isAttribute() && column->type == AttributeType::Boolean)
+            && std::any_of(
+                indexes.begin(), indexes.end(), [&](const auto &index) { return index.front() == column->name; });
+    }
+
     /// Most flags of most rows are off. SQLite takes any equality for a narrow choice and would walk through nearly the
     /// whole table by the flag's index; the sign in front of the column leaves the choice to the other conditions.
-    static bool isFlagThatIsOff(const PredicateNode &node, const ResolvedPath &left)
+    /// Where these are narrow, the flag may help them as a further column of their index.
+    [[nodiscard]] bool isFlagThatIsOff(const PredicateNode &node, const ResolvedPath &left) const
     {
-        if (node.test != Operator::Equal || left.steps.size() != 1 || !node.right.isConstant())
+        if (m_narrow || node.test != Operator::Equal || left.steps.size() != 1 || !node.right.isConstant())
             return false;
         const Property &property = *left.steps.front();
         return property.isAttribute() && property.type == AttributeType::Boolean
@@ -298,6 +321,7 @@ private:
     SqlCondition &m_condition;
     int m_aliases = 0;
     bool m_plainKeys = true;
+    bool m_narrow = false;
 };
 
 /// Whether SQLite's parser, which up to version 3.45 keeps at most a hundred things open, may give up on `sql`.
@@ -328,7 +352,7 @@ foundation::Result<SqlCondition> compileToSql(
 {
     SqlCondition condition;
     try {
-        condition.sql = Compiler(entity, condition).compile(predicate.root(), std::string(alias), false);
+        condition.sql = Compiler(entity, condition).compileRoot(predicate.root(), std::string(alias));
     } catch (const Refusal &refusal) {
         return foundation::Failure({"ObjectStoreErrorDomain", static_cast<int>(StoreErrorCode::BadRequest),
             refusal.sentence, predicate.text()});
