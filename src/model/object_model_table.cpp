@@ -268,7 +268,7 @@ EntitySchema syncLedgerEntry()
     return {
         .name = "SyncLedgerEntry",
         .properties = {integer("kind"), integer("record"), integer("serverContent"), integer("localContent"),
-            integer("sentContent"), date("serverDate"), integer("replacedContent"), date("replacedDate"), date("date"),
+            integer("sentContent"), date("serverDate"), integer("serverFolder"), integer("serverContext"), integer("replacedContent"), date("replacedDate"), date("date"),
             text("account")},
         .indexes = {},
         .make = {},

@@ -89,8 +89,10 @@ Contexts *ContextPhases::adoptableContext(const GtdContext &context)
         return nullptr;
     const auto contexts = localContexts().value_or(std::vector<Contexts *>());
     const auto found = std::ranges::find_if(contexts, [this, &context](const Contexts *local) {
-        return !isServiceId(local->contextID()) && !isDefault(*local) && local->title() == context.title.value_or("")
-            && (!local->markedForDeletion() || m_session.ledger().isUnanswered(*local, contentOf(context)));
+        if (isServiceId(local->contextID()) || isDefault(*local))
+            return false;
+        return m_session.ledger().isUnanswered(*local, contentOf(context))
+            || (local->title() == context.title.value_or("") && !local->markedForDeletion());
     });
     return found == contexts.end() ? nullptr : *found;
 }
@@ -242,11 +244,9 @@ bool ContextPhases::isListed(std::int64_t contextID) const
 void ContextPhases::remove(Contexts &context)
 {
     Contexts *none = m_session.records().getContextByTitle(noneTitle);
-    const ContentMark difference = leaving(Place::Context, context.contextID());
-    for (ManagedObject *task : std::vector<ManagedObject *>(context.tasks())) {
+    for (ManagedObject *task : std::vector<ManagedObject *>(context.tasks()))
         task->setRelated("contexts", none == &context ? nullptr : none);
-        m_session.ledger().shift(*task, difference); // the service takes them out of it too
-    }
+    m_session.ledger().placeIsGone(Place::Context, context.contextID());
     m_session.ledger().forget(context);
     m_session.moc().remove(context);
 }

@@ -91,9 +91,10 @@ Folders *FolderPhases::adoptableFolder(const GtdFolder &folder)
         return nullptr;
     const auto folders = localFolders().value_or(std::vector<Folders *>());
     const auto found = std::ranges::find_if(folders, [this, &folder](const Folders *local) {
-        return !m_session.listedFolders->contains(local->folderID()) && local->title() == folder.title.value_or("")
-            && local->title() != inboxTitle
-            && (!local->markedForDeletion() || m_session.ledger().isUnanswered(*local, contentOf(folder)));
+        if (m_session.listedFolders->contains(local->folderID()) || local->title() == inboxTitle)
+            return false;
+        return m_session.ledger().isUnanswered(*local, contentOf(folder))
+            || (local->title() == folder.title.value_or("") && !local->markedForDeletion());
     });
     return found == folders.end() ? nullptr : *found;
 }
@@ -124,12 +125,10 @@ bool FolderPhases::sendDeletedFolders()
         if (!deleteAtService(folder))
             continue;
         if (inbox && inbox != &folder) {
-            const ContentMark difference = leaving(Place::Folder, folder.folderID());
-            for (ManagedObject *task : std::vector<ManagedObject *>(folder.tasks())) {
+            for (ManagedObject *task : std::vector<ManagedObject *>(folder.tasks()))
                 task->setRelated("folders", inbox);
-                m_session.ledger().shift(*task, difference); // the service takes them out of it too
-            }
         }
+        m_session.ledger().placeIsGone(Place::Folder, folder.folderID());
         m_session.ledger().forget(folder);
         m_session.moc().remove(folder);
     }

@@ -61,6 +61,8 @@ Result<void> SyncLedger::load()
             m_entries[static_cast<std::size_t>(kind)][note->integer("record")] = {.key = note->objectID().key,
                 .server = markIn(*note, "serverContent"),
                 .serverDate = note->date("serverDate"),
+                .folder = note->integer("serverFolder"),
+                .context = note->integer("serverContext"),
                 .local = markIn(*note, "localContent"),
                 .sent = markIn(*note, "sentContent"),
                 .replaced = markIn(*note, "replacedContent"),
@@ -136,6 +138,8 @@ void SyncLedger::agree(const ManagedObject &record, const ServerVersion &server,
     if (server.date || !isSame)
         entry.serverDate = server.date;
     entry.server = server.content;
+    entry.folder = server.folder;
+    entry.context = server.context;
     entry.local = local;
     entry.sent.reset();
     write(record, entry);
@@ -152,19 +156,24 @@ void SyncLedger::noteDate(const ManagedObject &record, const ServerVersion &list
     write(record, found->second);
 }
 
-void SyncLedger::shift(const ManagedObject &record, ContentMark difference)
+void SyncLedger::placeIsGone(Place place, std::int64_t id)
 {
-    Entries *entries = entriesOf(record);
-    const auto found = entries ? entries->find(record.objectID().key) : Entries::iterator();
-    if (!entries || found == entries->end())
+    if (!m_isGuarding || id == 0)
         return;
-    for (std::optional<ContentMark> *mark : {&found->second.server, &found->second.local, &found->second.sent}) {
-        if (*mark)
-            *mark
-                = static_cast<ContentMark>(static_cast<std::uint64_t>(**mark) + static_cast<std::uint64_t>(difference));
+    const ContentMark difference = leaving(place, id);
+    for (auto &[record, entry] : m_entries[0]) {
+        std::int64_t &there = place == Place::Folder ? entry.folder : entry.context;
+        if (there != id)
+            continue;
+        there = 0;
+        entry.serverDate.reset();
+        for (std::optional<ContentMark> *mark : {&entry.server, &entry.local, &entry.sent}) {
+            if (*mark)
+                *mark = static_cast<ContentMark>(
+                    static_cast<std::uint64_t>(**mark) + static_cast<std::uint64_t>(difference));
+        }
+        write(0, record, entry);
     }
-    found->second.serverDate.reset();
-    write(record, found->second);
 }
 
 void SyncLedger::beginSending(const ManagedObject &record, ContentMark content)
@@ -253,8 +262,14 @@ ManagedObject &SyncLedger::note(std::int64_t &key, std::int64_t kind, std::int64
 
 void SyncLedger::write(const ManagedObject &record, Entry &entry)
 {
-    const auto kind = static_cast<std::int64_t>(*kindOf(record.entity().name()));
-    ManagedObject &written = note(entry.key, kind, record.objectID().key);
+    write(*kindOf(record.entity().name()), record.objectID().key, entry);
+}
+
+void SyncLedger::write(std::size_t kind, std::int64_t record, Entry &entry)
+{
+    ManagedObject &written = note(entry.key, static_cast<std::int64_t>(kind), record);
+    written.setValue("serverFolder", entry.folder);
+    written.setValue("serverContext", entry.context);
     written.setValue("serverContent", valueOf(entry.server));
     written.setValue("localContent", valueOf(entry.local));
     written.setValue("sentContent", valueOf(entry.sent));

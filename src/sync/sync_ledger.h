@@ -26,6 +26,8 @@ enum class Change {
 struct ServerVersion {
     ContentMark content = 0;
     std::optional<foundation::Instant> date = {}; ///< its modification, where a list told it
+    std::int64_t folder = 0; ///< of a task
+    std::int64_t context = 0; ///< of a task
 };
 
 /// Notes, for each record, what the service last had of it, what the record looked like here then, and what is on the
@@ -59,8 +61,8 @@ public:
     void agree(const objectstore::ManagedObject &record, const ServerVersion &server, ContentMark local);
     /// A list told when the version that is known was made.
     void noteDate(const objectstore::ManagedObject &record, const ServerVersion &listed);
-    /// The record has changed in the same way on both sides: `difference` is added to what is noted of either.
-    void shift(const objectstore::ManagedObject &record, ContentMark difference);
+    /// A folder or context was deleted on both sides: every task that the service had in it is in none there now.
+    void placeIsGone(Place place, std::int64_t id);
     /// `content` is about to be sent. To be saved before it is.
     void beginSending(const objectstore::ManagedObject &record, ContentMark content);
 
@@ -83,6 +85,8 @@ private:
         std::int64_t key = 0; ///< of the note
         std::optional<ContentMark> server;
         std::optional<foundation::Instant> serverDate;
+        std::int64_t folder = 0; ///< where the service had the task
+        std::int64_t context = 0;
         std::optional<ContentMark> local;
         std::optional<ContentMark> sent;
         std::optional<ContentMark> replaced; ///< what the service had before `server`
@@ -94,6 +98,7 @@ private:
     [[nodiscard]] const Entry *find(const objectstore::ManagedObject &record) const;
     [[nodiscard]] objectstore::ManagedObject &note(std::int64_t &key, std::int64_t kind, std::int64_t record);
     void write(const objectstore::ManagedObject &record, Entry &entry);
+    void write(std::size_t kind, std::int64_t record, Entry &entry);
     void removeNote(std::int64_t key);
     void indexUnanswered();
 

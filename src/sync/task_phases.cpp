@@ -87,7 +87,7 @@ GtdTask TaskPhases::asAdded(GtdTask task)
 
 TaskPhases::Winner TaskPhases::whoWins(const GtdTask &listed, const Tasks &task, ContentMark server, ContentMark local)
 {
-    const ServerVersion version{server, listed.modifiedDate};
+    const ServerVersion version{server, listed.modifiedDate, listed.folder, listed.context};
     switch (m_session.ledger().compare(task, version, local)) {
     case Change::OldList:
         return Winner::None;
@@ -124,7 +124,8 @@ void TaskPhases::takeOver(const GtdTask &listed, Tasks &task, ContentMark server
         return;
     }
     mapping.copyWholeToodledoTaskToLocalTask(listed, task);
-    m_session.ledger().agree(task, {server, listed.modifiedDate}, contentOf(asSent(task)));
+    m_session.ledger().agree(
+        task, {server, listed.modifiedDate, listed.folder, listed.context}, contentOf(asSent(task)));
 }
 
 bool TaskPhases::synchEditedTasks()
@@ -178,7 +179,7 @@ void TaskPhases::sendEdit(Edit &edit)
     TDError error;
     const bool succeeded = m_session.client().editTask(edit.sent, &error);
     if (m_session.acceptItem(succeeded, error, edit.task->title()) == Sent::Confirmed)
-        m_session.ledger().agree(*edit.task, {edit.content}, edit.content);
+        m_session.ledger().agree(*edit.task, {edit.content, {}, edit.sent.folder, edit.sent.context}, edit.content);
 }
 
 bool TaskPhases::getNewTasks()
@@ -213,8 +214,8 @@ Tasks *TaskPhases::adopt(const GtdTask &listed)
             continue;
         task->setTaskID(listed.taskId);
         task->setIsNew(false);
-        m_session.ledger().agree(
-            *task, {content, listed.modifiedDate}, content); // an edit made since differs from that and is sent late
+        m_session.ledger().agree(*task, {content, listed.modifiedDate, listed.folder, listed.context},
+            content); // an edit made since is sent late
         m_adopted.push_back(task);
         return task;
     }
@@ -228,7 +229,8 @@ void TaskPhases::makeTask(const GtdTask &listed, TaskMapping &mapping)
     if (model::Folders *folder = mapping.folderOrInbox(listed.folder))
         made.setRelated("folders", folder);
     if (m_session.isGuarding())
-        m_session.ledger().agree(made, {contentOf(listed), listed.modifiedDate}, contentOf(asSent(made)));
+        m_session.ledger().agree(
+            made, {contentOf(listed), listed.modifiedDate, listed.folder, listed.context}, contentOf(asSent(made)));
 }
 
 bool TaskPhases::deleteListed(const GtdTask &listed, Tasks &task)
@@ -359,7 +361,7 @@ bool TaskPhases::sendNewTask(Edit &added)
         task.setTaskID(id);
         task.setIsNew(false);
         m_sentIds.insert(id);
-        m_session.ledger().agree(task, {added.content}, added.content);
+        m_session.ledger().agree(task, {added.content, {}, added.sent.folder, added.sent.context}, added.content);
         if (added.sent.length != 0) {
             added.sent.taskId = id;
             added.content = contentOf(added.sent);
