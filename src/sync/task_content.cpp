@@ -9,6 +9,15 @@ namespace syncing {
 
 namespace {
 
+/// Spreads a number over all its bits: marks that are added up must not differ by simple patterns, or two changes could
+/// cancel each other out.
+std::uint64_t mixed(std::uint64_t value)
+{
+    value = (value ^ (value >> 30U)) * 0xbf58476d1ce4e5b9U;
+    value = (value ^ (value >> 27U)) * 0x94d049bb133111ebU;
+    return value ^ (value >> 31U);
+}
+
 std::string_view trimmed(std::string_view text)
 {
     constexpr std::string_view blanks = " \t\n\v\f\r";
@@ -41,7 +50,7 @@ public:
     {
         return add(date ? std::string_view(toodledo::dateText(*date)) : std::string_view());
     }
-    [[nodiscard]] ContentMark mark() const { return static_cast<ContentMark>(m_hash); }
+    [[nodiscard]] ContentMark mark() const { return static_cast<ContentMark>(mixed(m_hash)); }
 
 private:
     void step(unsigned char byte) { m_hash = (m_hash ^ byte) * 1099511628211U; }

@@ -47,7 +47,6 @@ public:
     {
         const std::string_view target = std::string_view(request.url).substr(request.url.find("/api.php"));
         const std::string method = methodOf(target);
-        std::fprintf(stderr, "    %s\n", std::string(target.substr(0, 300)).c_str());
         const int number = isLogin(method) ? -1 : m_number++;
         if (number == m_step.meddleAt && m_meddle)
             m_meddle();

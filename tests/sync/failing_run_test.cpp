@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 #include <map>
+#include <mutex>
 #include <thread>
 
 using namespace support;
@@ -25,7 +26,14 @@ namespace {
 class Service
 {
 public:
-    Service() : server([this](const std::string &target) { return replies[methodOf(target)]; }) { }
+    Service() : server([this](const std::string &target) { return replyTo(methodOf(target)); }) { }
+
+    /// From now on the method is answered so.
+    void answer(const std::string &method, ScriptedReply reply)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_replies[method] = std::move(reply);
+    }
 
     static std::string methodOf(const std::string &target)
     {
@@ -40,13 +48,23 @@ public:
         return asked;
     }
 
-    std::map<std::string, ScriptedReply> replies{{"getUserid", {"<userid>a1b2</userid>"}},
+private:
+    ScriptedReply replyTo(const std::string &method)
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_replies[method];
+    }
+
+    std::mutex m_mutex;
+    std::map<std::string, ScriptedReply> m_replies{{"getUserid", {"<userid>a1b2</userid>"}},
         {"getToken", {"<token>td1</token>"}}, {"getServerInfo", {"<server><unixtime>1790000000</unixtime></server>"}},
         {"getAccountInfo", {"<account><userid>a1b2</userid><pro>0</pro><timezone>0</timezone></account>"}},
         {"getFolders", {"<folders></folders>"}}, {"getContexts", {"<contexts></contexts>"}},
         {"getTasks", {"<tasks></tasks>"}}, {"getDeleted", {"<deleted></deleted>"}}, {"addTask", {"<added>41</added>"}},
         {"editTask", {"<success>1</success>"}}};
-    ScriptedHttpServer server;
+
+public:
+    ScriptedHttpServer server; ///< last: its threads end before what they read
 };
 
 const std::string refusal = "<error>key did not validate</error>";
@@ -97,7 +115,7 @@ TEST_P(FailingRun, saysWhatIsWrongAndEndsInOrder)
 {
     const Failure &failure = GetParam();
     Service service;
-    service.replies[failure.method] = failure.reply;
+    service.answer(failure.method, failure.reply);
     SyncDevice device(service.server.host(), failure.guards);
     device.store.add(aTask().titled("Milk"));
 
@@ -143,7 +161,7 @@ INSTANTIATE_TEST_SUITE_P(AtEachRequest, FailingRun,
 TEST(SyncRun, F39_aRefusedAddLeavesTheTaskNewAndTheNextRunSendsIt)
 {
     Service service;
-    service.replies["addTask"] = {refusal};
+    service.answer("addTask", {refusal});
     SyncDevice device(service.server.host());
     device.store.add(aTask().titled("Milk"));
     device.store.add(aTask().titled("Bread"));
@@ -152,7 +170,7 @@ TEST(SyncRun, F39_aRefusedAddLeavesTheTaskNewAndTheNextRunSendsIt)
     EXPECT_EQ(device.task("Milk").taskID(), 0);
     EXPECT_EQ(std::ranges::count(service.methods(), "addTask"), 1) << "after a refused key nothing more is sent";
 
-    service.replies["addTask"] = {"<added>41</added>"};
+    service.answer("addTask", {"<added>41</added>"});
     device.store.clock.advance(60);
     device.sync();
     EXPECT_FALSE(device.task("Milk").isNew());
@@ -162,7 +180,7 @@ TEST(SyncRun, F39_aRefusedAddLeavesTheTaskNewAndTheNextRunSendsIt)
 TEST(SyncRun, F42_aSecondRunIsRefusedWithASentence)
 {
     Service service;
-    service.replies["getTasks"].mode = ScriptedReply::Mode::Hang;
+    service.answer("getTasks", {.body = "", .mode = ScriptedReply::Mode::Hang});
     SyncDevice device(service.server.host());
     syncing::ToodledoSync first({device.store.store(), device.settings, device.store.clock, device.host});
     ASSERT_TRUE(first.startSyncTasks());
@@ -180,7 +198,7 @@ TEST(SyncRun, F27_aCancelledRunEndsQuietlyAndKeepsItsDate)
 {
     Service service;
     SyncDevice device(service.server.host());
-    service.replies["getTasks"].mode = ScriptedReply::Mode::Hang;
+    service.answer("getTasks", {.body = "", .mode = ScriptedReply::Mode::Hang});
     syncing::ToodledoSync run({device.store.store(), device.settings, device.store.clock, device.host});
     ASSERT_TRUE(run.startSyncTasks());
     while (!std::ranges::count(service.methods(), "getTasks"))
@@ -204,15 +222,15 @@ TEST(SyncRun, F40_aMassDeletionAsksFirst)
             + "</title><modified>2026-01-01 00:00:00</modified></task>";
         deleted += "<task><id>" + std::to_string(id) + "</id><stamp>2026-01-02 00:00:00</stamp></task>";
     }
-    service.replies["getTasks"] = {"<tasks>" + tasks + "</tasks>"};
-    service.replies["getContexts"] = {"<contexts><context id=\"8\">Phone</context></contexts>"};
+    service.answer("getTasks", {"<tasks>" + tasks + "</tasks>"});
+    service.answer("getContexts", {"<contexts><context id=\"8\">Phone</context></contexts>"});
     SyncDevice device(service.server.host());
     device.sync();
     ASSERT_THAT(device.taskTitles(), SizeIs(5));
 
-    service.replies["getTasks"] = {"<tasks></tasks>"};
-    service.replies["getContexts"] = {"<contexts></contexts>"};
-    service.replies["getDeleted"] = {"<deleted>" + deleted + "</deleted>"};
+    service.answer("getTasks", {"<tasks></tasks>"});
+    service.answer("getContexts", {"<contexts></contexts>"});
+    service.answer("getDeleted", {"<deleted>" + deleted + "</deleted>"});
     device.store.clock.advance(60);
     EXPECT_EQ(device.sync(), SyncOutcome::Incomplete);
     EXPECT_THAT(device.host.questions,
@@ -230,11 +248,11 @@ TEST(SyncRun, F40_aMassDeletionAsksFirst)
 TEST(SyncRun, F37_idsThatNoServiceGivesMatchAndDeleteNothing)
 {
     Service service;
-    service.replies["addTask"] = {"<added>0</added>"};
-    service.replies["getTasks"]
-        = {"<tasks><task><id>0</id><title>Zero</title></task><task><id>-4</id><title>Minus</title>"
-           "</task><task><id>4294967338</id><title>Beyond</title></task></tasks>"};
-    service.replies["getDeleted"] = {"<deleted><task><id>0</id></task><task><id>x</id></task></deleted>"};
+    service.answer("addTask", {"<added>0</added>"});
+    service.answer("getTasks",
+        {"<tasks><task><id>0</id><title>Zero</title></task><task><id>-4</id><title>Minus</title>"
+         "</task><task><id>4294967338</id><title>Beyond</title></task></tasks>"});
+    service.answer("getDeleted", {"<deleted><task><id>0</id></task><task><id>x</id></task></deleted>"});
     SyncDevice device(service.server.host());
     device.store.add(aTask().titled("Unsent"));
     device.store.add(aTask().titled("Trashed").inTheTrash());

@@ -212,4 +212,15 @@ TEST(Content, equalContentsHaveEqualMarksAndOthersDoNot)
     for (const auto &change : changes)
         marks.insert(marked(change));
     EXPECT_EQ(marks.size(), changes.size() + 1);
+
+    // places are added up, so moves between few of them must not cancel out
+    std::set<syncing::ContentMark> places;
+    for (int folder = 0; folder < 40; ++folder) {
+        for (int context = 0; context < 40; ++context)
+            places.insert(marked([&](GtdTask &t) {
+                t.folder = folder;
+                t.context = context;
+            }));
+    }
+    EXPECT_EQ(places.size(), 1600U);
 }
