@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <future>
+#include <mutex>
 
 using namespace toodledo;
 using Mode = ScriptedReply::Mode;
@@ -25,7 +26,7 @@ protected:
     /// The code of the error that a reply ends in; nothing when it is a reply.
     std::optional<HttpErrorCode> failureOf(ScriptedReply scripted, double deadline = 30)
     {
-        reply = std::move(scripted);
+        answerWith(std::move(scripted));
         const auto result = perform(deadline);
         if (result)
             return std::nullopt;
@@ -35,11 +36,22 @@ protected:
     }
 
     static constexpr std::size_t limit = std::size_t{1} << 20;
-    ScriptedReply reply; // changed only between requests
+    /// What every request from now on is answered with.
+    void answerWith(ScriptedReply scripted)
+    {
+        const std::scoped_lock lock(replyMutex);
+        reply = std::move(scripted);
+    }
+
+    std::mutex replyMutex;
+    ScriptedReply reply;
     CollectingSink sink;
     std::size_t sinkLimit = std::string::npos;
     CurlTransport transport{CurlTransport::Options{.replyLimit = limit, .acceptedCertificateDomain = {}}};
-    ScriptedHttpServer server{[this](const std::string &) { return reply; }};
+    ScriptedHttpServer server{[this](const std::string &) {
+        const std::scoped_lock lock(replyMutex);
+        return reply;
+    }};
 };
 
 } // namespace
@@ -85,7 +97,7 @@ TEST_F(Transport, F27_endsAtTheDeadlineWhateverTheServerDoes)
 TEST_F(Transport, F27_endsWhenItIsCancelled)
 {
     for (const Mode mode : {Mode::Hang, Mode::Drip, Mode::DripHeader}) {
-        reply = {.body = "<tasks/>", .mode = mode};
+        answerWith({.body = "<tasks/>", .mode = mode});
         std::stop_source stop;
         const std::size_t seen = server.targets().size();
         std::jthread canceller([&] {
@@ -142,7 +154,7 @@ TEST_F(Transport, F30_takesNoStatusBut200)
         EXPECT_EQ(failureOf({.body = body, .status = status}), HttpErrorCode::Status) << status;
         EXPECT_EQ(sink.body, "") << status;
     }
-    reply = {.status = 503};
+    answerWith({.status = 503});
     EXPECT_NE(perform().error().detail.find("503"), std::string::npos);
     EXPECT_EQ(failureOf({.status = 204}), HttpErrorCode::Status);
 }
