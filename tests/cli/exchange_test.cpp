@@ -81,15 +81,20 @@ void fill(ManagedObject &object)
     }
 }
 
-template <class Objects> ManagedObject *oneOf(const Objects &objects)
+/// Drawn by its place: a shrunk case has a store of its own, in which the pointers of the first one mean nothing.
+ManagedObject *oneOf(const std::vector<ManagedObject *> &objects)
 {
-    return *rc::gen::elementOf(objects);
+    return objects[*rc::gen::inRange<std::size_t>(0, objects.size())];
 }
 
 std::vector<ManagedObject *> made(TestStore &store, const char *entity)
 {
-    for (int i = *rc::gen::inRange(0, 4); i > 0; --i)
-        fill(store.moc().insert(entity));
+    for (int i = *rc::gen::inRange(0, 4); i > 0; --i) {
+        ManagedObject &object = store.moc().insert(entity);
+        fill(object);
+        if (object.text("title").empty()) // no command makes one, and a cell of CSV cannot name it
+            object.setValue("title", std::string("Untitled"));
+    }
     store.moc().processPendingChanges();
     return store.all(entity);
 }
@@ -142,8 +147,8 @@ RC_GTEST_PROP(Exchange, nothingIsLostOnTheWayThroughEitherFormat, ())
     store.save();
 
     const std::string before = exported(store, cli::writeJson);
-    const Write write = *rc::gen::element<Write>(cli::writeJson, cli::writeCsv);
-    RC_ASSERT(roundTrip(store, write) == before);
+    const bool isCsv = *rc::gen::arbitrary<bool>();
+    RC_ASSERT(roundTrip(store, isCsv ? Write(cli::writeCsv) : Write(cli::writeJson)) == before);
 }
 
 TEST(Exchange, carriesEveryAttributeThatAUserOwns)

@@ -37,7 +37,7 @@ private:
 /// Eight records of a store that all the cases share.
 RecordModel::Records someRecords()
 {
-    static support::TestApplication application;
+    static auto &application = *new support::TestApplication; // never ended: the program's own ends before statics do
     static const RecordModel::Records records = [] {
         RecordModel::Records made;
         for (int number = 0; number < 8; ++number)
