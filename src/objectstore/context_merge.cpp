@@ -52,7 +52,7 @@ void ObjectContext::mergeChanges(const ChangeSet &changes)
 
 Result<bool> ObjectContext::mergeExternalChanges()
 {
-    if (!m_state->connection)
+    if (!connected())
         return Failure(m_state->connectError);
     ChangeSet changes;
     try {
@@ -88,6 +88,7 @@ Result<bool> ObjectContext::mergeExternalChanges()
         m_state->seenSave = lastSave;
     } catch (const SQLite::Exception &exception) {
         sqlite3_exec(m_state->connection->handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+        disconnect(exception);
         return Failure(storeError(StoreErrorCode::Unreadable, "The task store could not be read.", exception));
     }
     const bool some = !changes.isEmpty();

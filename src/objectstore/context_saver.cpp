@@ -19,7 +19,7 @@ Result<SaveReport> ContextSaver::save()
         if (!object->m_deleted)
             object->willSave();
     }
-    if (!m_context.hasChanges())
+    if (!m_context.hasChanges() && m_state.unsureSaves.empty())
         return adopt();
     try {
         try {
@@ -32,6 +32,7 @@ Result<SaveReport> ContextSaver::save()
                 throw exception;
         }
     } catch (const SQLite::Exception &exception) {
+        m_context.disconnect(exception);
         return Failure(storeError(
             StoreErrorCode::NotSaved, "Your changes could not be saved. They are kept in the program.", exception));
     }
@@ -42,16 +43,25 @@ void ContextSaver::write()
 {
     static thread_local std::mt19937_64 random{std::random_device{}()};
     m_save = std::stoll("0" + storeValue(m_connection, "save")) + 1;
+    m_unsureSave = m_state.unsureSaves.contains(storeValue(m_connection, "savedBy")) ? m_save - 1 : 0;
     m_token = std::to_string(random());
+    m_state.unsureSaves.insert(m_token);
+    const auto isToBeRemoved = [this](const ManagedObject &object) {
+        return object.m_deleted && (!object.m_inserted || m_unsureSave > 0);
+    };
     for (ManagedObject *object : m_state.allChanged()) {
         if (object->m_inserted && !object->m_deleted)
             insert(*object);
-        else if (object->m_deleted && !object->m_inserted)
+        else if (isToBeRemoved(*object))
             remove(*object);
         else if (!object->m_deleted && object->m_unsaved)
             update(*object);
     }
     writeJoins();
+    for (const ManagedObject *object : m_state.allChanged()) {
+        if (isToBeRemoved(*object))
+            unlink(*object);
+    }
     setStoreValue(m_connection, "save", std::to_string(m_save));
     setStoreValue(m_connection, "savedBy", m_token);
 }
@@ -80,7 +90,8 @@ void ContextSaver::update(ManagedObject &object)
         slots.push_back(slot);
     std::sort(slots.begin(), slots.end());
     // a row whose links alone changed is still written, so that other contexts see its number of save change
-    if (!writeColumns(object, slots, object.m_row ? object.m_row->save() : 0))
+    if (!writeColumns(object, slots, object.m_row ? object.m_row->save() : 0)
+        && (m_unsureSave == 0 || !writeColumns(object, slots, m_unsureSave)))
         resolve(object);
 }
 
@@ -123,16 +134,37 @@ void ContextSaver::resolve(ManagedObject &object)
     m_conflicts.push_back(std::move(conflict));
 }
 
-void ContextSaver::remove(ManagedObject &object)
+void ContextSaver::remove(const ManagedObject &object)
 {
     Statement statement = m_connection.prepare("DELETE FROM " + identifier(object.entity().name()) + " WHERE _key = ?");
     statement.bind(object.m_id.key).run();
-    for (const Property *relationship : object.entity().toManyRelationships()) {
-        if (relationship->joinTable.empty())
-            continue;
-        Statement links = m_connection.prepare(
-            "DELETE FROM " + identifier(relationship->joinTable) + " WHERE " + relationship->joinOwner + " = ?");
-        links.bind(object.m_id.key).run();
+}
+
+/// Takes away all that still points at a deleted record: another context may have made a link since this one looked, or
+/// looking may have failed.
+void ContextSaver::unlink(const ManagedObject &object)
+{
+    const auto drop = [this, &object](const Property &relationship, const std::string &end) {
+        Statement statement = m_connection.prepare(
+            "DELETE FROM " + identifier(relationship.joinTable) + " WHERE " + end + " = ?");
+        statement.bind(object.m_id.key).run();
+    };
+    for (const auto &entity : m_context.m_store.model().entities()) {
+        for (const Property *column : entity->columns()) {
+            if (column->destination != &object.entity())
+                continue;
+            Statement statement = m_connection.prepare("UPDATE " + identifier(entity->name()) + " SET _save = ?, "
+                + identifier(column->name) + " = NULL WHERE " + identifier(column->name) + " = ? RETURNING _key");
+            statement.bind(m_save).bind(object.m_id.key);
+            while (statement.step())
+                m_unlinked.push_back({entity.get(), statement.integer(0)});
+        }
+        for (const Property *relationship : entity->toManyRelationships()) {
+            if (!relationship->joinTable.empty() && entity.get() == &object.entity())
+                drop(*relationship, relationship->joinOwner);
+            if (!relationship->joinTable.empty() && relationship->destination == &object.entity())
+                drop(*relationship, relationship->joinMember);
+        }
     }
 }
 
@@ -159,6 +191,7 @@ bool ContextSaver::wasCommitted()
 SaveReport ContextSaver::adopt()
 {
     SaveReport report;
+    m_state.unsureSaves.clear();
     for (const Conflict &conflict : m_conflicts) {
         ManagedObject &object = *conflict.object;
         for (const int slot : conflict.discardedSlots) {
@@ -198,7 +231,11 @@ SaveReport ContextSaver::adopt()
         changes.clear();
     for (auto &set : m_state.changed)
         set.clear();
-    if (!m_conflicts.empty())
+    for (const ObjectID &id : m_unlinked) {
+        report.changes.updated.push_back(id);
+        m_context.forgetRow(id);
+    }
+    if (!m_conflicts.empty() || !m_unlinked.empty())
         m_context.forgetMembers();
     m_context.processPendingChanges();
     return report;

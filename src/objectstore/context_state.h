@@ -6,6 +6,7 @@
 #include "objectstore/schema.h"
 
 #include <map>
+#include <set>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -49,6 +50,7 @@ struct ObjectContext::State {
     std::int64_t lastKey = 0;
     std::int64_t seenDataVersion = 0;
     std::int64_t seenSave = 0;
+    std::set<std::string> unsureSaves; ///< saves that failed, of which the store may hold one all the same
     bool announcing = false;
 
     [[nodiscard]] ObjectSet &changedOf(const EntityDescription &entity)
@@ -83,7 +85,8 @@ private:
     void update(ManagedObject &object);
     void resolve(ManagedObject &object);
     bool writeColumns(ManagedObject &object, const std::vector<int> &slots, std::int64_t expectedSave);
-    void remove(ManagedObject &object);
+    void remove(const ManagedObject &object);
+    void unlink(const ManagedObject &object);
     void writeJoins();
     [[nodiscard]] bool wasCommitted();
     SaveReport adopt();
@@ -92,8 +95,10 @@ private:
     ObjectContext::State &m_state;
     Connection &m_connection;
     std::int64_t m_save = 0;
+    std::int64_t m_unsureSave = 0; ///< the number of an earlier save that failed here and yet was made; 0 for none
     std::string m_token;
     std::vector<Conflict> m_conflicts;
+    std::vector<ObjectID> m_unlinked; ///< rows that pointed at a deleted record
     RowBuilder m_builder;
 };
 

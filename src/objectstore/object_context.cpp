@@ -6,6 +6,7 @@
 
 #include <SQLiteCpp/Exception.h>
 #include <algorithm>
+#include <array>
 #include <random>
 
 namespace objectstore {
@@ -63,28 +64,50 @@ std::vector<ManagedObject *> ObjectContext::State::allChanged() const
 ObjectContext::ObjectContext(Store &store, MergePolicy policy)
     : m_store(store), m_policy(policy), m_state(std::make_unique<State>())
 {
-    if (auto connection = store.connect()) {
-        m_state->connection = std::move(*connection);
-        try {
-            m_state->seenDataVersion = m_state->connection->dataVersion();
-            m_state->seenSave = std::stoll("0" + objectstore::storeValue(*m_state->connection, "save"));
-        } catch (const SQLite::Exception &exception) {
-            m_state->connectError
-                = storeError(StoreErrorCode::Unreadable, "The task store could not be read.", exception);
-            m_state->connection.reset();
-        }
-    } else {
-        m_state->connectError = connection.error();
-    }
     const std::size_t entities = store.model().entities().size();
     m_state->objects.resize(entities);
     m_state->changed.resize(entities);
     m_state->faults.resize(entities);
     for (const auto &entity : store.model().entities())
         m_state->defaults.push_back(defaultRow(*entity));
+    if (Connection *connection = connected()) {
+        try {
+            m_state->seenDataVersion = connection->dataVersion();
+            m_state->seenSave = std::stoll("0" + objectstore::storeValue(*connection, "save"));
+        } catch (const SQLite::Exception &exception) {
+            disconnect(exception);
+        }
+    }
 }
 
 ObjectContext::~ObjectContext() = default;
+
+/// The connection, made anew where there is none; null when that fails, and then `connectError` tells why.
+Connection *ObjectContext::connected() const
+{
+    if (!m_state->connection) {
+        if (auto connection = m_store.connect())
+            m_state->connection = std::move(*connection);
+        else
+            m_state->connectError = connection.error();
+    }
+    return m_state->connection.get();
+}
+
+/// Gives up a connection that can be of no more use: one that met an error while it opened or mapped the files beside
+/// the store may stay unable to write for good. The next one finds the disk as it is then.
+void ObjectContext::disconnect(const SQLite::Exception &exception) const
+{
+    constexpr std::array useless{SQLITE_READONLY, SQLITE_CANTOPEN, SQLITE_PROTOCOL};
+    constexpr std::array uselessErrors{
+        SQLITE_IOERR_SHMOPEN, SQLITE_IOERR_SHMSIZE, SQLITE_IOERR_SHMMAP, SQLITE_IOERR_SHMLOCK};
+    if (std::ranges::count(useless, exception.getErrorCode()) == 0
+        && std::ranges::count(uselessErrors, exception.getExtendedErrorCode()) == 0)
+        return;
+    m_state->connectError = storeError(StoreErrorCode::Unreadable, "The task store could not be read.", exception);
+    m_state->connection.reset();
+    m_state->seenDataVersion = -1; // counts anew with each connection
+}
 
 ManagedObject &ObjectContext::registered(const ObjectID &id)
 {
@@ -241,7 +264,8 @@ std::string ObjectContext::uri(const ManagedObject &object) const
 /// will read the others.
 void ObjectContext::load(const ManagedObject &fault) const
 {
-    if (fault.m_deleted || !m_state->connection)
+    Connection *connection = fault.m_deleted ? nullptr : connected();
+    if (!connection)
         return;
     const EntityDescription &entity = fault.entity();
     const auto index = static_cast<std::size_t>(entity.index());
@@ -261,7 +285,7 @@ void ObjectContext::load(const ManagedObject &fault) const
     sql += ")";
     std::vector<ManagedObject *> loaded;
     try {
-        Statement statement = m_state->connection->prepare(sql);
+        Statement statement = connection->prepare(sql);
         for (std::size_t i = 0; i < (single ? 1 : faultBatch); ++i)
             statement.bind(keys[std::min(i, keys.size() - 1)]);
         RowBuilder builder;
@@ -286,9 +310,10 @@ std::vector<ManagedObject *> ObjectContext::readMembers(const ManagedObject &own
                                  : "SELECT _key FROM " + identifier(relationship.destination->name()) + " WHERE "
             + identifier(relationship.inverse->name) + " = ?";
     std::set<std::int64_t> keys;
-    if (m_state->connection && !owner.m_inserted) {
+    Connection *connection = owner.m_inserted ? nullptr : connected();
+    if (connection) {
         try {
-            Statement statement = m_state->connection->prepare(sql);
+            Statement statement = connection->prepare(sql);
             statement.bind(owner.m_id.key);
             while (statement.step())
                 keys.insert(statement.integer(0));
@@ -334,6 +359,18 @@ void ObjectContext::forgetMembers()
         object->m_members.clear();
 }
 
+/// Makes an object that is here a fault again, because its row has changed in the store.
+void ObjectContext::forgetRow(const ObjectID &id)
+{
+    auto &objects = m_state->objects[static_cast<std::size_t>(id.entity->index())];
+    const auto found = objects.find(id.key);
+    if (found == objects.end() || !found->second->m_row || found->second->m_inserted)
+        return;
+    found->second->m_row.reset();
+    found->second->didTurnIntoFault();
+    m_state->faults[static_cast<std::size_t>(id.entity->index())].push_back(id.key);
+}
+
 bool ObjectContext::hasChanges() const
 {
     return std::any_of(m_state->changed.begin(), m_state->changed.end(), [](const State::ObjectSet &set) {
@@ -369,7 +406,7 @@ void ObjectContext::processPendingChanges()
 Result<SaveReport> ObjectContext::save()
 {
     processPendingChanges();
-    if (!m_state->connection)
+    if (!connected())
         return foundation::Failure(m_state->connectError);
     return ContextSaver(*this).save();
 }

@@ -12,6 +12,10 @@
 #include <span>
 #include <unordered_map>
 
+namespace SQLite {
+class Exception;
+}
+
 namespace objectstore {
 
 using foundation::Error;
@@ -162,6 +166,8 @@ private:
     friend class UndoManager;
     struct State;
 
+    [[nodiscard]] Connection *connected() const;
+    void disconnect(const SQLite::Exception &exception) const;
     void load(const ManagedObject &fault) const;
     [[nodiscard]] ManagedObject &registered(const ObjectID &id);
     void noteChange(ManagedObject &object);
@@ -171,6 +177,7 @@ private:
     void markDeleted(ManagedObject &object);
     void applyDeleteRules(ManagedObject &object);
     void forgetMembers();
+    void forgetRow(const ObjectID &id);
 
     Store &m_store;
     MergePolicy m_policy;

@@ -6,7 +6,11 @@
 
 #include <SQLiteCpp/Exception.h>
 #include <charconv>
+#include <fcntl.h>
 #include <random>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
 
 namespace objectstore {
 
@@ -64,6 +68,32 @@ bool hasForeignSchema(Connection &connection)
     return statement.step() && statement.integer(0) != 0;
 }
 
+/// SQLite makes files that everybody may read unless the umask forbids it. The files beside the store take its mode.
+void makePrivateFile(const std::filesystem::path &file)
+{
+    const int descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (descriptor >= 0)
+        ::close(descriptor);
+}
+
+/// Keeps the store beside itself as it is before a migration: whole, or not at all under that name. What an earlier
+/// attempt left is replaced.
+void keepCopy(Connection &connection, const std::filesystem::path &file, int version)
+{
+    const std::string copy = file.string() + ".before-" + std::to_string(version);
+    const std::string fresh = copy + ".new";
+    std::error_code error;
+    std::filesystem::remove(fresh, error);
+    makePrivateFile(fresh);
+    {
+        Statement statement = connection.prepare("VACUUM INTO ?");
+        statement.bind(ValueView(std::string_view(fresh))).run();
+    }
+    std::filesystem::rename(fresh, copy, error);
+    if (error)
+        throw SQLite::Exception("The copy before the migration could not be kept: " + error.message(), SQLITE_CANTOPEN);
+}
+
 foundation::Error refusal(StoreErrorCode code, std::string sentence)
 {
     return {"ObjectStoreErrorDomain", static_cast<int>(code), std::move(sentence), {}};
@@ -82,6 +112,8 @@ Result<std::unique_ptr<Store>> Store::open(
 {
     std::unique_ptr<Store> store(new Store(model, file, clock, std::move(vfs)));
     const std::string name = file.filename().string();
+    if (store->m_vfs.empty())
+        makePrivateFile(file);
     try {
         Connection connection(file, store->m_vfs, true);
         const bool fresh = isEmptyFile(connection);
@@ -94,8 +126,7 @@ Result<std::unique_ptr<Store>> Store::open(
             switchToWriteAheadLog(connection);
         if (fresh || pragma(connection, "user_version") < model.version()) {
             if (!fresh) // an older store is migrated in place; its last state stays beside it
-                connection.execute(
-                    "VACUUM INTO '" + file.string() + ".before-" + std::to_string(model.version()) + "'");
+                keepCopy(connection, file, model.version());
             WriteTransaction transaction(connection);
             createSchema(connection, model);
             if (storeValue(connection, "uuid").empty()) {

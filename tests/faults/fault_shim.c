@@ -101,8 +101,18 @@ static int path_watched(const char *path)
 /* Files that were opened while armed stay watched, so that arming again in the same process finds them. */
 static int descriptor_watched(int descriptor)
 {
-    return atomic_load(&armed) && descriptor >= 0 && descriptor < most_descriptors
-        && atomic_load(&watched[descriptor]);
+    return atomic_load(&armed) && descriptor >= 0 && descriptor < most_descriptors && atomic_load(&watched[descriptor]);
+}
+
+/* A disk that is full still opens the files that are there; one that is broken for good opens none. */
+static int counts_as_change(const char *path, int flags)
+{
+    if (!path_watched(path))
+        return 0;
+    const int space = the_plan.action == FAULT_NO_SPACE || the_plan.action == FAULT_SHORT;
+    if (flags & O_CREAT)
+        return !space || access(path, F_OK) != 0;
+    return the_plan.action == FAULT_IO_ERROR && the_plan.sticky && atomic_load(&hits) > 0;
 }
 
 /* What is to be done at this call: FAULT_COUNT means to go on. */
@@ -196,7 +206,7 @@ static mode_t mode_argument(int flags, va_list arguments)
         va_start(arguments, flags);                                                                                    \
         const mode_t mode = mode_argument(flags, arguments);                                                           \
         va_end(arguments);                                                                                             \
-        GUARDED((flags & O_CREAT) && path_watched(path), note_opened(next(path, flags, mode), path));                  \
+        GUARDED(counts_as_change(path, flags), note_opened(next(path, flags, mode), path));                            \
     }
 OPEN(open)
 OPEN(open64)
@@ -209,7 +219,7 @@ OPEN(open64)
         va_start(arguments, flags);                                                                                    \
         const mode_t mode = mode_argument(flags, arguments);                                                           \
         va_end(arguments);                                                                                             \
-        GUARDED((flags & O_CREAT) && path_watched(path), note_opened(next(folder, path, flags, mode), path));          \
+        GUARDED(counts_as_change(path, flags), note_opened(next(folder, path, flags, mode), path));                    \
     }
 OPENAT(openat)
 OPENAT(openat64)

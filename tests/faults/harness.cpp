@@ -70,7 +70,8 @@ int run(const std::string &program, const Options &options, const Harness &harne
                 static_cast<unsigned long long>(options.seed), static_cast<long long>(number),
                 options.control.empty() ? "" : " --control ", options.control.c_str());
     }
-    const std::string seen = harness.seen && !options.single && options.control.empty() ? harness.seen() : std::string();
+    const std::string seen
+        = harness.seen && !options.single && options.control.empty() ? harness.seen() : std::string();
     std::printf("%s: %lld cases from %lld of %lld, seed %llu, %lld failures%s%s\n", harness.name.c_str(),
         static_cast<long long>(std::max<std::int64_t>(end - options.first, 0)), static_cast<long long>(options.first),
         static_cast<long long>(available), static_cast<unsigned long long>(options.seed),

@@ -33,8 +33,8 @@ std::vector<std::string> rows(SQLite::Database &database, const std::string &sel
     return texts;
 }
 
-void expectNone(std::vector<std::string> &problems, SQLite::Database &database, const std::string &select,
-    const std::string &what)
+void expectNone(
+    std::vector<std::string> &problems, SQLite::Database &database, const std::string &select, const std::string &what)
 {
     const auto found = rows(database, select);
     if (!found.empty())
@@ -52,16 +52,14 @@ std::set<std::string> knownTables(const ObjectModel &model)
     return names;
 }
 
-void checkReferences(
-    std::vector<std::string> &problems, SQLite::Database &database, const EntityDescription &entity)
+void checkReferences(std::vector<std::string> &problems, SQLite::Database &database, const EntityDescription &entity)
 {
     for (const Property *column : entity.columns()) {
         if (!column->isToOne())
             continue;
         expectNone(problems, database,
-            "SELECT _key FROM " + quoted(entity.name()) + " WHERE " + quoted(column->name)
-                + " IS NOT NULL AND " + quoted(column->name) + " NOT IN (SELECT _key FROM "
-                + quoted(column->destination->name()) + ")",
+            "SELECT _key FROM " + quoted(entity.name()) + " WHERE " + quoted(column->name) + " IS NOT NULL AND "
+                + quoted(column->name) + " NOT IN (SELECT _key FROM " + quoted(column->destination->name()) + ")",
             entity.name() + "." + column->name + " points at nothing");
     }
     for (const Property *relationship : entity.toManyRelationships()) {

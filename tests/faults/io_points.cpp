@@ -127,8 +127,7 @@ std::optional<std::string> IoPoints::run(const IoPoint &point)
         if (failed(recovery))
             return report("in the first launch after it", recovery);
     }
-    const Ending recovery
-        = isolated([&](Notes &notes) { relaunch(scenario, folder, notes); }, ending.notes);
+    const Ending recovery = isolated([&](Notes &notes) { relaunch(scenario, folder, notes); }, ending.notes);
     if (failed(recovery) || recovery.killed)
         return report("at the next launch", recovery);
     return std::nullopt;

@@ -25,6 +25,7 @@ constexpr std::array bugs{
     Bug{"versions-ignored", " AND _save = ?", " AND ? IS NOT NULL"},
     Bug{"links-lost", "(owner, member) VALUES (?, ?)", "(owner, member) SELECT ?, ? WHERE 0"},
     Bug{"everything-is-new", "SELECT count(*) FROM sqlite_schema", "SELECT 0"},
+    Bug{"early-checkpoints", "temp_store=MEMORY;", "temp_store=MEMORY; PRAGMA wal_autocheckpoint=12;"}, // no bug
     Bug{"failed-saves-acknowledged", {}, {}},
     Bug{"settings-in-place", {}, {}},
     Bug{"damaged-settings-dropped", {}, {}},
@@ -84,10 +85,10 @@ extern "C" {
 using RowHandler = int (*)(void *, int, char **, char **);
 int __real_sqlite3_exec(sqlite3 *database, const char *sql, RowHandler handler, void *data, char **error);
 int __wrap_sqlite3_exec(sqlite3 *database, const char *sql, RowHandler handler, void *data, char **error);
-int __real_sqlite3_prepare_v3(sqlite3 *database, const char *sql, int size, unsigned int flags,
-    sqlite3_stmt **statement, const char **tail);
-int __wrap_sqlite3_prepare_v3(sqlite3 *database, const char *sql, int size, unsigned int flags,
-    sqlite3_stmt **statement, const char **tail);
+int __real_sqlite3_prepare_v3(
+    sqlite3 *database, const char *sql, int size, unsigned int flags, sqlite3_stmt **statement, const char **tail);
+int __wrap_sqlite3_prepare_v3(
+    sqlite3 *database, const char *sql, int size, unsigned int flags, sqlite3_stmt **statement, const char **tail);
 
 int __wrap_sqlite3_exec(sqlite3 *database, const char *sql, RowHandler handler, void *data, char **error)
 {
@@ -97,8 +98,8 @@ int __wrap_sqlite3_exec(sqlite3 *database, const char *sql, RowHandler handler, 
     return __real_sqlite3_exec(database, changed.empty() ? sql : changed.c_str(), handler, data, error);
 }
 
-int __wrap_sqlite3_prepare_v3(sqlite3 *database, const char *sql, int size, unsigned int flags,
-    sqlite3_stmt **statement, const char **tail)
+int __wrap_sqlite3_prepare_v3(
+    sqlite3 *database, const char *sql, int size, unsigned int flags, sqlite3_stmt **statement, const char **tail)
 {
     const std::string changed
         = rewritten(size < 0 ? std::string_view(sql) : std::string_view(sql, static_cast<std::size_t>(size)));

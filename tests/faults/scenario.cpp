@@ -53,8 +53,8 @@ public:
             opened = TaskStore::open(folder, m_clock, m_errors);
         }
         if (!opened)
-            throw std::runtime_error("not opened once the fault was gone: " + opened.error().message + " "
-                + opened.error().detail);
+            throw std::runtime_error(
+                "not opened once the fault was gone: " + opened.error().message + " " + opened.error().detail);
         m_store = std::move(*opened);
         for (const auto &error : m_errors.errors)
             expectSentence(notes, error);
@@ -92,8 +92,13 @@ public:
         for (const auto *task : tasks.value())
             titles.emplace_back(task->text("title"));
         std::sort(titles.begin(), titles.end());
-        if (titles != m_scenario.story.titlesAfter(m_notes.savesTried))
-            m_notes.problem("the context does not show what was done");
+        const auto expected = m_scenario.story.titlesAfter(m_notes.savesTried);
+        std::vector<std::string> wrong;
+        std::set_symmetric_difference(
+            titles.begin(), titles.end(), expected.begin(), expected.end(), std::back_inserter(wrong));
+        if (!wrong.empty())
+            m_notes.problem("the context shows " + std::to_string(titles.size()) + " tasks instead of "
+                + std::to_string(expected.size()) + "; one of those that differ is \"" + wrong.front() + "\"");
     }
 
 private:

@@ -57,12 +57,15 @@ void Story::change(objectstore::ObjectContext &context, int number) const
         needed->object->setValue("title", needed->title);
     }
     counter.object->setValue("length", std::int64_t{number});
+    model::ManagedObject *parent = nullptr;
     for (int task = 0; task < m_tasks[static_cast<std::size_t>(number - 1)]; ++task) {
         auto &made = model::insert<model::Tasks>(context);
         made.setTitle(titleOf(number, task));
         made.setNotes(std::string(static_cast<std::size_t>(task % 7) * 100, 'n'));
         made.setRelated("folders", folder.object);
         made.addObject("tags", *tag.object);
+        made.setRelated("parent", parent); // the first, which the next save deletes
+        parent = parent ? parent : &made;
     }
     if (removed.object)
         context.remove(*removed.object);
