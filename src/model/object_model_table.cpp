@@ -261,8 +261,8 @@ std::vector<EntitySchema> entitiesOfTheFileOnly()
     };
 }
 
-/// What synchronisation notes for itself, so that notes and records are saved together: for each record what the service
-/// last had of it, and under a kind of its own what is known of the account.
+/// What synchronisation notes for itself, so that notes and records are saved together: for each record what the
+/// service last had of it, and under a kind of its own what is known of the account.
 EntitySchema syncLedgerEntry()
 {
     return {

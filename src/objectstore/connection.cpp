@@ -10,10 +10,38 @@ namespace objectstore {
 namespace {
 constexpr int busyTimeout = 10000; // milliseconds; a first pull of 100,000 tasks holds the lock for seconds at most
 
+constexpr int longestValue = 64 * 1024 * 1024; // bytes; a longer one is no text that a person wrote
+
 void check(int code, sqlite3 *database)
 {
     if (code != SQLITE_OK)
         throw SQLite::Exception(database, code);
+}
+
+int openFlags(Access access)
+{
+    switch (access) {
+    case Access::Create:
+        return SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE;
+    case Access::Write:
+        return SQLite::OPEN_READWRITE;
+    case Access::Read:
+        return SQLite::OPEN_READONLY | SQLite::OPEN_URI;
+    }
+    return SQLite::OPEN_READONLY;
+}
+
+/// Where nothing can be written, SQLite reads a store with a write-ahead log only when told that nobody writes to it.
+std::string immutableUri(const std::filesystem::path &file)
+{
+    std::string uri = "file:";
+    for (const char letter : file.string()) {
+        if (letter == '%' || letter == '?' || letter == '#')
+            uri += letter == '%' ? "%25" : letter == '?' ? "%3f" : "%23";
+        else
+            uri += letter;
+    }
+    return uri + "?immutable=1";
 }
 } // namespace
 
@@ -83,14 +111,23 @@ std::string Statement::text(int column) const
                  : std::string();
 }
 
-Connection::Connection(const std::filesystem::path &file, const std::string &vfs, bool create)
-    : m_database(file.string(), SQLite::OPEN_READWRITE | (create ? SQLite::OPEN_CREATE : 0), busyTimeout, vfs)
+Connection::Connection(const std::filesystem::path &file, const std::string &vfs, Access access)
+    : m_database(access == Access::Read ? immutableUri(file) : file.string(), openFlags(access), busyTimeout, vfs)
 {
+    keepFilesOnClose(true);
     sqlite3_extended_result_codes(handle(), 1);
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    sqlite3_limit(handle(), SQLITE_LIMIT_LENGTH, longestValue);
     execute("PRAGMA synchronous=FULL; PRAGMA cell_size_check=ON; PRAGMA temp_store=MEMORY;");
     installPredicateFunctions(handle());
+    keepFilesOnClose(access == Access::Create); // who opens to create has yet to see whether this is a store
+}
+
+bool Connection::hasMoved() const
+{
+    int moved = 0;
+    return sqlite3_file_control(handle(), "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK && moved != 0;
 }
 
 Statement Connection::prepare(const std::string &sql)

@@ -41,18 +41,34 @@ private:
     int m_bound = 0;
 };
 
+/// How a file is opened.
+enum class Access {
+    Create, ///< to read and write; a missing file is made
+    Write, ///< to read and write
+    Read, ///< to read a file that nobody writes to, in a place where nothing can be written
+};
+
 /// One connection to a store file, with its prepared statements kept for the next use. Belongs to one thread.
 /// Failures are SQLite::Exception; they stay inside the object store.
 class Connection
 {
 public:
-    /// Opens the file with the care that every connection takes; `create` makes a missing one.
-    Connection(const std::filesystem::path &file, const std::string &vfs, bool create);
+    /// Opens the file with the care that every connection takes.
+    Connection(const std::filesystem::path &file, const std::string &vfs, Access access);
 
     [[nodiscard]] Statement prepare(const std::string &sql);
     void execute(const std::string &sql) { m_database.exec(sql); }
     [[nodiscard]] int changes() const { return sqlite3_changes(m_database.getHandle()); }
     [[nodiscard]] sqlite3 *handle() const { return m_database.getHandle(); }
+
+    /// Whether closing leaves the files as they are, instead of moving what the write-ahead log holds into the store.
+    void keepFilesOnClose(bool keep)
+    {
+        sqlite3_db_config(handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, keep ? 1 : 0, nullptr);
+    }
+
+    /// Whether the file was deleted, or another one put in its place, while it was open.
+    [[nodiscard]] bool hasMoved() const;
 
     /// A number that changes whenever another connection has committed.
     [[nodiscard]] std::int64_t dataVersion();

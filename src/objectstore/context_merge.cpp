@@ -37,6 +37,7 @@ void ObjectContext::mergeChanges(const ChangeSet &changes)
         }
         m_state->pendingUpdated.insert(updated);
     }
+    m_state->linksMayDangle = m_state->linksMayDangle || !changes.deleted.empty();
     for (const ObjectID &id : changes.deleted) {
         ManagedObject *deleted = known(id);
         if (!deleted || deleted->m_deleted)

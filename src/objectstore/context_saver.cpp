@@ -21,6 +21,10 @@ Result<SaveReport> ContextSaver::save()
     }
     if (!m_context.hasChanges() && m_state.unsureSaves.empty())
         return adopt();
+    if (m_connection.hasMoved())
+        return Failure(foundation::Error{"ObjectStoreErrorDomain", static_cast<int>(StoreErrorCode::Moved),
+            "The task store was deleted or replaced while it was open. Your changes are kept in the program.",
+            m_context.m_store.file().string()});
     try {
         try {
             WriteTransaction transaction(m_connection);
@@ -46,9 +50,8 @@ void ContextSaver::write()
     m_unsureSave = m_state.unsureSaves.contains(storeValue(m_connection, "savedBy")) ? m_save - 1 : 0;
     m_token = std::to_string(random());
     m_state.unsureSaves.insert(m_token);
-    const auto isToBeRemoved = [this](const ManagedObject &object) {
-        return object.m_deleted && (!object.m_inserted || m_unsureSave > 0);
-    };
+    const auto isToBeRemoved
+        = [this](const ManagedObject &object) { return object.m_deleted && (!object.m_inserted || m_unsureSave > 0); };
     for (ManagedObject *object : m_state.allChanged()) {
         if (object->m_inserted && !object->m_deleted)
             insert(*object);
@@ -62,6 +65,8 @@ void ContextSaver::write()
         if (isToBeRemoved(*object))
             unlink(*object);
     }
+    if (m_state.linksMayDangle || m_save - 1 != m_state.seenSave) // others saved, and may have deleted
+        dropDanglingLinks();
     setStoreValue(m_connection, "save", std::to_string(m_save));
     setStoreValue(m_connection, "savedBy", m_token);
 }
@@ -145,8 +150,8 @@ void ContextSaver::remove(const ManagedObject &object)
 void ContextSaver::unlink(const ManagedObject &object)
 {
     const auto drop = [this, &object](const Property &relationship, const std::string &end) {
-        Statement statement = m_connection.prepare(
-            "DELETE FROM " + identifier(relationship.joinTable) + " WHERE " + end + " = ?");
+        Statement statement
+            = m_connection.prepare("DELETE FROM " + identifier(relationship.joinTable) + " WHERE " + end + " = ?");
         statement.bind(object.m_id.key).run();
     };
     for (const auto &entity : m_context.m_store.model().entities()) {
@@ -164,6 +169,43 @@ void ContextSaver::unlink(const ManagedObject &object)
                 drop(*relationship, relationship->joinOwner);
             if (!relationship->joinTable.empty() && relationship->destination == &object.entity())
                 drop(*relationship, relationship->joinMember);
+        }
+    }
+}
+
+/// Of what this save linked, takes back the links to records that another context deleted.
+void ContextSaver::dropDanglingLinks()
+{
+    for (const ManagedObject *object : m_state.allChanged()) {
+        if (object->m_deleted)
+            continue;
+        for (const Property *column : object->entity().columns()) {
+            if (!column->isToOne() || (!object->m_inserted && !object->unsavedValue(column->slot)))
+                continue;
+            const std::string name = identifier(column->name);
+            Statement statement = m_connection.prepare("UPDATE " + identifier(object->entity().name()) + " SET " + name
+                + " = NULL WHERE _key = ? AND " + name + " IS NOT NULL AND NOT EXISTS (SELECT 1 FROM "
+                + identifier(column->destination->name()) + " d WHERE d._key = " + name + ")");
+            statement.bind(object->m_id.key).run();
+            if (m_connection.changes() > 0)
+                m_unlinked.push_back(object->m_id);
+        }
+    }
+    for (const auto &entity : m_context.m_store.model().entities()) {
+        for (const Property *relationship : entity->toManyRelationships()) {
+            const auto changes = m_state.joins.find(relationship->joinTable);
+            if (changes == m_state.joins.end() || relationship->joinOwner != "owner")
+                continue;
+            const auto exists = [](const EntityDescription &end, const char *column) {
+                return "EXISTS (SELECT 1 FROM " + identifier(end.name()) + " e WHERE e._key = " + column + ")";
+            };
+            for (const auto &[pair, there] : changes->second.byOwner) {
+                Statement statement = m_connection.prepare("DELETE FROM " + identifier(relationship->joinTable)
+                    + " WHERE owner = ? AND member = ? AND NOT (" + exists(*entity, "owner") + " AND "
+                    + exists(*relationship->destination, "member") + ")");
+                statement.bind(pair.first).bind(pair.second).run();
+                m_linksDropped = m_linksDropped || m_connection.changes() > 0;
+            }
         }
     }
 }
@@ -192,6 +234,9 @@ SaveReport ContextSaver::adopt()
 {
     SaveReport report;
     m_state.unsureSaves.clear();
+    m_state.linksMayDangle = false;
+    if (m_save > 0 && m_save - 1 == m_state.seenSave)
+        m_state.seenSave = m_save;
     for (const Conflict &conflict : m_conflicts) {
         ManagedObject &object = *conflict.object;
         for (const int slot : conflict.discardedSlots) {
@@ -235,7 +280,7 @@ SaveReport ContextSaver::adopt()
         report.changes.updated.push_back(id);
         m_context.forgetRow(id);
     }
-    if (!m_conflicts.empty() || !m_unlinked.empty())
+    if (!m_conflicts.empty() || !m_unlinked.empty() || m_linksDropped)
         m_context.forgetMembers();
     m_context.processPendingChanges();
     return report;

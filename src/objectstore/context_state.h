@@ -51,6 +51,7 @@ struct ObjectContext::State {
     std::int64_t seenDataVersion = 0;
     std::int64_t seenSave = 0;
     std::set<std::string> unsureSaves; ///< saves that failed, of which the store may hold one all the same
+    bool linksMayDangle = false; ///< records were deleted elsewhere that unsaved changes here may point at
     bool announcing = false;
 
     [[nodiscard]] ObjectSet &changedOf(const EntityDescription &entity)
@@ -88,6 +89,7 @@ private:
     void remove(const ManagedObject &object);
     void unlink(const ManagedObject &object);
     void writeJoins();
+    void dropDanglingLinks();
     [[nodiscard]] bool wasCommitted();
     SaveReport adopt();
 
@@ -99,6 +101,7 @@ private:
     std::string m_token;
     std::vector<Conflict> m_conflicts;
     std::vector<ObjectID> m_unlinked; ///< rows that pointed at a deleted record
+    bool m_linksDropped = false;
     RowBuilder m_builder;
 };
 

@@ -61,10 +61,14 @@ bool isEmptyFile(Connection &connection)
     return statement.step() && statement.integer(0) == 0;
 }
 
-/// Triggers, views and tables of unknown make do not come from this program; a store that has some is not believed.
+/// Triggers, views, virtual tables and generated columns do not come from this program; a store that has some is not
+/// believed.
 bool hasForeignSchema(Connection &connection)
 {
-    Statement statement = connection.prepare("SELECT count(*) FROM sqlite_schema WHERE type NOT IN ('table', 'index')");
+    Statement statement = connection.prepare(
+        "SELECT EXISTS (SELECT 1 FROM sqlite_schema WHERE type NOT IN ('table', 'index') OR sql LIKE 'CREATE VIRTUAL%')"
+        " OR EXISTS (SELECT 1 FROM sqlite_schema s, pragma_table_xinfo(s.name) c WHERE s.type = 'table' AND c.hidden "
+        "<> 0)");
     return statement.step() && statement.integer(0) != 0;
 }
 
@@ -111,40 +115,100 @@ Result<std::unique_ptr<Store>> Store::open(
     const ObjectModel &model, const std::filesystem::path &file, const foundation::Clock &clock, std::string vfs)
 {
     std::unique_ptr<Store> store(new Store(model, file, clock, std::move(vfs)));
-    const std::string name = file.filename().string();
     if (store->m_vfs.empty())
         makePrivateFile(file);
-    try {
-        Connection connection(file, store->m_vfs, true);
-        const bool fresh = isEmptyFile(connection);
-        if (!fresh && (pragma(connection, "application_id") != applicationId || hasForeignSchema(connection)))
-            return Failure(refusal(StoreErrorCode::Damaged, "The file \"" + name + "\" is not a task store."));
-        if (pragma(connection, "user_version") > model.version())
-            return Failure(refusal(StoreErrorCode::NewerSchema,
-                "The store \"" + name + "\" was written by a newer version of the program. It was left as it is."));
-        if (fresh)
-            switchToWriteAheadLog(connection);
-        if (fresh || pragma(connection, "user_version") < model.version()) {
-            if (!fresh) // an older store is migrated in place; its last state stays beside it
-                keepCopy(connection, file, model.version());
-            WriteTransaction transaction(connection);
-            createSchema(connection, model);
-            if (storeValue(connection, "uuid").empty()) {
-                connection.execute("PRAGMA application_id=" + std::to_string(applicationId));
-                setStoreValue(connection, "uuid", newUuid());
-                setStoreValue(connection, "save", "0");
-            }
-            transaction.commit();
+    for (const Access access : {Access::Create, Access::Read}) {
+        try {
+            if (auto prepared = store->prepare(access); !prepared)
+                return Failure(std::move(prepared.error()));
+            break;
+        } catch (const SQLite::Exception &exception) {
+            if (access == Access::Read || !store->canOnlyBeRead(exception))
+                return Failure(store->whyNotOpened(exception));
         }
-        store->m_uuid = storeValue(connection, "uuid");
-    } catch (const SQLite::Exception &exception) {
-        const bool damaged = exception.getErrorCode() == SQLITE_NOTADB || exception.getErrorCode() == SQLITE_CORRUPT;
-        return Failure(storeError(damaged ? StoreErrorCode::Damaged : StoreErrorCode::CannotOpen,
-            damaged ? "The store \"" + name + "\" is damaged. It was left as it is."
-                    : "The store \"" + name + "\" could not be opened.",
-            exception));
     }
     return store;
+}
+
+/// Looks whether the file is a store that can be used, and makes it one where it is new or older.
+Result<void> Store::prepare(Access access)
+{
+    const std::string name = m_file.filename().string();
+    Connection connection(m_file, m_vfs, access);
+    const bool fresh = isEmptyFile(connection);
+    if (!fresh && (pragma(connection, "application_id") != applicationId || hasForeignSchema(connection)))
+        return Failure(refusal(StoreErrorCode::Damaged, "The file \"" + name + "\" is not a task store."));
+    const std::int64_t version = pragma(connection, "user_version");
+    if (version > m_model.version())
+        return Failure(refusal(StoreErrorCode::NewerSchema,
+            "The store \"" + name + "\" was written by a newer version of the program. It was left as it is."));
+    m_readOnly = access == Access::Read;
+    if (m_readOnly && (fresh || version < m_model.version()))
+        return Failure(refusal(StoreErrorCode::CannotOpen,
+            "The store \"" + name
+                + "\" is of an older version and cannot be written, so it cannot be brought up to date."));
+    if (fresh || version < m_model.version())
+        makeOrMigrate(connection, fresh);
+    m_uuid = storeValue(connection, "uuid");
+    connection.keepFilesOnClose(false);
+    return {};
+}
+
+void Store::makeOrMigrate(Connection &connection, bool fresh) const
+{
+    if (fresh)
+        switchToWriteAheadLog(connection);
+    else // an older store is migrated in place; its last state stays beside it
+        keepCopy(connection, m_file, m_model.version());
+    WriteTransaction transaction(connection);
+    createSchema(connection, m_model);
+    if (storeValue(connection, "uuid").empty()) {
+        connection.execute("PRAGMA application_id=" + std::to_string(applicationId));
+        setStoreValue(connection, "uuid", newUuid());
+        setStoreValue(connection, "save", "0");
+    }
+    transaction.commit();
+}
+
+/// Whether what failed was writing, where reading can be had: in a folder or on a disk that is read-only. Changes that
+/// lie in a log beside the store could not be read so, and half of the tasks are worse than none.
+bool Store::canOnlyBeRead(const SQLite::Exception &exception) const
+{
+    if (exception.getErrorCode() != SQLITE_CANTOPEN && exception.getErrorCode() != SQLITE_READONLY)
+        return false;
+    const std::string file = m_file.string();
+    const std::string folder = m_file.has_parent_path() ? m_file.parent_path().string() : ".";
+    std::error_code none;
+    const auto logged = std::filesystem::file_size(file + "-wal", none);
+    return m_vfs.empty() && ::access(file.c_str(), R_OK) == 0
+        && (::access(file.c_str(), W_OK) != 0 || ::access(folder.c_str(), W_OK) != 0) && (none || logged == 0);
+}
+
+foundation::Error Store::whyNotOpened(const SQLite::Exception &exception) const
+{
+    const std::string name = m_file.filename().string();
+    const bool damaged = exception.getErrorCode() == SQLITE_NOTADB || exception.getErrorCode() == SQLITE_CORRUPT;
+    return storeError(damaged ? StoreErrorCode::Damaged : StoreErrorCode::CannotOpen,
+        damaged ? "The store \"" + name + "\" is damaged. It was left as it is."
+                : "The store \"" + name + "\" could not be opened.",
+        exception);
+}
+
+Result<void> Store::check() const
+{
+    try {
+        Connection connection(m_file, m_vfs, m_readOnly ? Access::Read : Access::Write);
+        Statement statement = connection.prepare("PRAGMA quick_check(1)");
+        const std::string found = statement.step() ? statement.text(0) : std::string();
+        if (found == "ok")
+            return {};
+        foundation::Error error = refusal(StoreErrorCode::Damaged,
+            "The store \"" + m_file.filename().string() + "\" is damaged. Some of your tasks may be lost or wrong.");
+        error.detail = found;
+        return Failure(std::move(error));
+    } catch (const SQLite::Exception &exception) {
+        return Failure(whyNotOpened(exception));
+    }
 }
 
 std::string Store::uri(const ObjectID &id) const
@@ -172,10 +236,13 @@ ObjectID Store::objectID(std::string_view uri) const
 Result<std::unique_ptr<Connection>> Store::connect() const
 {
     try {
-        return std::make_unique<Connection>(m_file, m_vfs, false);
+        auto connection = std::make_unique<Connection>(m_file, m_vfs, m_readOnly ? Access::Read : Access::Write);
+        if (storeValue(*connection, "uuid") != m_uuid)
+            return Failure(refusal(
+                StoreErrorCode::Moved, "Another store lies in the place of \"" + m_file.filename().string() + "\"."));
+        return connection;
     } catch (const SQLite::Exception &exception) {
-        return Failure(storeError(StoreErrorCode::CannotOpen,
-            "The store \"" + m_file.filename().string() + "\" could not be opened.", exception));
+        return Failure(whyNotOpened(exception));
     }
 }
 

@@ -9,9 +9,14 @@
 #include <memory>
 #include <string>
 
+namespace SQLite {
+class Exception;
+}
+
 namespace objectstore {
 
 class Connection;
+enum class Access;
 
 /// Codes of the errors of the domain "ObjectStoreErrorDomain".
 enum class StoreErrorCode {
@@ -20,6 +25,7 @@ enum class StoreErrorCode {
     NewerSchema, ///< a later version of the program wrote it; it is left as it is
     Unreadable, ///< a read failed
     NotSaved, ///< a save failed and wrote nothing
+    Moved, ///< the file was deleted or replaced while it was open; nothing was written
     BadRequest, ///< a fetch names what the model does not have
 };
 
@@ -27,7 +33,8 @@ enum class StoreErrorCode {
 class Store
 {
 public:
-    /// Opens the file, creating it where there is none. `vfs` names the SQLite file layer; empty means the default.
+    /// Opens the file, creating it where there is none, for reading only where it cannot be written. `vfs` names the
+    /// SQLite file layer; empty means the default.
     [[nodiscard]] static foundation::Result<std::unique_ptr<Store>> open(const ObjectModel &model,
         const std::filesystem::path &file, const foundation::Clock &clock, std::string vfs = {});
     ~Store();
@@ -38,6 +45,13 @@ public:
     /// The store's own identity, made when the file was created.
     [[nodiscard]] const std::string &uuid() const { return m_uuid; }
 
+    /// Whether the file can be read but not written; every save then fails.
+    [[nodiscard]] bool isReadOnly() const { return m_readOnly; }
+
+    /// Reads the whole file and tells whether it is sound; takes a while for a large one. On a thread of its own, if
+    /// you like.
+    [[nodiscard]] foundation::Result<void> check() const;
+
     /// "x-objectstore://UUID/Entity/key"
     [[nodiscard]] std::string uri(const ObjectID &id) const;
     /// The id that `uri` names, or an empty one when the text is no URI of this store.
@@ -47,6 +61,10 @@ public:
     [[nodiscard]] foundation::Result<std::unique_ptr<Connection>> connect() const;
 
 private:
+    [[nodiscard]] foundation::Result<void> prepare(Access access);
+    void makeOrMigrate(Connection &connection, bool fresh) const;
+    [[nodiscard]] bool canOnlyBeRead(const SQLite::Exception &exception) const;
+    [[nodiscard]] foundation::Error whyNotOpened(const SQLite::Exception &exception) const;
     Store(const ObjectModel &model, std::filesystem::path file, const foundation::Clock &clock, std::string vfs);
 
     const ObjectModel &m_model;
@@ -54,6 +72,7 @@ private:
     const foundation::Clock &m_clock;
     std::string m_vfs;
     std::string m_uuid;
+    bool m_readOnly = false;
 };
 
 } // namespace objectstore
