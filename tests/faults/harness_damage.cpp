@@ -217,13 +217,25 @@ private:
     {
         Files files = m_stores[below(random, m_stores.size())];
         if (random() % 50 == 0)
-            files[storeName] = m_foreign;
+            return foreignCase(folder);
         auto target = files.begin();
         std::advance(target, below(random, files.size()));
         for (std::size_t i = 0, count = 1 + below(random, 2); i < count; ++i)
             damages[below(random, damages.size())](target->second, random);
         write(folder, files);
         return isolated([&](Notes &notes) { useStore(folder, files, notes); });
+    }
+
+    /// Somebody else's database under the store's name.
+    Ending foreignCase(const fs::path &folder)
+    {
+        const Files files{{storeName, m_foreign}};
+        write(folder, files);
+        return isolated([&](Notes &notes) {
+            useStore(folder, files, notes);
+            if (notes.savesFailed == 0)
+                notes.problem("another program's database was taken for a store");
+        });
     }
 
     Ending settingsCase(Random &random, const fs::path &folder)

@@ -20,6 +20,7 @@ PowerLog *theLog = nullptr;
 struct LoggedFile {
     sqlite3_file base;
     const char *path;
+    bool folderIsSynced; ///< the first sync of a new file beside the store syncs the folder too
     [[nodiscard]] sqlite3_file *real() { return reinterpret_cast<sqlite3_file *>(this + 1); }
 };
 
@@ -51,7 +52,7 @@ int truncate(sqlite3_file *file, sqlite3_int64 size)
 }
 int sync(sqlite3_file *file, int flags)
 {
-    log(Kind::Sync, logged(file)->path);
+    log(std::exchange(logged(file)->folderIsSynced, false) ? Kind::SyncWithFolder : Kind::Sync, logged(file)->path);
     return real(file)->pMethods->xSync(real(file), flags);
 }
 
@@ -84,6 +85,8 @@ int open(sqlite3_vfs *, const char *path, sqlite3_file *file, int flags, int *fl
 {
     constexpr int ofAStore = SQLITE_OPEN_MAIN_DB | SQLITE_OPEN_WAL | SQLITE_OPEN_MAIN_JOURNAL;
     logged(file)->path = flags & ofAStore ? path : nullptr;
+    logged(file)->folderIsSynced
+        = (flags & SQLITE_OPEN_CREATE) && (flags & (SQLITE_OPEN_WAL | SQLITE_OPEN_MAIN_JOURNAL));
     const int code = defaultLayer->xOpen(defaultLayer, path, real(file), flags, flagsOut);
     file->pMethods = code == SQLITE_OK ? &methods : nullptr;
     return code;
@@ -103,6 +106,21 @@ struct FileState {
     std::vector<const PowerLog::Operation *> pending;
     bool exists = false;
 };
+
+/// Files that were made are there and files that were deleted are gone, whatever became of their contents.
+void syncFolder(std::map<std::string, FileState> &files)
+{
+    for (auto &[name, file] : files) {
+        const auto deletion = std::find_if(file.pending.rbegin(), file.pending.rend(),
+            [](const auto *operation) { return operation->kind == Kind::Delete; });
+        if (deletion != file.pending.rend()) {
+            file.pending.erase(file.pending.begin(), deletion.base());
+            file.synced.clear();
+            file.exists = false;
+        }
+        file.exists = file.exists || !file.pending.empty();
+    }
+}
 
 void put(std::string &content, std::size_t offset, std::string_view bytes)
 {
@@ -198,7 +216,9 @@ PowerLog::Disk PowerLog::diskAfterCut(std::size_t moment, std::mt19937_64 &rando
         FileState &file = files[operation.file];
         if (operation.kind == Kind::DeleteSynced) {
             file = {};
-        } else if (operation.kind == Kind::Sync) {
+        } else if (operation.kind == Kind::Sync || operation.kind == Kind::SyncWithFolder) {
+            if (operation.kind == Kind::SyncWithFolder)
+                syncFolder(files);
             for (const Operation *pending : file.pending) {
                 if (pending->kind == Kind::Delete)
                     file.synced.clear();

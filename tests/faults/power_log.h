@@ -38,7 +38,16 @@ public:
     [[nodiscard]] Disk diskAfterCut(std::size_t moment, std::mt19937_64 &random) const;
 
     struct Operation {
-        enum class Kind { Write, Truncate, Sync, Delete, DeleteSynced, SaveBegins, SaveAcknowledged } kind;
+        enum class Kind {
+            Write,
+            Truncate,
+            Sync,
+            SyncWithFolder,
+            Delete,
+            DeleteSynced,
+            SaveBegins,
+            SaveAcknowledged
+        } kind;
         std::string file;
         std::int64_t place = 0; ///< offset, size or number
         std::string bytes;

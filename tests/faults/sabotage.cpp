@@ -24,8 +24,9 @@ constexpr std::array bugs{
     Bug{"no-transaction", "COMMIT", "SELECT 1"},
     Bug{"versions-ignored", " AND _save = ?", " AND ? IS NOT NULL"},
     Bug{"links-lost", "(owner, member) VALUES (?, ?)", "(owner, member) SELECT ?, ? WHERE 0"},
+    Bug{"links-kept", "= NULL WHERE", "= ifnull(NULL, 1) WHERE"},
     Bug{"everything-is-new", "SELECT count(*) FROM sqlite_schema", "SELECT 0"},
-    Bug{"early-checkpoints", "temp_store=MEMORY;", "temp_store=MEMORY; PRAGMA wal_autocheckpoint=12;"}, // no bug
+    Bug{"early-checkpoints", "temp_store=MEMORY;", "temp_store=MEMORY; PRAGMA wal_autocheckpoint=50;"}, // no bug
     Bug{"failed-saves-acknowledged", {}, {}},
     Bug{"settings-in-place", {}, {}},
     Bug{"damaged-settings-dropped", {}, {}},

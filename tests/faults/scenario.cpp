@@ -12,8 +12,11 @@
 #include <SQLiteCpp/Database.h>
 #include <algorithm>
 #include <cstring>
+#include <fcntl.h>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
+#include <unistd.h>
 
 namespace faults {
 
@@ -142,7 +145,11 @@ public:
         if (auto written = foundation::JsonSettingsFile(good).write(table); !written)
             return written;
         std::ifstream from(good, std::ios::binary);
-        std::ofstream(m_path, std::ios::binary) << from.rdbuf();
+        const std::string text{std::istreambuf_iterator<char>(from), {}};
+        const int file = ::open(m_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        for (std::size_t place = 0; place < text.size(); place += 1024) // as streams with a buffer write
+            (void)!::write(file, text.data() + place, std::min<std::size_t>(1024, text.size() - place));
+        ::close(file);
         return {};
     }
 
