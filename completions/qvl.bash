@@ -65,19 +65,22 @@ _qvl() {
         --settings) compopt -o filenames; mapfile -t COMPREPLY < <(compgen -f -- "$cur"); return ;;
         --folder) _qvl_complete_names folders; return ;;
         --context) _qvl_complete_names contexts; return ;;
-        --tag) _qvl_complete_names tags; return ;;
+        --tag | --untag) _qvl_complete_names tags; return ;;
         --state) _qvl_complete_names states; return ;;
         --priority) _qvl_words "-1 0 1 2 3"; return ;;
-        --start | --due) _qvl_words "today tomorrow +1d +3d +7d monday tuesday wednesday thursday friday saturday sunday"; return ;;
+        --start | --due) _qvl_words "none today tomorrow +1d +3d +7d monday tuesday wednesday thursday friday saturday sunday"; return ;;
         --sort) _qvl_words "title dueDate startDate priority star creationDate modifiedDate completedDate"; return ;;
         --format) _qvl_words "json csv"; return ;;
         --title | --note | --reminder | --where) return ;;
     esac
 
     case $command in
-        "") _qvl_words "$commands --store --settings --help" ;;
+        "") _qvl_words "$commands --store --settings --help --version" ;;
         add) _qvl_words "$task_options" ;;
-        edit) _qvl_words "--title $task_options" ;;
+        edit) _qvl_words "--title $task_options --no-star --untag" ;;
+        show) _qvl_words "--json" ;;
+        done) _qvl_words "--undo" ;;
+        sync) _qvl_words "--accept-deletions" ;;
         list)
             case $action in
                 "") _qvl_words "today inbox trash all folder context --where --sort --json" ;;

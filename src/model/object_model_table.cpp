@@ -138,8 +138,8 @@ EntitySchema tasks()
         {"taskID"},
         {"deleteOnSync", "markedDeleted"},
         {"isNew", "deleteOnSync"},
-        {"startDate"},
-        {"dueDate"},
+        {"startDate", "complete"}, // so that a completed task is passed over without reading its row
+        {"dueDate", "complete"},
         {"isCurrentLocation"},
     };
     return entity;
@@ -268,7 +268,8 @@ EntitySchema syncLedgerEntry()
     return {
         .name = "SyncLedgerEntry",
         .properties = {integer("kind"), integer("record"), integer("serverContent"), integer("localContent"),
-            integer("sentContent"), date("date"), text("account")},
+            integer("sentContent"), date("serverDate"), integer("replacedContent"), date("replacedDate"), date("date"),
+            text("account")},
         .indexes = {},
         .make = {},
     };

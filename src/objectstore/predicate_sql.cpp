@@ -46,6 +46,17 @@ public:
     }
 
 private:
+    /// Most flags of most rows are off. SQLite takes any equality for a narrow choice and would walk through nearly the
+    /// whole table by the flag's index; the sign in front of the column leaves the choice to the other conditions.
+    static bool isFlagThatIsOff(const PredicateNode &node, const ResolvedPath &left)
+    {
+        if (node.test != Operator::Equal || left.steps.size() != 1 || !node.right.isConstant())
+            return false;
+        const Property &property = *left.steps.front();
+        return property.isAttribute() && property.type == AttributeType::Boolean
+            && sameValue(node.right.constantValue(), false);
+    }
+
     std::string comparison(const PredicateNode &node, const std::string &alias, bool strict)
     {
         const ResolvedPath left = pathOf(node.left);
@@ -53,7 +64,7 @@ private:
         if (left.isMany() && right.isMany())
             throw Refusal{"\"" + node.left.name + "\" and \"" + node.right.name + "\" both stand for several values."};
         if (!left.isMany() && !right.isMany()) {
-            const std::string a = value(node.left, alias);
+            const std::string a = (isFlagThatIsOff(node, left) ? "+" : "") + value(node.left, alias);
             return test(node, a, strict, [&] { return value(node.right, alias); });
         }
         const bool all = node.modifier == PredicateNode::Modifier::All;

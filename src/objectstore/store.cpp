@@ -134,7 +134,8 @@ Result<std::unique_ptr<Store>> Store::open(
 Result<void> Store::prepare(Access access)
 {
     const std::string name = m_file.filename().string();
-    Connection connection(m_file, m_vfs, access);
+    auto first = std::make_unique<Connection>(m_file, m_vfs, access);
+    Connection &connection = *first;
     const bool fresh = isEmptyFile(connection);
     if (!fresh && (pragma(connection, "application_id") != applicationId || hasForeignSchema(connection)))
         return Failure(refusal(StoreErrorCode::Damaged, "The file \"" + name + "\" is not a task store."));
@@ -151,6 +152,7 @@ Result<void> Store::prepare(Access access)
         makeOrMigrate(connection, fresh);
     m_uuid = storeValue(connection, "uuid");
     connection.keepFilesOnClose(false);
+    m_first = std::move(first);
     return {};
 }
 
@@ -235,6 +237,8 @@ ObjectID Store::objectID(std::string_view uri) const
 
 Result<std::unique_ptr<Connection>> Store::connect() const
 {
+    if (const std::scoped_lock lock(m_mutex); m_first)
+        return std::move(m_first);
     try {
         auto connection = std::make_unique<Connection>(m_file, m_vfs, m_readOnly ? Access::Read : Access::Write);
         if (storeValue(*connection, "uuid") != m_uuid)

@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <string>
 
 namespace SQLite {
@@ -57,7 +58,7 @@ public:
     /// The id that `uri` names, or an empty one when the text is no URI of this store.
     [[nodiscard]] ObjectID objectID(std::string_view uri) const;
 
-    /// A new connection of its own for one context.
+    /// A connection of its own for one context.
     [[nodiscard]] foundation::Result<std::unique_ptr<Connection>> connect() const;
 
 private:
@@ -73,6 +74,8 @@ private:
     std::string m_vfs;
     std::string m_uuid;
     bool m_readOnly = false;
+    mutable std::mutex m_mutex;
+    mutable std::unique_ptr<Connection> m_first; ///< what opened the store; the first context takes it over
 };
 
 } // namespace objectstore

@@ -45,7 +45,7 @@ std::optional<ContextPhases::GtdContexts> ContextPhases::listContexts()
         std::erase_if(*contexts, [](const GtdContext &context) { return !isServiceId(context.contextId); });
     m_session.listedContexts.emplace();
     for (const GtdContext &context : *contexts)
-        m_session.listedContexts->insert(context.contextId);
+        m_session.listedContexts->try_emplace(context.title.value_or(""), context.contextId);
     return contexts;
 }
 
@@ -69,11 +69,17 @@ bool ContextPhases::getNewContexts()
         if (m_session.records().getContextById(context.contextId) || context.title == noneTitle)
             continue;
         if (Contexts *adopted = adoptableContext(context))
-            adopted->setContextID(context.contextId);
+            giveId(*adopted, context.contextId);
         else
             makeContext(context);
     }
     return true;
+}
+
+void ContextPhases::giveId(Contexts &context, std::int64_t id)
+{
+    context.setContextID(id);
+    m_session.placesWithNewId.push_back(&context);
 }
 
 /// A context that was sent, whose id got lost on the way back.
@@ -82,9 +88,9 @@ Contexts *ContextPhases::adoptableContext(const GtdContext &context)
     if (!m_session.isGuarding())
         return nullptr;
     const auto contexts = localContexts().value_or(std::vector<Contexts *>());
-    const auto found = std::ranges::find_if(contexts, [&context](const Contexts *local) {
+    const auto found = std::ranges::find_if(contexts, [this, &context](const Contexts *local) {
         return !isServiceId(local->contextID()) && !isDefault(*local) && local->title() == context.title.value_or("")
-            && !local->markedForDeletion();
+            && (!local->markedForDeletion() || m_session.ledger().isUnanswered(*local, contentOf(context)));
     });
     return found == contexts.end() ? nullptr : *found;
 }
@@ -94,7 +100,7 @@ void ContextPhases::makeContext(const GtdContext &context)
     Contexts &made = model::insert<Contexts>(m_session.moc());
     made.setContextID(context.contextId);
     made.setTitle(context.title.value_or(""));
-    m_session.ledger().agree(made, contentOf(context), contentOf(asSent(made)));
+    m_session.ledger().agree(made, {contentOf(context)}, contentOf(asSent(made)));
     m_session.moc().processPendingChanges();
     m_session.saveAction(); // what goes wrong is shown, and the others are still made
 }
@@ -145,17 +151,17 @@ void ContextPhases::reconcile(Contexts &context, const GtdContext &listed)
 {
     const ContentMark server = contentOf(listed);
     const ContentMark local = contentOf(asSent(context));
-    const Change change = m_session.ledger().compare(context, server, local);
+    const Change change = m_session.ledger().compare(context, {server}, local);
     const bool same
         = change == Change::None || (change == Change::Unknown && context.title() == listed.title.value_or(""));
     if (same) {
-        m_session.ledger().agree(context, server, local);
+        m_session.ledger().agree(context, {server}, local);
     } else if (change == Change::Local
         || (change == Change::Unknown && m_session.isLater(context.modifiedDate(), true))) {
         sendEdit(context, listed);
     } else {
         context.setTitle(listed.title.value_or(""));
-        m_session.ledger().agree(context, server, contentOf(asSent(context)));
+        m_session.ledger().agree(context, {server}, contentOf(asSent(context)));
     }
 }
 
@@ -171,21 +177,25 @@ void ContextPhases::sendEdit(Contexts &context, const GtdContext &listed)
     TDError error;
     const bool succeeded = m_session.client().editContext(edited, m_session.isGuarding() ? &error : nullptr);
     if (m_session.acceptItem(succeeded, error, context.title()) == Sent::Confirmed)
-        m_session.ledger().agree(context, content, content);
+        m_session.ledger().agree(context, {content}, content);
 }
 
 void ContextPhases::sendNewContext(Contexts &context)
 {
     TDError error;
     const GtdContext added = asSent(context);
+    if (m_session.isGuarding()) {
+        m_session.ledger().beginSending(context, contentOf(added));
+        m_session.saveAction();
+    }
     const std::int64_t id = m_session.client().addContext(added, &error);
     const Sent sent = m_session.acceptItem(id != -1, error, context.title());
     if (!m_session.isGuarding()) {
         context.setContextID(id);
         m_session.moc().processPendingChanges();
     } else if (sent == Sent::Confirmed && isServiceId(id)) {
-        context.setContextID(id);
-        m_session.ledger().agree(context, contentOf(added), contentOf(added));
+        giveId(context, id);
+        m_session.ledger().agree(context, {contentOf(added)}, contentOf(added));
         m_session.saveAction(); // at once: an id that is lost makes a second context of it
     }
 }
@@ -214,21 +224,28 @@ bool ContextPhases::deleteAtService(const Contexts &context)
         static_cast<void>(m_session.client().deleteContext(deleted));
         return true;
     }
-    if (!isServiceId(deleted.contextId)
-        || (m_session.listedContexts && !m_session.listedContexts->contains(deleted.contextId)))
+    if (!isServiceId(deleted.contextId) || !isListed(deleted.contextId))
         return true;
     TDError error;
     const bool succeeded = m_session.client().deleteContext(deleted, &error);
     return m_session.acceptItem(succeeded, error, context.title()) == Sent::Confirmed;
 }
 
+bool ContextPhases::isListed(std::int64_t contextID) const
+{
+    return !m_session.listedContexts || std::ranges::any_of(*m_session.listedContexts, [contextID](const auto &listed) {
+        return listed.second == contextID;
+    });
+}
+
 /// Deletes the context here; its tasks go to the default one, where they stay in sight.
 void ContextPhases::remove(Contexts &context)
 {
-    Contexts *none = m_session.records().getContextById(0);
-    if (none && none != &context) {
-        for (ManagedObject *task : std::vector<ManagedObject *>(context.tasks()))
-            task->setRelated("contexts", none);
+    Contexts *none = m_session.records().getContextByTitle(noneTitle);
+    const ContentMark difference = leaving(Place::Context, context.contextID());
+    for (ManagedObject *task : std::vector<ManagedObject *>(context.tasks())) {
+        task->setRelated("contexts", none == &context ? nullptr : none);
+        m_session.ledger().shift(*task, difference); // the service takes them out of it too
     }
     m_session.ledger().forget(context);
     m_session.moc().remove(context);

@@ -34,6 +34,8 @@ private:
     void sendEdit(model::Contexts &context, const toodledo::GtdContext &listed);
     void sendNewContext(model::Contexts &context);
     [[nodiscard]] bool deleteAtService(const model::Contexts &context);
+    [[nodiscard]] bool isListed(std::int64_t contextID) const;
+    void giveId(model::Contexts &context, std::int64_t id);
     void remove(model::Contexts &context);
 
     SyncSession &m_session;

@@ -70,22 +70,30 @@ bool FolderPhases::getNewFolders()
         if (m_session.records().getFolderById(folder.folderId))
             continue;
         if (Folders *adopted = adoptableFolder(folder))
-            adopted->setFolderID(folder.folderId);
+            giveId(*adopted, folder.folderId);
         else if (!makeFolder(folder))
             return false;
     }
     return true;
 }
 
-/// A folder that was sent and came back under an id that nothing here has yet.
+void FolderPhases::giveId(Folders &folder, std::int64_t id)
+{
+    folder.setFolderID(id);
+    m_session.placesWithNewId.push_back(&folder);
+}
+
+/// A folder here that the listed one, whose id nothing here has yet, can only be: it was sent and came back, or another
+/// computer sent it again after it had been deleted there.
 Folders *FolderPhases::adoptableFolder(const GtdFolder &folder)
 {
     if (!m_session.isGuarding())
         return nullptr;
     const auto folders = localFolders().value_or(std::vector<Folders *>());
-    const auto found = std::ranges::find_if(folders, [&folder](const Folders *local) {
-        return !isServiceId(local->folderID()) && local->title() == folder.title.value_or("")
-            && local->title() != inboxTitle && !local->markedForDeletion();
+    const auto found = std::ranges::find_if(folders, [this, &folder](const Folders *local) {
+        return !m_session.listedFolders->contains(local->folderID()) && local->title() == folder.title.value_or("")
+            && local->title() != inboxTitle
+            && (!local->markedForDeletion() || m_session.ledger().isUnanswered(*local, contentOf(folder)));
     });
     return found == folders.end() ? nullptr : *found;
 }
@@ -98,7 +106,7 @@ bool FolderPhases::makeFolder(const GtdFolder &folder)
     made.setOrder(folder.order);
     made.setPrivate(folder.isPrivate);
     made.setArchived(folder.archived);
-    m_session.ledger().agree(made, contentOf(folder), contentOf(asSent(made)));
+    m_session.ledger().agree(made, {contentOf(folder)}, contentOf(asSent(made)));
     m_session.moc().processPendingChanges();
     return m_session.saveAction();
 }
@@ -116,8 +124,11 @@ bool FolderPhases::sendDeletedFolders()
         if (!deleteAtService(folder))
             continue;
         if (inbox && inbox != &folder) {
-            for (ManagedObject *task : std::vector<ManagedObject *>(folder.tasks()))
+            const ContentMark difference = leaving(Place::Folder, folder.folderID());
+            for (ManagedObject *task : std::vector<ManagedObject *>(folder.tasks())) {
                 task->setRelated("folders", inbox);
+                m_session.ledger().shift(*task, difference); // the service takes them out of it too
+            }
         }
         m_session.ledger().forget(folder);
         m_session.moc().remove(folder);
@@ -173,20 +184,28 @@ bool FolderPhases::sendNewFolders()
     return true;
 }
 
-/// The listed folder with this one's id. One of the same title gives it its id on the way.
+/// The listed folder with this one's id. One of the same title gives it its id; without guards, in the list's order and
+/// without counting as the folder itself.
 const GtdFolder *FolderPhases::match(Folders &folder, const GtdFolders &listed, bool &adopted)
 {
+    if (m_session.isGuarding()) {
+        const auto byId = std::ranges::find(listed, folder.folderID(), &GtdFolder::folderId);
+        const auto found = byId != listed.end() ? byId : std::ranges::find_if(listed, [&](const GtdFolder &candidate) {
+            return folder.title() == candidate.title.value_or("") && !isTaken(candidate.folderId, &folder);
+        });
+        if (found == listed.end())
+            return nullptr;
+        if (folder.folderID() != found->folderId)
+            giveId(folder, found->folderId);
+        return &*found;
+    }
     for (const GtdFolder &candidate : listed) {
         if (folder.folderID() == candidate.folderId)
             return &candidate;
-        if (folder.title() != candidate.title.value_or(""))
-            continue;
-        if (m_session.isGuarding() && (isServiceId(folder.folderID()) || isTaken(candidate.folderId, &folder)))
-            continue; // its own id, or that of another folder, counts for more than a title
-        folder.setFolderID(candidate.folderId);
-        adopted = true;
-        if (m_session.isGuarding())
-            return &candidate;
+        if (folder.title() == candidate.title.value_or("")) {
+            folder.setFolderID(candidate.folderId);
+            adopted = true;
+        }
     }
     return nullptr;
 }
@@ -200,6 +219,10 @@ bool FolderPhases::isTaken(std::int64_t folderID, const Folders *but)
 /// False when the phase has to end.
 bool FolderPhases::sendNewFolder(Folders &folder)
 {
+    if (m_session.isGuarding()) {
+        m_session.ledger().beginSending(folder, contentOf(asSent(folder)));
+        m_session.saveAction();
+    }
     TDError error;
     const std::int64_t id = m_session.client().addFolder(asSent(folder), &error);
     const Sent sent = m_session.acceptItem(true, error, folder.title());
@@ -219,8 +242,6 @@ void FolderPhases::learnIds(const std::vector<Folders *> &sent)
     if (!listed)
         return;
     for (Folders *folder : sent) {
-        if (isServiceId(folder->folderID()))
-            folder->setValue("folderID", {}); // deleted there, and now there again under another id
         bool adopted = false;
         if (const GtdFolder *match = this->match(*folder, *listed, adopted))
             reconcile(*folder, *match);
@@ -232,16 +253,16 @@ void FolderPhases::reconcile(Folders &folder, const GtdFolder &listed)
 {
     const ContentMark server = contentOf(listed);
     const ContentMark local = contentOf(asSent(folder));
-    const Change change = m_session.ledger().compare(folder, server, local);
+    const Change change = m_session.ledger().compare(folder, {server}, local);
     bool localWins = change == Change::Local;
     if (change == Change::Unknown) {
         if (sameContent(folder, listed)) {
-            m_session.ledger().agree(folder, server, local);
+            m_session.ledger().agree(folder, {server}, local);
             return;
         }
         localWins = m_session.isLater(folder.modifiedDate(), true);
     } else if (change == Change::None) {
-        m_session.ledger().agree(folder, server, local);
+        m_session.ledger().agree(folder, {server}, local);
         return;
     }
     if (localWins) {
@@ -251,7 +272,7 @@ void FolderPhases::reconcile(Folders &folder, const GtdFolder &listed)
     folder.setTitle(listed.title.value_or(""));
     folder.setPrivate(listed.isPrivate);
     folder.setArchived(listed.archived);
-    m_session.ledger().agree(folder, server, contentOf(asSent(folder)));
+    m_session.ledger().agree(folder, {server}, contentOf(asSent(folder)));
 }
 
 void FolderPhases::sendEdit(Folders &folder, const GtdFolder &listed)
@@ -266,7 +287,7 @@ void FolderPhases::sendEdit(Folders &folder, const GtdFolder &listed)
     TDError error;
     const bool succeeded = m_session.client().editFolder(edited, m_session.isGuarding() ? &error : nullptr);
     if (m_session.acceptItem(succeeded, error, folder.title()) == Sent::Confirmed)
-        m_session.ledger().agree(folder, content, content);
+        m_session.ledger().agree(folder, {content}, content);
 }
 
 } // namespace syncing

@@ -28,6 +28,7 @@ private:
     [[nodiscard]] std::optional<GtdFolders> listFolders();
     [[nodiscard]] std::optional<std::vector<model::Folders *>> localFolders();
     [[nodiscard]] model::Folders *adoptableFolder(const toodledo::GtdFolder &folder);
+    void giveId(model::Folders &folder, std::int64_t id);
     bool makeFolder(const toodledo::GtdFolder &folder);
     bool deleteAtService(const model::Folders &folder);
     [[nodiscard]] const toodledo::GtdFolder *match(model::Folders &folder, const GtdFolders &listed, bool &adopted);

@@ -58,8 +58,13 @@ Result<void> SyncLedger::load()
         } else if (!m_isGuarding) {
             m_moc.remove(*note); // rules without guards change records behind its back
         } else if (kind >= 0 && kind < accountKind) {
-            m_entries[static_cast<std::size_t>(kind)][note->integer("record")] = {note->objectID().key,
-                markIn(*note, "serverContent"), markIn(*note, "localContent"), markIn(*note, "sentContent")};
+            m_entries[static_cast<std::size_t>(kind)][note->integer("record")] = {.key = note->objectID().key,
+                .server = markIn(*note, "serverContent"),
+                .serverDate = note->date("serverDate"),
+                .local = markIn(*note, "localContent"),
+                .sent = markIn(*note, "sentContent"),
+                .replaced = markIn(*note, "replacedContent"),
+                .replacedDate = note->date("replacedDate")};
         }
     }
     return {};
@@ -80,18 +85,33 @@ const SyncLedger::Entry *SyncLedger::find(const ManagedObject &record) const
     return found == m_entries[*kind].end() ? nullptr : &found->second;
 }
 
-Change SyncLedger::compare(const ManagedObject &record, ContentMark server, ContentMark local) const
+Change SyncLedger::compare(const ManagedObject &record, const ServerVersion &server, ContentMark local) const
 {
     const Entry *entry = find(record);
-    if (!entry || (!entry->server && entry->sent != server))
+    if (!entry || (!entry->server && entry->sent != server.content))
         return Change::Unknown;
+    if (entry->replaced == server.content && server.date && entry->replacedDate == server.date
+        && entry->server != server.content)
+        return Change::OldList;
     // What was sent last arrived, although no answer told so: from then on that is what both sides agreed on.
-    const bool arrived = entry->sent == server;
-    const bool serverChanged = !arrived && entry->server != server;
+    const bool arrived = entry->sent == server.content;
+    const bool serverChanged = !arrived && entry->server != server.content;
     const bool localChanged = (arrived ? entry->sent : entry->local) != local;
     if (serverChanged && localChanged)
-        return server == local ? Change::None : Change::Both;
+        return server.content == local ? Change::None : Change::Both;
     return serverChanged ? Change::Server : localChanged ? Change::Local : Change::None;
+}
+
+bool SyncLedger::isChangedHere(const ManagedObject &record, ContentMark local) const
+{
+    const Entry *entry = find(record);
+    return entry && entry->local != local;
+}
+
+bool SyncLedger::isUnanswered(const ManagedObject &record, ContentMark content) const
+{
+    const Entry *entry = find(record);
+    return entry && entry->sent == content;
 }
 
 bool SyncLedger::isKnown(const ManagedObject &record) const
@@ -100,18 +120,51 @@ bool SyncLedger::isKnown(const ManagedObject &record) const
     return entry && entry->server;
 }
 
-void SyncLedger::agree(const ManagedObject &record, ContentMark server, ContentMark local)
+void SyncLedger::agree(const ManagedObject &record, const ServerVersion &server, ContentMark local)
 {
     Entries *entries = entriesOf(record);
     if (!entries)
         return;
     Entry &entry = (*entries)[record.objectID().key];
-    if (entry.server == server && entry.local == local && !entry.sent)
+    const bool isSame = entry.server == server.content;
+    if (isSame && entry.local == local && !entry.sent && (!server.date || entry.serverDate == server.date))
         return;
-    entry.server = server;
+    if (entry.serverDate && !isSame) {
+        entry.replaced = entry.server;
+        entry.replacedDate = entry.serverDate;
+    }
+    if (server.date || !isSame)
+        entry.serverDate = server.date;
+    entry.server = server.content;
     entry.local = local;
     entry.sent.reset();
     write(record, entry);
+}
+
+void SyncLedger::noteDate(const ManagedObject &record, const ServerVersion &listed)
+{
+    Entries *entries = entriesOf(record);
+    const auto found = entries ? entries->find(record.objectID().key) : Entries::iterator();
+    if (!entries || found == entries->end() || found->second.server != listed.content
+        || found->second.serverDate == listed.date)
+        return;
+    found->second.serverDate = listed.date;
+    write(record, found->second);
+}
+
+void SyncLedger::shift(const ManagedObject &record, ContentMark difference)
+{
+    Entries *entries = entriesOf(record);
+    const auto found = entries ? entries->find(record.objectID().key) : Entries::iterator();
+    if (!entries || found == entries->end())
+        return;
+    for (std::optional<ContentMark> *mark : {&found->second.server, &found->second.local, &found->second.sent}) {
+        if (*mark)
+            *mark
+                = static_cast<ContentMark>(static_cast<std::uint64_t>(**mark) + static_cast<std::uint64_t>(difference));
+    }
+    found->second.serverDate.reset();
+    write(record, found->second);
 }
 
 void SyncLedger::beginSending(const ManagedObject &record, ContentMark content)
@@ -205,6 +258,9 @@ void SyncLedger::write(const ManagedObject &record, Entry &entry)
     written.setValue("serverContent", valueOf(entry.server));
     written.setValue("localContent", valueOf(entry.local));
     written.setValue("sentContent", valueOf(entry.sent));
+    written.setDate("serverDate", entry.serverDate);
+    written.setValue("replacedContent", valueOf(entry.replaced));
+    written.setDate("replacedDate", entry.replacedDate);
 }
 
 void SyncLedger::removeNote(std::int64_t key)

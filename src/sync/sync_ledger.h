@@ -18,7 +18,14 @@ enum class Change {
     None,
     Server,
     Local,
-    Both
+    Both,
+    OldList ///< the service's version is the very one that was superseded: the list comes out of some cache
+};
+
+/// One version of a record as the service has it.
+struct ServerVersion {
+    ContentMark content = 0;
+    std::optional<foundation::Instant> date = {}; ///< its modification, where a list told it
 };
 
 /// Notes, for each record, what the service last had of it, what the record looked like here then, and what is on the
@@ -38,13 +45,22 @@ public:
 
     [[nodiscard]] bool isGuarding() const { return m_isGuarding; }
 
-    /// Who has changed `record`, whose content is now `server` there and `local` here.
-    [[nodiscard]] Change compare(const objectstore::ManagedObject &record, ContentMark server, ContentMark local) const;
+    /// Who has changed `record`, which is now `server` there and has the content `local` here.
+    [[nodiscard]] Change compare(
+        const objectstore::ManagedObject &record, const ServerVersion &server, ContentMark local) const;
+    /// Whether the record, whose content is now `local`, is another than when both agreed.
+    [[nodiscard]] bool isChangedHere(const objectstore::ManagedObject &record, ContentMark local) const;
+    /// Whether just this content was being sent when the answer got lost.
+    [[nodiscard]] bool isUnanswered(const objectstore::ManagedObject &record, ContentMark content) const;
     /// Whether the service has ever had the record.
     [[nodiscard]] bool isKnown(const objectstore::ManagedObject &record) const;
 
     /// Both sides agree: the service has `server`, and `local` is what it amounts to here.
-    void agree(const objectstore::ManagedObject &record, ContentMark server, ContentMark local);
+    void agree(const objectstore::ManagedObject &record, const ServerVersion &server, ContentMark local);
+    /// A list told when the version that is known was made.
+    void noteDate(const objectstore::ManagedObject &record, const ServerVersion &listed);
+    /// The record has changed in the same way on both sides: `difference` is added to what is noted of either.
+    void shift(const objectstore::ManagedObject &record, ContentMark difference);
     /// `content` is about to be sent. To be saved before it is.
     void beginSending(const objectstore::ManagedObject &record, ContentMark content);
 
@@ -66,8 +82,11 @@ private:
     struct Entry {
         std::int64_t key = 0; ///< of the note
         std::optional<ContentMark> server;
+        std::optional<foundation::Instant> serverDate;
         std::optional<ContentMark> local;
         std::optional<ContentMark> sent;
+        std::optional<ContentMark> replaced; ///< what the service had before `server`
+        std::optional<foundation::Instant> replacedDate;
     };
     using Entries = std::unordered_map<std::int64_t, Entry>; ///< by the key of the record
 

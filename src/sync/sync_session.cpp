@@ -38,6 +38,17 @@ TDError SyncSession::failureOf(const TDError &error, std::string_view title) con
     return failure;
 }
 
+std::int64_t SyncSession::contextByTitle(std::string_view title) const
+{
+    // One that was renamed here goes by its old name there.
+    if (isGuarding() && listedContexts) {
+        const auto listed = listedContexts->find(title);
+        return listed == listedContexts->end() ? 0 : listed->second;
+    }
+    const model::Contexts *context = m_records.getContextByTitle(title);
+    return context ? context->contextID() : 0;
+}
+
 bool SyncSession::acceptList(bool hasList, const TDError &error)
 {
     const bool refused = isGuarding() && m_parts.client.lastReplyWasRefused();
@@ -99,12 +110,14 @@ void SyncSession::present(const Error &error)
         m_parts.host.presentError(error);
 }
 
-bool SyncSession::allowsDeletions(std::size_t number, std::size_t all, bool listIsEmpty, std::string_view what) const
+bool SyncSession::allowsDeletions(std::size_t number, std::size_t all, bool listIsEmpty, std::string_view what)
 {
     if (number == 0 || (!listIsEmpty && (number < fenceFrom || number * 2 <= all)))
         return true;
-    return m_parts.host.allowsDeletions("The service says that " + std::to_string(number) + " of your "
+    const bool isAllowed = m_parts.host.allowsDeletions("The service says that " + std::to_string(number) + " of your "
         + std::to_string(all) + " " + std::string(what) + " were deleted there. Delete them here too?");
+    m_isIncomplete = m_isIncomplete || !isAllowed;
+    return isAllowed;
 }
 
 } // namespace syncing

@@ -7,11 +7,13 @@
 #include "sync/sync_ledger.h"
 #include "toodledo/td_api.h"
 
+#include <map>
 #include <optional>
 #include <set>
 #include <stop_token>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace syncing {
 
@@ -71,12 +73,17 @@ public:
 
     /// Whether `number` of `all` synchronised records may be deleted because a list says so: asks when they are more
     /// than half of them, and three at least, or when the list is empty.
-    [[nodiscard]] bool allowsDeletions(
-        std::size_t number, std::size_t all, bool listIsEmpty, std::string_view what) const;
+    [[nodiscard]] bool allowsDeletions(std::size_t number, std::size_t all, bool listIsEmpty, std::string_view what);
 
-    // Only the run's list tells which ids the service has; nothing while it could not be had.
+    // What the run's lists tell of the service's ids; nothing while they could not be had.
     std::optional<std::set<std::int64_t>> listedFolders = {};
-    std::optional<std::set<std::int64_t>> listedContexts = {};
+    std::optional<std::map<std::string, std::int64_t, std::less<>>> listedContexts = {}; ///< by title
+
+    /// The folders and contexts that got an id in this run: what is sent of their tasks has changed by it.
+    std::vector<objectstore::ManagedObject *> placesWithNewId = {};
+
+    /// The id of the context of this title: the service's own, else the one that is known here; 0 without any.
+    [[nodiscard]] std::int64_t contextByTitle(std::string_view title) const;
 
 private:
     [[nodiscard]] toodledo::TDError failureOf(const toodledo::TDError &error, std::string_view title) const;

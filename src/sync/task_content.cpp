@@ -68,25 +68,36 @@ std::int64_t tagsOf(const toodledo::GtdTask &task)
     return static_cast<std::int64_t>(sum ^ (sum >> 32U));
 }
 
+std::uint64_t markOf(Place place, std::int64_t id)
+{
+    return static_cast<std::uint64_t>(ContentHash().add(place == Place::Folder ? 'f' : 'c').add(id).mark());
+}
+
 } // namespace
+
+ContentMark leaving(Place place, std::int64_t id)
+{
+    return static_cast<ContentMark>(markOf(place, 0) - markOf(place, id));
+}
 
 ContentMark contentOf(const toodledo::GtdTask &task)
 {
-    return ContentHash()
-        .add(task.title)
-        .add(tagsOf(task))
-        .add(task.folder)
-        .add(task.context)
-        .add(task.parentId)
-        .add(task.priority)
-        .add(task.status)
-        .add(task.star ? 1 : 0)
-        .add(task.completed ? 1 : 0)
-        .addDay(task.startDate)
-        .addDay(task.dueDate)
-        .add(task.length)
-        .add(task.note)
-        .mark();
+    // The places are added up, so that a mark can follow a task that is moved without knowing its other content.
+    const ContentMark others = ContentHash()
+                                   .add(task.title)
+                                   .add(tagsOf(task))
+                                   .add(task.parentId)
+                                   .add(task.priority)
+                                   .add(task.status)
+                                   .add(task.star ? 1 : 0)
+                                   .add(task.completed ? 1 : 0)
+                                   .addDay(task.startDate)
+                                   .addDay(task.dueDate)
+                                   .add(task.length)
+                                   .add(task.note)
+                                   .mark();
+    return static_cast<ContentMark>(
+        static_cast<std::uint64_t>(others) + markOf(Place::Folder, task.folder) + markOf(Place::Context, task.context));
 }
 
 ContentMark contentOf(const toodledo::GtdFolder &folder)

@@ -14,7 +14,12 @@ namespace syncing {
 /// line ends, which do not survive every service, do not count.
 using ContentMark = std::int64_t;
 
+/// Where a task can be, as far as its content goes.
+enum class Place { Folder, Context };
+
 [[nodiscard]] ContentMark contentOf(const toodledo::GtdTask &task);
+/// What is to be added to the mark of a task in the place with this id when it is there no longer, and nowhere instead.
+[[nodiscard]] ContentMark leaving(Place place, std::int64_t id);
 [[nodiscard]] ContentMark contentOf(const toodledo::GtdFolder &folder);
 [[nodiscard]] ContentMark contentOf(const toodledo::GtdContext &context);
 

@@ -65,6 +65,7 @@ TaskMapping::TaskMapping(const model::DataUtilities &records)
     , m_states(byId<model::States>(records, "stateID"))
     , m_priorities(byId<model::Priorities>(records, "priority"))
     , m_inbox(records.getFolderByTitle("Inbox"))
+    , m_none(records.getContextByTitle("None"))
 {
     if (auto tags = records.getTags())
         m_tags = std::move(*tags);
@@ -129,6 +130,9 @@ void TaskMapping::copyWholeToodledoTaskToLocalTask(const GtdTask &from, Tasks &t
         to.setTags({});
     if (model::Folders *folder = folderOrInbox(from.folder))
         to.setRelated("folders", folder);
+    // the default context has no id before the second launch, so that a task does not find its way back to it by one
+    if (const auto context = m_contexts.find(from.context); context == m_contexts.end())
+        to.setRelated("contexts", m_none);
 }
 
 GtdTask TaskMapping::copyLocalTaskToToodledoTask(const Tasks &task, foundation::Instant now)

@@ -28,7 +28,7 @@ public:
     /// and modification as they are, and the tags too when the service has none.
     void copyToodledoTaskToLocalTask(const toodledo::GtdTask &from, model::Tasks &to);
 
-    /// The same, and then what the plain copy leaves: the folder, and tags that were taken away.
+    /// The same, and then what the plain copy leaves: the folder, tags that were taken away, and a context that was.
     void copyWholeToodledoTaskToLocalTask(const toodledo::GtdTask &from, model::Tasks &to);
 
     /// The task as it is sent. The dates of adding and of completion are `now`: those of the store do not travel.
@@ -52,6 +52,7 @@ private:
     ById<model::Priorities> m_priorities;
     std::map<std::string, model::Tags *, std::less<>> m_tags;
     model::Folders *m_inbox;
+    model::Contexts *m_none;
 };
 
 } // namespace syncing

@@ -6,6 +6,7 @@
 #include "toodledo/td_text.h"
 
 #include <algorithm>
+#include <map>
 #include <span>
 
 namespace syncing {
@@ -86,11 +87,15 @@ GtdTask TaskPhases::asAdded(GtdTask task)
 
 TaskPhases::Winner TaskPhases::whoWins(const GtdTask &listed, const Tasks &task, ContentMark server, ContentMark local)
 {
-    switch (m_session.ledger().compare(task, server, local)) {
+    const ServerVersion version{server, listed.modifiedDate};
+    switch (m_session.ledger().compare(task, version, local)) {
+    case Change::OldList:
+        return Winner::None;
     case Change::None:
-        m_session.ledger().agree(task, server, local);
+        m_session.ledger().agree(task, version, local);
         return Winner::None;
     case Change::Local:
+        m_session.ledger().noteDate(task, version);
         return Winner::Local;
     case Change::Server:
         return Winner::Server;
@@ -106,7 +111,7 @@ TaskPhases::Winner TaskPhases::whoWins(const GtdTask &listed, const Tasks &task,
     if (m_session.isLater(task.modifiedDate(), false))
         return Winner::Local;
     if (m_session.isGuarding() && server == local) {
-        m_session.ledger().agree(task, server, local);
+        m_session.ledger().agree(task, version, local);
         return Winner::None;
     }
     return m_session.isGuarding() ? Winner::Local : Winner::None;
@@ -119,7 +124,7 @@ void TaskPhases::takeOver(const GtdTask &listed, Tasks &task, ContentMark server
         return;
     }
     mapping.copyWholeToodledoTaskToLocalTask(listed, task);
-    m_session.ledger().agree(task, server, contentOf(asSent(task)));
+    m_session.ledger().agree(task, {server, listed.modifiedDate}, contentOf(asSent(task)));
 }
 
 bool TaskPhases::synchEditedTasks()
@@ -173,7 +178,7 @@ void TaskPhases::sendEdit(Edit &edit)
     TDError error;
     const bool succeeded = m_session.client().editTask(edit.sent, &error);
     if (m_session.acceptItem(succeeded, error, edit.task->title()) == Sent::Confirmed)
-        m_session.ledger().agree(*edit.task, edit.content, edit.content);
+        m_session.ledger().agree(*edit.task, {edit.content}, edit.content);
 }
 
 bool TaskPhases::getNewTasks()
@@ -208,7 +213,9 @@ Tasks *TaskPhases::adopt(const GtdTask &listed)
             continue;
         task->setTaskID(listed.taskId);
         task->setIsNew(false);
-        m_session.ledger().agree(*task, content, content); // an edit made since differs from that and is sent next
+        m_session.ledger().agree(
+            *task, {content, listed.modifiedDate}, content); // an edit made since differs from that and is sent late
+        m_adopted.push_back(task);
         return task;
     }
     return nullptr;
@@ -221,7 +228,7 @@ void TaskPhases::makeTask(const GtdTask &listed, TaskMapping &mapping)
     if (model::Folders *folder = mapping.folderOrInbox(listed.folder))
         made.setRelated("folders", folder);
     if (m_session.isGuarding())
-        m_session.ledger().agree(made, contentOf(listed), contentOf(asSent(made)));
+        m_session.ledger().agree(made, {contentOf(listed), listed.modifiedDate}, contentOf(asSent(made)));
 }
 
 bool TaskPhases::deleteListed(const GtdTask &listed, Tasks &task)
@@ -256,6 +263,35 @@ bool TaskPhases::getDeletedTasks()
     for (Tasks *task : gone)
         remove(*task);
     return true;
+}
+
+bool TaskPhases::sendLateEdits()
+{
+    std::map<std::int64_t, Tasks *> changed; // by id
+    const auto consider = [&changed](Tasks *task) {
+        if (isServiceId(task->taskID()) && !task->deleteOnSync())
+            changed.emplace(task->taskID(), task);
+    };
+    std::ranges::for_each(m_adopted, consider);
+    for (ManagedObject *place : m_session.placesWithNewId) {
+        for (ManagedObject *task : place->objects("tasks"))
+            consider(model::as<Tasks>(task));
+    }
+    if (changed.empty())
+        return true;
+    std::vector<Edit> edits;
+    for (const GtdTask &listed : m_tdTasks) {
+        const auto found = changed.find(listed.taskId);
+        if (found == changed.end())
+            continue;
+        GtdTask sent = asSent(*found->second);
+        const ContentMark content = contentOf(sent);
+        if (!m_session.ledger().isChangedHere(*found->second, content))
+            continue;
+        keepWhatIsNotCarried(sent, listed);
+        edits.push_back({found->second, std::move(sent), content});
+    }
+    return sendEdits(std::move(edits));
 }
 
 bool TaskPhases::sendNewTasks()
@@ -305,7 +341,7 @@ bool TaskPhases::sendNewTask(Edit &added)
         const ContentMark whole = contentOf(added.sent);
         added.content = whole;
         sendEdit(added);
-        if (m_session.ledger().compare(task, whole, whole) == Change::None)
+        if (m_session.ledger().compare(task, {whole}, whole) == Change::None)
             task.setIsNew(false);
         return true;
     }
@@ -323,7 +359,7 @@ bool TaskPhases::sendNewTask(Edit &added)
         task.setTaskID(id);
         task.setIsNew(false);
         m_sentIds.insert(id);
-        m_session.ledger().agree(task, added.content, added.content);
+        m_session.ledger().agree(task, {added.content}, added.content);
         if (added.sent.length != 0) {
             added.sent.taskId = id;
             added.content = contentOf(added.sent);

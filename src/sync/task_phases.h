@@ -27,6 +27,9 @@ public:
     bool getDeletedTasks();
     /// Sends the tasks made here, which get their ids by it.
     bool sendNewTasks();
+    /// Sends again what became different while the run went on: tasks whose folder or context has got its id since, and
+    /// those that were known again under another content.
+    bool sendLateEdits();
     /// Deletes, there and then here, the tasks in the Trash.
     bool sendDeletedTasks();
 
@@ -61,6 +64,7 @@ private:
     bool m_isListed = false; ///< whether the list can be believed
     std::unordered_set<std::int64_t> m_sentIds; ///< of tasks that the service has since the list was fetched
     std::unordered_set<std::int64_t> m_listedIds;
+    std::vector<model::Tasks *> m_adopted;
 };
 
 } // namespace syncing

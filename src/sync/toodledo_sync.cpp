@@ -91,6 +91,7 @@ private:
     ObjectContext m_moc;
     SyncLedger m_ledger;
     std::unique_ptr<toodledo::HttpTransport> m_transport;
+    std::optional<SyncSession> m_session; ///< from the login on
 };
 
 SyncOutcome Run::exchange()
@@ -109,7 +110,7 @@ SyncOutcome Run::exchange()
             leaveAccount(m_moc, m_ledger, m_host);
         m_ledger.setAccount(client->userId());
     }
-    SyncSession session({m_moc, m_ledger, *client, m_host, m_environment.clock,
+    SyncSession &session = m_session.emplace(SyncSession::Parts{m_moc, m_ledger, *client, m_host, m_environment.clock,
         comparisonDate(m_environment.settings, m_ledger), m_stop});
     bool isExchanged = false;
     const bool isThrough = runPhases(session, isExchanged);
@@ -131,11 +132,7 @@ std::unique_ptr<TDApi> Run::logIn()
     TDError error;
     auto client = TDApi::initWithUsername(settings.text(keys::ToodleDoUsername), settings.text(keys::ToodleDoPassword),
         {m_environment.settings, *m_transport, m_environment.clock,
-            [this](std::string_view title) {
-                const model::Contexts *context = model::DataUtilities(m_moc, m_host).getContextByTitle(title);
-                return context ? context->contextID() : 0;
-            },
-            m_stop},
+            [this](std::string_view title) { return m_session ? m_session->contextByTitle(title) : 0; }, m_stop},
         &error);
     if (client && m_ledger.isGuarding() && client->loginWasRefused()) {
         error = {toodledo::toodledoApiErrorDomain, 30, "The service refused the login: " + client->userId(), {}};
@@ -214,7 +211,12 @@ void Run::push(SyncSession &session, FolderPhases &folders, ContextPhases &conte
                 contexts.sendDeletedContexts();
             }},
         {"Getting deleted tasks", [&] { tasks.getDeletedTasks(); }},
-        {"Sending new tasks", [&] { tasks.sendNewTasks(); }},
+        {"Sending new tasks",
+            [&] {
+                tasks.sendNewTasks();
+                if (session.isGuarding())
+                    tasks.sendLateEdits();
+            }},
         {"Sending deleted tasks", [&] { tasks.sendDeletedTasks(); }},
     }};
     for (const Phase &phase : phases) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "toodledo/td_api.h"
 
+#include "foundation/log.h"
 #include "toodledo/td_api_core.h"
 
 #include <algorithm>
@@ -129,8 +130,9 @@ void TDApi::complain(const Complaint &complaint, TDError *error, std::span<const
             message += "Too many synchronizations in the past hour. Please wait an hour and try again.";
         message += texts.front();
     }
-    *error = TDError{toodledoApiErrorDomain, complaint.code, std::move(message),
-        m_lastReply.failure ? m_lastReply.failure->detail : m_lastReply.errorText};
+    // The service may quote the request that it refused, with the key in it.
+    *error = TDError{toodledoApiErrorDomain, complaint.code, foundation::redacted(message),
+        foundation::redacted(m_lastReply.failure ? m_lastReply.failure->detail : m_lastReply.errorText)};
 }
 
 } // namespace toodledo

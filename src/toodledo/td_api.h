@@ -109,7 +109,7 @@ public:
     bool editContext(const GtdContext &context, TDError *error = nullptr);
     bool deleteContext(const GtdContext &context, TDError *error = nullptr);
 
-    // Notes; they need a key that is already held, and never ask for one (except to delete)
+    // Notes; to add and to edit one needs a key that is already held, whereas all else asks for one
     [[nodiscard]] std::optional<std::vector<GtdNote>> getNotes(TDError *error = nullptr);
     /// The id of the new note, or -1.
     std::int64_t addNote(const GtdNote &note, TDError *error = nullptr);

@@ -185,8 +185,8 @@ std::optional<std::string> TDApi::createAccount(std::string_view email, std::str
     }
     auto userId = onlyValue(parser);
     if (!userId && error)
-        *error = TDError{
-            toodledoApiErrorDomain, accountNotCreated, std::string(accountNotCreatedText), m_lastReply.errorText};
+        *error = TDError{toodledoApiErrorDomain, accountNotCreated, std::string(accountNotCreatedText),
+            foundation::redacted(m_lastReply.errorText)};
     return userId;
 }
 

@@ -18,8 +18,9 @@ StoredKey::Entry StoredKey::load(const std::string &userId, foundation::Instant 
 {
     Entry entry{std::nullopt, m_settings.date(obtainedSetting)};
     std::string key = m_settings.text(keySetting);
-    const std::string user = m_settings.text(userSetting);
-    const bool ofThisUser = user.empty() || user == userId;
+    // A key without a user is from before users were noted; one of nobody is what an account's creation left.
+    const auto user = m_settings.value(userSetting);
+    const bool ofThisUser = !user || *user == foundation::SettingValue(userId);
     const bool ofTheFuture = entry.obtained && *entry.obtained > now;
     if (!key.empty() && ofThisUser && !ofTheFuture)
         entry.key = std::move(key);

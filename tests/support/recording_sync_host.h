@@ -12,7 +12,7 @@
 namespace support {
 
 /// A host that writes down what a run tells and asks.
-class RecordingSyncHost final : public syncing::SyncHost
+class RecordingSyncHost : public syncing::SyncHost
 {
 public:
     struct Alert {

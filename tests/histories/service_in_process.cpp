@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "histories/service_in_process.h"
+
+#include <stdexcept>
+
+namespace histories {
+
+ServiceInProcess::ServiceInProcess(std::function<std::int64_t()> clock)
+{
+    m_database = service::Database::inMemory();
+    m_service = std::make_unique<service::Service>(
+        *m_database, service::ServiceOptions{.tokensPerHour = 1000000, .clock = std::move(clock)});
+    const std::string reply = answer("/api.php?method=createAccount;email=ana%40example.org;pass=secret%20word;");
+    if (reply.find("<added>") == std::string::npos)
+        throw std::runtime_error("no account: " + reply);
+}
+
+} // namespace histories
