@@ -100,11 +100,12 @@ Result<std::unique_ptr<TaskStore>> TaskStore::open(
     auto store = objectstore::Store::open(objectModel(), folder / fileName, clock);
     if (!store)
         return foundation::Failure(std::move(store.error()));
-    if ((*store)->isReadOnly())
+    std::unique_ptr<TaskStore> tasks(new TaskStore(std::move(*store)));
+    if (tasks->store().isReadOnly())
         presenter.presentError({"TaskStoreErrorDomain", EROFS,
             "The task store can only be read here: what you change cannot be saved.", (folder / fileName).string()});
-    std::unique_ptr<TaskStore> tasks(new TaskStore(std::move(*store)));
-    initializeDataStore(tasks->managedObjectContext(), presenter);
+    else
+        initializeDataStore(tasks->managedObjectContext(), presenter);
     return tasks;
 }
 

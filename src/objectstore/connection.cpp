@@ -174,6 +174,11 @@ foundation::Error storeError(StoreErrorCode code, std::string sentence, const SQ
         std::string(exception.what()) + " (SQLite " + std::to_string(exception.getExtendedErrorCode()) + ")"};
 }
 
+int primaryCode(const SQLite::Exception &exception)
+{
+    return exception.getErrorCode() & 0xff;
+}
+
 std::string identifier(std::string_view name)
 {
     std::string text = "\"";

@@ -101,6 +101,9 @@ private:
 [[nodiscard]] foundation::Error storeError(
     StoreErrorCode code, std::string sentence, const SQLite::Exception &exception);
 
+/// What kind of failure it was, whatever finer code SQLite gave.
+[[nodiscard]] int primaryCode(const SQLite::Exception &exception);
+
 /// `name` as an SQL identifier.
 [[nodiscard]] std::string identifier(std::string_view name);
 

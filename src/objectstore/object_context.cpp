@@ -101,7 +101,7 @@ void ObjectContext::disconnect(const SQLite::Exception &exception) const
     constexpr std::array useless{SQLITE_READONLY, SQLITE_CANTOPEN, SQLITE_PROTOCOL};
     constexpr std::array uselessErrors{
         SQLITE_IOERR_SHMOPEN, SQLITE_IOERR_SHMSIZE, SQLITE_IOERR_SHMMAP, SQLITE_IOERR_SHMLOCK};
-    if (std::ranges::count(useless, exception.getErrorCode()) == 0
+    if (std::ranges::count(useless, primaryCode(exception)) == 0
         && std::ranges::count(uselessErrors, exception.getExtendedErrorCode()) == 0)
         return;
     m_state->connectError = storeError(StoreErrorCode::Unreadable, "The task store could not be read.", exception);

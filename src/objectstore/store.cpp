@@ -48,7 +48,7 @@ void switchToWriteAheadLog(Connection &connection)
             connection.execute("PRAGMA journal_mode=WAL");
             return;
         } catch (const SQLite::Exception &exception) {
-            if (exception.getErrorCode() != SQLITE_BUSY || attempt == 50)
+            if (primaryCode(exception) != SQLITE_BUSY || attempt == 50)
                 throw;
             sqlite3_sleep(20);
         }
@@ -176,7 +176,7 @@ void Store::makeOrMigrate(Connection &connection, bool fresh) const
 /// lie in a log beside the store could not be read so, and half of the tasks are worse than none.
 bool Store::canOnlyBeRead(const SQLite::Exception &exception) const
 {
-    if (exception.getErrorCode() != SQLITE_CANTOPEN && exception.getErrorCode() != SQLITE_READONLY)
+    if (primaryCode(exception) != SQLITE_CANTOPEN && primaryCode(exception) != SQLITE_READONLY)
         return false;
     const std::string file = m_file.string();
     const std::string folder = m_file.has_parent_path() ? m_file.parent_path().string() : ".";
@@ -189,7 +189,7 @@ bool Store::canOnlyBeRead(const SQLite::Exception &exception) const
 foundation::Error Store::whyNotOpened(const SQLite::Exception &exception) const
 {
     const std::string name = m_file.filename().string();
-    const bool damaged = exception.getErrorCode() == SQLITE_NOTADB || exception.getErrorCode() == SQLITE_CORRUPT;
+    const bool damaged = primaryCode(exception) == SQLITE_NOTADB || primaryCode(exception) == SQLITE_CORRUPT;
     return storeError(damaged ? StoreErrorCode::Damaged : StoreErrorCode::CannotOpen,
         damaged ? "The store \"" + name + "\" is damaged. It was left as it is."
                 : "The store \"" + name + "\" could not be opened.",
