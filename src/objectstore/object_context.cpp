@@ -290,9 +290,11 @@ void ObjectContext::load(const ManagedObject &fault) const
             statement.bind(keys[std::min(i, keys.size() - 1)]);
         RowBuilder builder;
         while (statement.step()) {
-            ManagedObject &object = *objects[statement.integer(0)];
-            object.m_row = readRow(builder, statement, entity);
-            loaded.push_back(&object);
+            const auto found = objects.find(statement.integer(0));
+            if (found == objects.end())
+                continue; // a damaged index gives rows that were not asked for
+            found->second->m_row = readRow(builder, statement, entity);
+            loaded.push_back(found->second.get());
         }
     } catch (const SQLite::Exception &) {
         return; // reads as nothing now and is tried again at the next read; the next fetch or save reports the cause
@@ -347,7 +349,7 @@ std::vector<ManagedObject *> ObjectContext::readMembers(const ManagedObject &own
     members.reserve(keys.size());
     for (const std::int64_t key : keys) {
         ManagedObject *member = object({relationship.destination, key});
-        if (!member->m_deleted)
+        if (member && !member->m_deleted) // a damaged link may hold no key
             members.push_back(member);
     }
     return members;

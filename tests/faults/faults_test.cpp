@@ -239,6 +239,19 @@ TEST(Faults, F13_F14_a_check_finds_what_opening_does_not_read)
     EXPECT_EQ(checked.error().code, static_cast<int>(objectstore::StoreErrorCode::Damaged));
 }
 
+TEST(Faults, F13_links_that_hold_no_key_are_passed_over)
+{
+    TestStore store;
+    store.add(aTask().titled("task").tagged("tag"));
+    store.save();
+    SQLite::Database((store.folder.path() / model::TaskStore::fileName).string(), SQLite::OPEN_READWRITE)
+        .exec("INSERT INTO Tasks_tags (owner, member) SELECT _key, 0 FROM Tasks;"
+              "INSERT INTO Tasks_tags (owner, member) SELECT _key, 'text' FROM Tasks");
+    store.relaunch();
+    ASSERT_THAT(store.all("Tasks"), testing::SizeIs(1));
+    EXPECT_EQ(titles(store.all("Tasks").front()->objects("tags")), std::vector<std::string>{"tag"});
+}
+
 TEST(Faults, F14_a_log_of_another_store_is_not_read_into_this_one)
 {
     TestStore one;
