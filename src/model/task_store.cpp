@@ -103,7 +103,7 @@ Result<std::unique_ptr<TaskStore>> TaskStore::open(
     std::unique_ptr<TaskStore> tasks(new TaskStore(std::move(*store)));
     if (tasks->store().isReadOnly())
         presenter.presentError({"TaskStoreErrorDomain", EROFS,
-            "The task store can only be read here: what you change cannot be saved.", (folder / fileName).string()});
+            tasks->store().notice() + " What you change cannot be saved.", (folder / fileName).string()});
     else
         initializeDataStore(tasks->managedObjectContext(), presenter);
     return tasks;

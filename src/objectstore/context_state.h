@@ -3,6 +3,7 @@
 
 #include "objectstore/connection.h"
 #include "objectstore/object_context.h"
+#include "objectstore/save_log.h"
 #include "objectstore/schema.h"
 
 #include <map>
@@ -49,8 +50,9 @@ struct ObjectContext::State {
     std::list<std::function<void(const ObjectsChange &)>> handlers;
     std::int64_t lastKey = 0;
     std::int64_t seenDataVersion = 0;
-    std::int64_t seenSave = 0;
-    std::set<std::string> unsureSaves; ///< saves that failed, of which the store may hold one all the same
+    std::int64_t seenSave = 0; ///< the last save up to which everything is known here
+    std::unordered_set<std::int64_t> ownSaves; ///< of this context, after that
+    std::set<std::pair<std::int64_t, std::string>> unsureSaves; ///< that failed, and may be in the store all the same
     bool linksMayDangle = false; ///< records were deleted elsewhere that unsaved changes here may point at
     bool announcing = false;
 
@@ -84,12 +86,14 @@ private:
     void write();
     void insert(ManagedObject &object);
     void update(ManagedObject &object);
-    void resolve(ManagedObject &object);
+    [[nodiscard]] bool resolve(ManagedObject &object);
     bool writeColumns(ManagedObject &object, const std::vector<int> &slots, std::int64_t expectedSave);
+    [[nodiscard]] bool isToBeRemoved(const ManagedObject &object) const;
     void remove(const ManagedObject &object);
     void unlink(const ManagedObject &object);
     void writeJoins();
     void dropDanglingLinks();
+    void note(const ManagedObject &object, SaveLog::Kind kind);
     [[nodiscard]] bool wasCommitted();
     SaveReport adopt();
 
@@ -99,6 +103,12 @@ private:
     std::int64_t m_save = 0;
     std::int64_t m_unsureSave = 0; ///< the number of an earlier save that failed here and yet was made; 0 for none
     std::string m_token;
+    SaveLog m_log;
+    std::map<std::pair<const EntityDescription *, SaveLog::Kind>, std::vector<std::int64_t>> m_written;
+    std::vector<ManagedObject *> m_objects; ///< what is written, by entity and key
+    const EntityDescription *m_updateEntity = nullptr; ///< what `m_updateSql` updates
+    std::vector<int> m_updateSlots;
+    std::string m_updateSql;
     std::vector<Conflict> m_conflicts;
     std::vector<ObjectID> m_unlinked; ///< rows that pointed at a deleted record
     bool m_linksDropped = false;
