@@ -60,7 +60,7 @@ double median(int rounds, const std::function<void()> &work)
 {
     std::vector<double> times;
     for (int i = 0; i < rounds; ++i)
-        times.push_back(processorSecondsFor(work));
+        times.push_back(secondsFor(work));
     return middle(times);
 }
 

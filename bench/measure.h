@@ -12,8 +12,7 @@ namespace bench {
 /// Seconds since the program started, for telling the steps of a long piece of work apart.
 [[nodiscard]] double secondsSinceStart();
 
-/// Seconds that this thread computes for `work`. What waits for a disk is measured by the clock, all else by these, so
-/// that other programs matter less.
+/// Seconds that this thread computes for `work`: for work that no other thread, process or disk has a part in.
 [[nodiscard]] double processorSecondsFor(const std::function<void()> &work);
 
 using Measure = double (*)(const std::function<void()> &);
@@ -23,9 +22,9 @@ struct Pair {
     double ours = 0; ///< seconds
     double raw = 0;
 };
-[[nodiscard]] Pair alternate(int rounds, const std::function<void()> &ours, const std::function<void()> &raw,
-    Measure measure = processorSecondsFor);
-/// The median of processor seconds.
+[[nodiscard]] Pair alternate(
+    int rounds, const std::function<void()> &ours, const std::function<void()> &raw, Measure measure = secondsFor);
+/// The median on the wall clock.
 [[nodiscard]] double median(int rounds, const std::function<void()> &work);
 
 /// Bytes that the program holds on the heap now.
