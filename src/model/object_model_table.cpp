@@ -268,8 +268,8 @@ EntitySchema syncLedgerEntry()
     return {
         .name = "SyncLedgerEntry",
         .properties = {integer("kind"), integer("record"), integer("serverContent"), integer("localContent"),
-            integer("sentContent"), date("serverDate"), integer("serverFolder"), integer("serverContext"), integer("replacedContent"), date("replacedDate"), date("date"),
-            text("account")},
+            integer("sentContent"), date("serverDate"), integer("serverFolder"), integer("serverContext"),
+            integer("replacedContent"), date("replacedDate"), date("date"), text("account")},
         .indexes = {},
         .make = {},
     };
