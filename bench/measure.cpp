@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <malloc.h>
 #include <vector>
 
@@ -14,6 +15,13 @@ double middle(std::vector<double> values)
 {
     std::sort(values.begin(), values.end());
     return values[values.size() / 2];
+}
+
+double processorSeconds()
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 } // namespace
 
@@ -30,13 +38,20 @@ double secondsSinceStart()
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-Pair alternate(int rounds, const std::function<void()> &ours, const std::function<void()> &raw)
+double processorSecondsFor(const std::function<void()> &work)
+{
+    const double start = processorSeconds();
+    work();
+    return processorSeconds() - start;
+}
+
+Pair alternate(int rounds, const std::function<void()> &ours, const std::function<void()> &raw, Measure measure)
 {
     std::vector<double> our;
     std::vector<double> limit;
     for (int i = 0; i < rounds; ++i) {
-        limit.push_back(secondsFor(raw));
-        our.push_back(secondsFor(ours));
+        limit.push_back(measure(raw));
+        our.push_back(measure(ours));
     }
     return {middle(our), middle(limit)};
 }
@@ -45,7 +60,7 @@ double median(int rounds, const std::function<void()> &work)
 {
     std::vector<double> times;
     for (int i = 0; i < rounds; ++i)
-        times.push_back(secondsFor(work));
+        times.push_back(processorSecondsFor(work));
     return middle(times);
 }
 

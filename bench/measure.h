@@ -12,12 +12,20 @@ namespace bench {
 /// Seconds since the program started, for telling the steps of a long piece of work apart.
 [[nodiscard]] double secondsSinceStart();
 
+/// Seconds that this thread computes for `work`. What waits for a disk is measured by the clock, all else by these, so
+/// that other programs matter less.
+[[nodiscard]] double processorSecondsFor(const std::function<void()> &work);
+
+using Measure = double (*)(const std::function<void()> &);
+
 /// The medians of `rounds` alternating runs of two pieces of work, so that both meet the same weather.
 struct Pair {
     double ours = 0; ///< seconds
     double raw = 0;
 };
-[[nodiscard]] Pair alternate(int rounds, const std::function<void()> &ours, const std::function<void()> &raw);
+[[nodiscard]] Pair alternate(int rounds, const std::function<void()> &ours, const std::function<void()> &raw,
+    Measure measure = processorSecondsFor);
+/// The median of processor seconds.
 [[nodiscard]] double median(int rounds, const std::function<void()> &work);
 
 /// Bytes that the program holds on the heap now.

@@ -31,6 +31,7 @@ public:
     {
         ::curl_easy_setopt(m_easy, CURLOPT_WRITEDATA, &m_reply);
         ::curl_easy_setopt(m_easy, CURLOPT_WRITEFUNCTION, &append);
+        ::curl_easy_setopt(m_easy, CURLOPT_NOSIGNAL, 1L); // as the client of this project
     }
     Client(const Client &) = delete;
     Client &operator=(const Client &) = delete;

@@ -50,3 +50,13 @@ function(quelvin_test name)
     target_precompile_headers(${name} PRIVATE ${QUELVIN_STANDARD_HEADERS} <gtest/gtest.h>)
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 600)
 endfunction()
+
+# A test that makes windows: the same, on a screen that nobody sees, with an application around it.
+function(quelvin_gui_test name)
+    cmake_parse_arguments(TEST "" "" "SOURCES;LINKS" ${ARGN})
+    add_executable(${name} ${TEST_SOURCES} ${PROJECT_SOURCE_DIR}/tests/support/gui_main.cpp)
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+    target_link_libraries(${name} PRIVATE quelvin_flags ${TEST_LINKS} GTest::gmock GTest::gtest rapidcheck Qt6::Test)
+    target_precompile_headers(${name} PRIVATE ${QUELVIN_STANDARD_HEADERS} <gtest/gtest.h>)
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 600 LABELS gui)
+endfunction()

@@ -150,8 +150,8 @@ void putUndatedLast(std::vector<ManagedObject *> &tasks, const SortDescriptor &d
 {
     const objectstore::Property *property = tasks.empty() ? nullptr : tasks.front()->entity().property(descriptor.key);
     if (property && property->isAttribute() && property->type == objectstore::AttributeType::Date)
-        std::ranges::stable_partition(
-            tasks, [&](const ManagedObject *task) { return !objectstore::isNil(task->value(*property)); });
+        std::stable_partition(tasks.begin(), tasks.end(),
+            [&](const ManagedObject *task) { return !objectstore::isNil(task->value(*property)); });
 }
 
 } // namespace

@@ -63,13 +63,14 @@ Instant instantOf(std::int64_t seconds, int millisecond)
     return Instant{static_cast<double>(seconds * 1000 + millisecond) / 1000.0};
 }
 
-/// Whole milliseconds, kept within the years that a calendar date can name.
+/// Whole milliseconds, kept within the years that a calendar date can name. The first and the last local days of all
+/// reach a day further where the local clock is ahead of UTC or behind it.
 std::int64_t milliseconds(Instant instant)
 {
     if (std::isnan(instant.seconds))
         return 0;
-    const double first = static_cast<double>(firstSecond) * 1000;
-    const double last = static_cast<double>(lastSecond) * 1000;
+    const double first = static_cast<double>(firstSecond - secondsPerDay) * 1000;
+    const double last = static_cast<double>(lastSecond + secondsPerDay) * 1000;
     return std::llround(std::fmax(first, std::fmin(last, instant.seconds * 1000)));
 }
 

@@ -101,9 +101,8 @@ Result<std::unique_ptr<TaskStore>> TaskStore::open(
     if (!store)
         return foundation::Failure(std::move(store.error()));
     std::unique_ptr<TaskStore> tasks(new TaskStore(std::move(*store)));
-    if (tasks->store().isReadOnly())
-        presenter.presentError({"TaskStoreErrorDomain", EROFS,
-            "The task store can only be read here: what you change cannot be saved.", (folder / fileName).string()});
+    if (const std::string &notice = tasks->store().notice(); !notice.empty())
+        presenter.presentError({"TaskStoreErrorDomain", EROFS, notice, {}});
     else
         initializeDataStore(tasks->managedObjectContext(), presenter);
     return tasks;

@@ -4,12 +4,16 @@
 #include "objectstore/predicate.h"
 
 #include <SQLiteCpp/Exception.h>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
 
 namespace objectstore {
 
 namespace {
 constexpr int busyTimeout = 10000; // milliseconds; a first pull of 100,000 tasks holds the lock for seconds at most
-
 constexpr int longestValue = 64 * 1024 * 1024; // bytes; a longer one is no text that a person wrote
 
 void check(int code, sqlite3 *database)
@@ -18,24 +22,15 @@ void check(int code, sqlite3 *database)
         throw SQLite::Exception(database, code);
 }
 
-int openFlags(Access access)
+/// The name to open: the path, or a URI that says that nobody writes the file.
+std::string nameFor(const std::filesystem::path &file, Connection::Mode mode)
 {
-    switch (access) {
-    case Access::Create:
-        return SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE;
-    case Access::Write:
-        return SQLite::OPEN_READWRITE;
-    case Access::Read:
-        return SQLite::OPEN_READONLY | SQLite::OPEN_URI;
-    }
-    return SQLite::OPEN_READONLY;
-}
-
-/// Where nothing can be written, SQLite reads a store with a write-ahead log only when told that nobody writes to it.
-std::string immutableUri(const std::filesystem::path &file)
-{
+    if (mode == Connection::Mode::Create)
+        Connection::createPrivateFile(file);
+    if (mode != Connection::Mode::Immutable)
+        return file.string();
     std::string uri = "file:";
-    for (const char letter : file.string()) {
+    for (const char letter : std::filesystem::absolute(file).string()) {
         if (letter == '%' || letter == '?' || letter == '#')
             uri += letter == '%' ? "%25" : letter == '?' ? "%3f" : "%23";
         else
@@ -111,8 +106,11 @@ std::string Statement::text(int column) const
                  : std::string();
 }
 
-Connection::Connection(const std::filesystem::path &file, const std::string &vfs, Access access)
-    : m_database(access == Access::Read ? immutableUri(file) : file.string(), openFlags(access), busyTimeout, vfs)
+Connection::Connection(const std::filesystem::path &file, const std::string &vfs, Mode mode)
+    : m_database(nameFor(file, mode),
+        SQLite::OPEN_NOMUTEX
+            | (mode == Mode::Immutable ? SQLite::OPEN_READONLY | SQLite::OPEN_URI : SQLite::OPEN_READWRITE),
+        busyTimeout, vfs)
 {
     keepFilesOnClose(true);
     sqlite3_extended_result_codes(handle(), 1);
@@ -121,13 +119,7 @@ Connection::Connection(const std::filesystem::path &file, const std::string &vfs
     sqlite3_limit(handle(), SQLITE_LIMIT_LENGTH, longestValue);
     execute("PRAGMA synchronous=FULL; PRAGMA cell_size_check=ON; PRAGMA temp_store=MEMORY;");
     installPredicateFunctions(handle());
-    keepFilesOnClose(access == Access::Create); // who opens to create has yet to see whether this is a store
-}
-
-bool Connection::hasMoved() const
-{
-    int moved = 0;
-    return sqlite3_file_control(handle(), "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK && moved != 0;
+    keepFilesOnClose(mode == Mode::Create); // who opens to create has yet to see whether this is a store
 }
 
 Statement Connection::prepare(const std::string &sql)
@@ -143,6 +135,21 @@ Statement Connection::prepare(const std::string &sql)
         throw SQLite::Exception("A statement was used while it was running: " + sql);
     }
     return Statement(kept.get());
+}
+
+void Connection::createPrivateFile(const std::filesystem::path &file)
+{
+    const int descriptor = ::open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (descriptor >= 0)
+        ::close(descriptor);
+    else if (errno != EEXIST)
+        throw SQLite::Exception(std::generic_category().message(errno), SQLITE_CANTOPEN);
+}
+
+bool Connection::hasMoved() const
+{
+    int moved = 0;
+    return sqlite3_file_control(handle(), "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK && moved != 0;
 }
 
 std::int64_t Connection::dataVersion()

@@ -41,34 +41,37 @@ private:
     int m_bound = 0;
 };
 
-/// How a file is opened.
-enum class Access {
-    Create, ///< to read and write; a missing file is made
-    Write, ///< to read and write
-    Read, ///< to read a file that nobody writes to, in a place where nothing can be written
-};
-
 /// One connection to a store file, with its prepared statements kept for the next use. Belongs to one thread.
 /// Failures are SQLite::Exception; they stay inside the object store.
 class Connection
 {
 public:
+    enum class Mode {
+        Create, ///< a missing file is made, readable by nobody else
+        Existing, ///< for writing where the file allows it, else for reading
+        Immutable, ///< for reading a file beside which SQLite can put nothing
+    };
+
     /// Opens the file with the care that every connection takes.
-    Connection(const std::filesystem::path &file, const std::string &vfs, Access access);
+    Connection(const std::filesystem::path &file, const std::string &vfs, Mode mode);
+
+    /// Makes an empty file that nobody else can read, where there is none. SQLite gives its side files the same rights.
+    static void createPrivateFile(const std::filesystem::path &file);
 
     [[nodiscard]] Statement prepare(const std::string &sql);
     void execute(const std::string &sql) { m_database.exec(sql); }
     [[nodiscard]] int changes() const { return sqlite3_changes(m_database.getHandle()); }
     [[nodiscard]] sqlite3 *handle() const { return m_database.getHandle(); }
 
+    [[nodiscard]] bool isReadOnly() const { return sqlite3_db_readonly(handle(), "main") == 1; }
+    /// Whether the file was moved, replaced or deleted since it was opened.
+    [[nodiscard]] bool hasMoved() const;
+
     /// Whether closing leaves the files as they are, instead of moving what the write-ahead log holds into the store.
     void keepFilesOnClose(bool keep)
     {
         sqlite3_db_config(handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, keep ? 1 : 0, nullptr);
     }
-
-    /// Whether the file was deleted, or another one put in its place, while it was open.
-    [[nodiscard]] bool hasMoved() const;
 
     /// A number that changes whenever another connection has committed.
     [[nodiscard]] std::int64_t dataVersion();
@@ -101,7 +104,7 @@ private:
 [[nodiscard]] foundation::Error storeError(
     StoreErrorCode code, std::string sentence, const SQLite::Exception &exception);
 
-/// What kind of failure it was, whatever finer code SQLite gave.
+/// The kind of failure without SQLite's finer distinctions, such as SQLITE_BUSY.
 [[nodiscard]] int primaryCode(const SQLite::Exception &exception);
 
 /// `name` as an SQL identifier.

@@ -87,9 +87,13 @@ void sortBy(std::vector<ManagedObject *> &objects, const SortDescriptor &descrip
 struct Plan {
     const EntityDescription *entity = nullptr;
     SqlCondition condition;
+    /// The condition was left out: every object has to be asked in memory.
+    bool inMemory = false;
 };
 
-Result<Plan> planFor(const FetchRequest &request, const ObjectModel &model)
+/// Unsaved changes may alter the answer. Objects that hold some are asked in memory anyway; but the answer of a
+/// predicate over relationships may hang on changes elsewhere, so that it is asked of every object in memory.
+Result<Plan> planFor(const FetchRequest &request, const ObjectModel &model, bool hasChanges)
 {
     Plan plan;
     plan.entity = model.entity(request.entity);
@@ -103,7 +107,9 @@ Result<Plan> planFor(const FetchRequest &request, const ObjectModel &model)
         auto condition = compileToSql(request.predicate, *plan.entity);
         if (!condition)
             return Failure(condition.error());
-        plan.condition = std::move(*condition);
+        plan.inMemory = condition->tooDeep || (hasChanges && request.predicate.followsRelationships(*plan.entity));
+        if (!plan.inMemory)
+            plan.condition = std::move(*condition);
     }
     return plan;
 }
@@ -137,17 +143,10 @@ Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &re
     processPendingChanges();
     if (!connected())
         return Failure(m_state->connectError);
-    auto plan = planFor(request, m_store.model());
+    const auto plan = planFor(request, m_store.model(), hasChanges());
     if (!plan)
         return Failure(plan.error());
-
-    // Unsaved changes may alter the answer. Where any exist, objects that hold some are asked in memory; and a
-    // predicate over relationships, whose answer may hang on changes elsewhere, is asked of every object in memory.
-    const bool everyObject = request.predicate.followsRelationships() && hasChanges();
-    const bool unsaved = everyObject || !m_state->changedOf(*plan->entity).empty();
-    if (everyObject)
-        plan->condition = {};
-
+    const bool unsaved = plan->inMemory || !m_state->changedOf(*plan->entity).empty();
     const PredicateEvaluator evaluator(request.predicate, *plan->entity);
     const auto index = static_cast<std::size_t>(plan->entity->index());
     auto &objects = m_state->objects[index];
@@ -175,9 +174,9 @@ Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &re
             } else if (!kept->m_unsaved && kept->m_row->save() != statement.integer(1) && !kept->m_inserted) {
                 kept->m_row = readRow(builder, statement, *plan->entity);
             }
-            if (!unsaved || (!kept->hasChanges() && !everyObject))
-                found.push_back(kept.get());
-            else if (everyObject && !kept->hasChanges() && evaluator.matches(*kept))
+            if (unsaved && kept->hasChanges())
+                continue;
+            if (!plan->inMemory || evaluator.matches(*kept))
                 found.push_back(kept.get());
         }
     } catch (const SQLite::Exception &exception) {
@@ -206,15 +205,15 @@ Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &re
 Result<std::int64_t> ObjectContext::count(const FetchRequest &request)
 {
     processPendingChanges();
-    if (request.predicate.followsRelationships() && hasChanges()) {
-        auto found = fetch(request);
-        return found ? Result<std::int64_t>(static_cast<std::int64_t>(found->size())) : Failure(found.error());
-    }
     if (!connected())
         return Failure(m_state->connectError);
-    const auto plan = planFor(request, m_store.model());
+    const auto plan = planFor(request, m_store.model(), hasChanges());
     if (!plan)
         return Failure(plan.error());
+    if (plan->inMemory) {
+        const auto found = fetch(request);
+        return found ? Result<std::int64_t>(static_cast<std::int64_t>(found->size())) : Failure(found.error());
+    }
     const PredicateEvaluator evaluator(request.predicate, *plan->entity);
     const bool unsaved = !m_state->changedOf(*plan->entity).empty();
     std::int64_t number = 0;
@@ -252,7 +251,7 @@ Result<void> ObjectContext::fetchValues(const FetchRequest &request, const std::
         return Failure(m_state->connectError);
     if (!request.sortDescriptors.empty())
         return Failure(badRequest("Values are read in the order of insertion and in no other."));
-    const auto plan = planFor(request, m_store.model());
+    const auto plan = planFor(request, m_store.model(), hasChanges());
     if (!plan)
         return Failure(plan.error());
     const auto columns = columnsFor(keys, *plan->entity);
@@ -265,7 +264,7 @@ Result<void> ObjectContext::fetchValues(const FetchRequest &request, const std::
             values[i] = object.value(*(*columns)[i]);
         visit(object.m_id, values);
     };
-    if (request.predicate.followsRelationships() && hasChanges()) {
+    if (plan->inMemory) {
         const auto found = fetch(request);
         if (!found)
             return Failure(found.error());

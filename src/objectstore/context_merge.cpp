@@ -8,14 +8,28 @@ namespace objectstore {
 
 using foundation::Failure;
 
+/// The object of a record if it is here already.
+ManagedObject *ObjectContext::known(const ObjectID &id) const
+{
+    const auto &objects = m_state->objects[static_cast<std::size_t>(id.entity->index())];
+    const auto found = objects.find(id.key);
+    return found == objects.end() ? nullptr : found->second.get();
+}
+
+/// Makes an object that is here a fault again, because its row has changed in the store.
+void ObjectContext::forgetRow(const ObjectID &id)
+{
+    ManagedObject *object = known(id);
+    if (!object || !object->m_row || object->m_inserted)
+        return;
+    object->m_row.reset();
+    object->didTurnIntoFault();
+    m_state->faults[static_cast<std::size_t>(id.entity->index())].push_back(id.key);
+}
+
 void ObjectContext::mergeChanges(const ChangeSet &changes)
 {
     forgetMembers();
-    const auto known = [this](const ObjectID &id) -> ManagedObject * {
-        auto &objects = m_state->objects[static_cast<std::size_t>(id.entity->index())];
-        const auto found = objects.find(id.key);
-        return found == objects.end() ? nullptr : found->second.get();
-    };
     for (const ObjectID &id : changes.inserted) {
         ManagedObject *inserted = object(id);
         if (inserted->m_deleted && !m_state->changedOf(*id.entity).contains(inserted)) {
@@ -26,10 +40,11 @@ void ObjectContext::mergeChanges(const ChangeSet &changes)
             m_state->pendingInserted.insert(inserted);
     }
     for (const ObjectID &id : changes.updated) {
-        ManagedObject *updated = known(id);
-        if (!updated || updated->m_deleted || updated->m_inserted)
+        ManagedObject *updated = object(id); // one that was not here may answer a question now that it did not before
+        if (updated->m_deleted || updated->m_inserted)
             continue;
         // a row with changes of our own stays as it was read: that is how the next save notices the conflict
+        updated->m_stale = updated->m_unsaved != nullptr;
         if (!updated->m_unsaved && updated->m_row) {
             updated->m_row.reset();
             updated->didTurnIntoFault();
@@ -51,6 +66,62 @@ void ObjectContext::mergeChanges(const ChangeSet &changes)
     processPendingChanges();
 }
 
+/// What the log tells of saves that this context has not seen; nothing where it no longer goes back so far.
+std::optional<ChangeSet> ObjectContext::loggedChanges() const
+{
+    std::unordered_map<ObjectID, SaveLog::Kind> last; // what became of a record in the end
+    const auto visit = [&](std::int64_t save, SaveLog::Kind kind, const ObjectID &id) {
+        const ManagedObject *object = known(id);
+        const bool seen = object && object->m_row && object->m_row->save() >= save;
+        if (m_state->ownSaves.contains(save) || (seen && kind != SaveLog::Kind::Deleted))
+            return;
+        const auto [place, isNew] = last.emplace(id, kind);
+        if (!isNew && !(place->second == SaveLog::Kind::Inserted && kind == SaveLog::Kind::Updated))
+            place->second = kind;
+    };
+    if (!SaveLog(*m_state->connection).forEachAfter(m_state->seenSave, m_store.model(), visit))
+        return std::nullopt;
+    ChangeSet changes;
+    for (const auto &[id, kind] : last) {
+        const ManagedObject *object = known(id);
+        if (kind == SaveLog::Kind::Deleted)
+            changes.deleted.push_back(id);
+        else if (kind == SaveLog::Kind::Inserted && (!object || object->m_deleted || object->isFault()))
+            changes.inserted.push_back(id);
+        else
+            changes.updated.push_back(id);
+    }
+    return changes;
+}
+
+/// The same by a comparison of every record with what this context holds of it.
+ChangeSet ObjectContext::comparedChanges() const
+{
+    ChangeSet changes;
+    for (const auto &entity : m_store.model().entities()) {
+        auto &objects = m_state->objects[static_cast<std::size_t>(entity->index())];
+        std::unordered_set<std::int64_t> present;
+        Statement statement = m_state->connection->prepare("SELECT _key, _save FROM " + identifier(entity->name()));
+        while (statement.step()) {
+            const std::int64_t key = statement.integer(0);
+            const auto kept = objects.find(key);
+            if (kept != objects.end())
+                present.insert(key);
+            if (kept != objects.end() && kept->second->m_row) {
+                if (kept->second->m_row->save() != statement.integer(1) && !kept->second->m_inserted)
+                    changes.updated.push_back({entity.get(), key});
+            } else if (statement.integer(1) > m_state->seenSave) {
+                changes.inserted.push_back({entity.get(), key});
+            }
+        }
+        for (const auto &[key, object] : objects) {
+            if (!object->m_inserted && !object->m_deleted && !present.contains(key))
+                changes.deleted.push_back(object->m_id);
+        }
+    }
+    return changes;
+}
+
 Result<bool> ObjectContext::mergeExternalChanges()
 {
     if (!connected())
@@ -62,31 +133,13 @@ Result<bool> ObjectContext::mergeExternalChanges()
         if (version == m_state->seenDataVersion)
             return false;
         connection.execute("BEGIN");
-        const std::int64_t lastSave = std::stoll("0" + objectstore::storeValue(connection, "save"));
-        for (const auto &entity : m_store.model().entities()) {
-            auto &objects = m_state->objects[static_cast<std::size_t>(entity->index())];
-            std::unordered_set<std::int64_t> present;
-            Statement statement = connection.prepare("SELECT _key, _save FROM " + identifier(entity->name()));
-            while (statement.step()) {
-                const std::int64_t key = statement.integer(0);
-                const auto kept = objects.find(key);
-                if (kept != objects.end())
-                    present.insert(key);
-                if (kept != objects.end() && kept->second->m_row) {
-                    if (kept->second->m_row->save() != statement.integer(1) && !kept->second->m_inserted)
-                        changes.updated.push_back({entity.get(), key});
-                } else if (statement.integer(1) > m_state->seenSave) {
-                    changes.inserted.push_back({entity.get(), key});
-                }
-            }
-            for (const auto &[key, object] : objects) {
-                if (!object->m_inserted && !object->m_deleted && !present.contains(key))
-                    changes.deleted.push_back(object->m_id);
-            }
-        }
+        const std::int64_t lastSave = SaveLog(connection).lastSave();
+        auto logged = loggedChanges();
+        changes = logged ? std::move(*logged) : comparedChanges();
         connection.execute("COMMIT");
         m_state->seenDataVersion = version;
         m_state->seenSave = lastSave;
+        m_state->ownSaves.clear();
     } catch (const SQLite::Exception &exception) {
         sqlite3_exec(m_state->connection->handle(), "ROLLBACK", nullptr, nullptr, nullptr);
         disconnect(exception);

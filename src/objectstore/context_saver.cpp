@@ -10,7 +10,7 @@ namespace objectstore {
 using foundation::Failure;
 
 ContextSaver::ContextSaver(ObjectContext &context)
-    : m_context(context), m_state(*context.m_state), m_connection(*m_state.connection)
+    : m_context(context), m_state(*context.m_state), m_connection(*m_state.connection), m_log(m_connection)
 { }
 
 Result<SaveReport> ContextSaver::save()
@@ -19,12 +19,14 @@ Result<SaveReport> ContextSaver::save()
         if (!object->m_deleted)
             object->willSave();
     }
+    m_objects = m_state.allChanged();
     if (!m_context.hasChanges() && m_state.unsureSaves.empty())
         return adopt();
     if (m_connection.hasMoved())
-        return Failure(foundation::Error{"ObjectStoreErrorDomain", static_cast<int>(StoreErrorCode::Moved),
-            "The task store was deleted or replaced while it was open. Your changes are kept in the program.",
-            m_context.m_store.file().string()});
+        return Failure({"ObjectStoreErrorDomain", static_cast<int>(StoreErrorCode::Moved),
+            "The file of the task store was moved, replaced or deleted while it was open. Your changes are kept in the "
+            "program.",
+            m_context.store().file().string()});
     try {
         try {
             WriteTransaction transaction(m_connection);
@@ -46,13 +48,11 @@ Result<SaveReport> ContextSaver::save()
 void ContextSaver::write()
 {
     static thread_local std::mt19937_64 random{std::random_device{}()};
-    m_save = std::stoll("0" + storeValue(m_connection, "save")) + 1;
-    m_unsureSave = m_state.unsureSaves.contains(storeValue(m_connection, "savedBy")) ? m_save - 1 : 0;
+    m_save = m_log.lastSave() + 1;
+    m_unsureSave = unsureSave();
     m_token = std::to_string(random());
-    m_state.unsureSaves.insert(m_token);
-    const auto isToBeRemoved
-        = [this](const ManagedObject &object) { return object.m_deleted && (!object.m_inserted || m_unsureSave > 0); };
-    for (ManagedObject *object : m_state.allChanged()) {
+    m_state.unsureSaves.emplace_back(m_save, m_token);
+    for (ManagedObject *object : m_objects) {
         if (object->m_inserted && !object->m_deleted)
             insert(*object);
         else if (isToBeRemoved(*object))
@@ -61,14 +61,42 @@ void ContextSaver::write()
             update(*object);
     }
     writeJoins();
-    for (const ManagedObject *object : m_state.allChanged()) {
+    for (const ManagedObject *object : m_objects) { // after the updates, which may have taken the links already
         if (isToBeRemoved(*object))
             unlink(*object);
     }
-    if (m_state.linksMayDangle || m_save - 1 != m_state.seenSave) // others saved, and may have deleted
+    if (m_state.linksMayDangle || othersSaved()) {
+        dropDanglingReferences();
         dropDanglingLinks();
-    setStoreValue(m_connection, "save", std::to_string(m_save));
-    setStoreValue(m_connection, "savedBy", m_token);
+    }
+    for (const auto &[group, keys] : m_written)
+        m_log.append(m_save, m_token, *group.first, group.second, keys);
+}
+
+/// The number of a save that failed here and of which the store tells that it was made all the same.
+std::int64_t ContextSaver::unsureSave()
+{
+    for (const auto &[save, token] : m_state.unsureSaves) {
+        if (m_log.holds(save, token))
+            return save;
+    }
+    return 0;
+}
+
+bool ContextSaver::othersSaved() const
+{
+    return m_save - 1 - m_state.seenSave != static_cast<std::int64_t>(m_state.ownSaves.size());
+}
+
+/// What was inserted and deleted here is in no store, unless a save between that failed was made after all.
+bool ContextSaver::isToBeRemoved(const ManagedObject &object) const
+{
+    return object.m_deleted && (!object.m_inserted || m_unsureSave > 0);
+}
+
+void ContextSaver::note(const ManagedObject &object, SaveLog::Kind kind)
+{
+    m_written[{object.m_id.entity, kind}].push_back(object.m_id.key);
 }
 
 void ContextSaver::insert(ManagedObject &object)
@@ -86,6 +114,7 @@ void ContextSaver::insert(ManagedObject &object)
     for (const Property *column : columns)
         statement.bind(object.value(*column));
     statement.run();
+    note(object, SaveLog::Kind::Inserted);
 }
 
 void ContextSaver::update(ManagedObject &object)
@@ -95,17 +124,22 @@ void ContextSaver::update(ManagedObject &object)
         slots.push_back(slot);
     std::sort(slots.begin(), slots.end());
     // a row whose links alone changed is still written, so that other contexts see its number of save change
-    if (!writeColumns(object, slots, object.m_row ? object.m_row->save() : 0)
-        && (m_unsureSave == 0 || !writeColumns(object, slots, m_unsureSave)))
-        resolve(object);
+    if (writeColumns(object, slots, object.m_row ? object.m_row->save() : 0)
+        || (m_unsureSave > 0 && writeColumns(object, slots, m_unsureSave)) || resolve(object))
+        note(object, SaveLog::Kind::Updated);
 }
 
 bool ContextSaver::writeColumns(ManagedObject &object, const std::vector<int> &slots, std::int64_t expectedSave)
 {
-    std::string sql = "UPDATE " + identifier(object.entity().name()) + " SET _save = ?";
-    for (const int slot : slots)
-        sql += ", " + identifier(object.entity().columns()[static_cast<std::size_t>(slot)]->name) + " = ?";
-    Statement statement = m_connection.prepare(sql + " WHERE _key = ? AND _save = ?");
+    if (m_updateEntity != &object.entity() || m_updateSlots != slots) { // many in a row change the same
+        m_updateEntity = &object.entity();
+        m_updateSlots = slots;
+        m_updateSql = "UPDATE " + identifier(object.entity().name()) + " SET _save = ?";
+        for (const int slot : slots)
+            m_updateSql += ", " + identifier(object.entity().columns()[static_cast<std::size_t>(slot)]->name) + " = ?";
+        m_updateSql += " WHERE _key = ? AND _save = ?";
+    }
+    Statement statement = m_connection.prepare(m_updateSql);
     statement.bind(m_save);
     for (const int slot : slots)
         statement.bind(view(*object.unsavedValue(slot)));
@@ -114,7 +148,8 @@ bool ContextSaver::writeColumns(ManagedObject &object, const std::vector<int> &s
 }
 
 /// The row was changed by another writer since it was read: the merge policy decides what becomes of our values.
-void ContextSaver::resolve(ManagedObject &object)
+/// Whether some of them were written.
+bool ContextSaver::resolve(ManagedObject &object)
 {
     Conflict conflict{&object, {}, {}};
     {
@@ -134,15 +169,17 @@ void ContextSaver::resolve(ManagedObject &object)
             kept.push_back(slot);
     }
     std::sort(kept.begin(), kept.end());
-    if (conflict.storeRow && (!kept.empty() || !object.m_unsaved->members.empty()))
-        writeColumns(object, kept, conflict.storeRow->save());
+    const bool written = conflict.storeRow && (!kept.empty() || !object.m_unsaved->members.empty())
+        && writeColumns(object, kept, conflict.storeRow->save());
     m_conflicts.push_back(std::move(conflict));
+    return written;
 }
 
 void ContextSaver::remove(const ManagedObject &object)
 {
     Statement statement = m_connection.prepare("DELETE FROM " + identifier(object.entity().name()) + " WHERE _key = ?");
     statement.bind(object.m_id.key).run();
+    note(object, SaveLog::Kind::Deleted);
 }
 
 /// Takes away all that still points at a deleted record: another context may have made a link since this one looked, or
@@ -158,11 +195,14 @@ void ContextSaver::unlink(const ManagedObject &object)
         for (const Property *column : entity->columns()) {
             if (column->destination != &object.entity())
                 continue;
+            const std::string name = identifier(column->name);
             Statement statement = m_connection.prepare("UPDATE " + identifier(entity->name()) + " SET _save = ?, "
-                + identifier(column->name) + " = NULL WHERE " + identifier(column->name) + " = ? RETURNING _key");
+                + name + " = NULL WHERE " + name + " = ? RETURNING _key");
             statement.bind(m_save).bind(object.m_id.key);
-            while (statement.step())
+            while (statement.step()) {
                 m_unlinked.push_back({entity.get(), statement.integer(0)});
+                m_written[{entity.get(), SaveLog::Kind::Updated}].push_back(statement.integer(0));
+            }
         }
         for (const Property *relationship : entity->toManyRelationships()) {
             if (!relationship->joinTable.empty() && entity.get() == &object.entity())
@@ -173,10 +213,10 @@ void ContextSaver::unlink(const ManagedObject &object)
     }
 }
 
-/// Of what this save linked, takes back the links to records that another context deleted.
-void ContextSaver::dropDanglingLinks()
+/// Of the records that this save made others point at, lets go of those that another context deleted.
+void ContextSaver::dropDanglingReferences()
 {
-    for (const ManagedObject *object : m_state.allChanged()) {
+    for (const ManagedObject *object : m_objects) {
         if (object->m_deleted)
             continue;
         for (const Property *column : object->entity().columns()) {
@@ -191,14 +231,19 @@ void ContextSaver::dropDanglingLinks()
                 m_unlinked.push_back(object->m_id);
         }
     }
+}
+
+/// The same for the links of join tables.
+void ContextSaver::dropDanglingLinks()
+{
+    const auto exists = [](const EntityDescription &end, const char *column) {
+        return "EXISTS (SELECT 1 FROM " + identifier(end.name()) + " e WHERE e._key = " + column + ")";
+    };
     for (const auto &entity : m_context.m_store.model().entities()) {
         for (const Property *relationship : entity->toManyRelationships()) {
             const auto changes = m_state.joins.find(relationship->joinTable);
             if (changes == m_state.joins.end() || relationship->joinOwner != "owner")
                 continue;
-            const auto exists = [](const EntityDescription &end, const char *column) {
-                return "EXISTS (SELECT 1 FROM " + identifier(end.name()) + " e WHERE e._key = " + column + ")";
-            };
             for (const auto &[pair, there] : changes->second.byOwner) {
                 Statement statement = m_connection.prepare("DELETE FROM " + identifier(relationship->joinTable)
                     + " WHERE owner = ? AND member = ? AND NOT (" + exists(*entity, "owner") + " AND "
@@ -226,7 +271,7 @@ bool ContextSaver::wasCommitted()
 {
     if (m_token.empty() || !sqlite3_get_autocommit(m_connection.handle()))
         return false;
-    return storeValue(m_connection, "savedBy") == m_token;
+    return m_log.holds(m_save, m_token);
 }
 
 /// Makes the objects in memory what the store now holds.
@@ -235,8 +280,6 @@ SaveReport ContextSaver::adopt()
     SaveReport report;
     m_state.unsureSaves.clear();
     m_state.linksMayDangle = false;
-    if (m_save > 0 && m_save - 1 == m_state.seenSave)
-        m_state.seenSave = m_save;
     for (const Conflict &conflict : m_conflicts) {
         ManagedObject &object = *conflict.object;
         for (const int slot : conflict.discardedSlots) {
@@ -253,7 +296,7 @@ SaveReport ContextSaver::adopt()
         object.m_deleted = !conflict.storeRow;
         m_state.pendingUpdated.insert(&object);
     }
-    for (ManagedObject *object : m_state.allChanged()) {
+    for (ManagedObject *object : m_objects) {
         if (object->m_deleted) {
             if (!object->m_inserted)
                 report.changes.deleted.push_back(object->m_id);
@@ -264,18 +307,27 @@ SaveReport ContextSaver::adopt()
             continue;
         (object->m_inserted ? report.changes.inserted : report.changes.updated).push_back(object->m_id);
         if (object->m_inserted || !object->m_unsaved->values.empty() || !object->m_unsaved->members.empty()) {
-            m_builder.begin(static_cast<int>(object->entity().columns().size()), m_save);
-            for (const Property *column : object->entity().columns())
-                m_builder.add(object->value(*column));
+            m_builder.begin(m_save);
+            for (const Property *column : object->entity().columns()) {
+                if (const Value *unsaved = object->unsavedValue(column->slot); unsaved || !object->m_row)
+                    m_builder.add(unsaved ? view(*unsaved) : ValueView());
+                else
+                    m_builder.addFrom(*object->m_row, column->slot);
+            }
             object->m_row = m_builder.finish();
         }
         object->m_unsaved.reset();
+        object->m_stale = false;
         object->m_inserted = false;
     }
     for (auto &[table, changes] : m_state.joins)
         changes.clear();
     for (auto &set : m_state.changed)
-        set.clear();
+        set = {};
+    if (m_save == m_state.seenSave + 1)
+        m_state.seenSave = m_save;
+    else if (m_save > 0)
+        m_state.ownSaves.insert(m_save);
     for (const ObjectID &id : m_unlinked) {
         report.changes.updated.push_back(id);
         m_context.forgetRow(id);

@@ -3,10 +3,10 @@
 
 #include "objectstore/connection.h"
 #include "objectstore/object_context.h"
+#include "objectstore/save_log.h"
 #include "objectstore/schema.h"
 
 #include <map>
-#include <set>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -49,8 +49,10 @@ struct ObjectContext::State {
     std::list<std::function<void(const ObjectsChange &)>> handlers;
     std::int64_t lastKey = 0;
     std::int64_t seenDataVersion = 0;
-    std::int64_t seenSave = 0;
-    std::set<std::string> unsureSaves; ///< saves that failed, of which the store may hold one all the same
+    std::int64_t seenSave = 0; ///< the last save up to which everything is known here
+    std::unordered_set<std::int64_t> ownSaves; ///< of this context, after that
+    std::vector<std::pair<std::int64_t, std::string>>
+        unsureSaves; ///< number and token of saves that failed, of which the store may hold one all the same
     bool linksMayDangle = false; ///< records were deleted elsewhere that unsaved changes here may point at
     bool announcing = false;
 
@@ -84,12 +86,17 @@ private:
     void write();
     void insert(ManagedObject &object);
     void update(ManagedObject &object);
-    void resolve(ManagedObject &object);
+    [[nodiscard]] bool resolve(ManagedObject &object);
     bool writeColumns(ManagedObject &object, const std::vector<int> &slots, std::int64_t expectedSave);
+    [[nodiscard]] bool isToBeRemoved(const ManagedObject &object) const;
     void remove(const ManagedObject &object);
     void unlink(const ManagedObject &object);
     void writeJoins();
+    [[nodiscard]] std::int64_t unsureSave();
+    [[nodiscard]] bool othersSaved() const;
+    void dropDanglingReferences();
     void dropDanglingLinks();
+    void note(const ManagedObject &object, SaveLog::Kind kind);
     [[nodiscard]] bool wasCommitted();
     SaveReport adopt();
 
@@ -97,8 +104,14 @@ private:
     ObjectContext::State &m_state;
     Connection &m_connection;
     std::int64_t m_save = 0;
-    std::int64_t m_unsureSave = 0; ///< the number of an earlier save that failed here and yet was made; 0 for none
+    std::int64_t m_unsureSave = 0; ///< an earlier save that failed here and yet was made; 0 for none
     std::string m_token;
+    SaveLog m_log;
+    std::map<std::pair<const EntityDescription *, SaveLog::Kind>, std::vector<std::int64_t>> m_written;
+    std::vector<ManagedObject *> m_objects; ///< what is written, by entity and key
+    const EntityDescription *m_updateEntity = nullptr; ///< what `m_updateSql` updates
+    std::vector<int> m_updateSlots;
+    std::string m_updateSql;
     std::vector<Conflict> m_conflicts;
     std::vector<ObjectID> m_unlinked; ///< rows that pointed at a deleted record
     bool m_linksDropped = false;

@@ -5,6 +5,7 @@
 #include "objectstore/undo_manager.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace objectstore {
 
@@ -14,6 +15,13 @@ ManagedObject::~ManagedObject() = default;
 bool ManagedObject::hasChanges() const
 {
     return m_inserted || m_deleted || m_unsaved;
+}
+
+bool ManagedObject::inKeyOrder(const ManagedObject *left, const ManagedObject *right)
+{
+    const int leftEntity = left->entity().index();
+    const int rightEntity = right->entity().index();
+    return leftEntity != rightEntity ? leftEntity < rightEntity : left->m_id.key < right->m_id.key;
 }
 
 const Value *ManagedObject::unsavedValue(int slot) const
@@ -54,6 +62,8 @@ std::optional<Instant> ManagedObject::date(std::string_view name) const
 /// Keeps `value` as unsaved, or nothing where it is what the row holds already.
 void ManagedObject::storeValue(const Property &property, Value value)
 {
+    if (std::isnan(toDouble(view(value))))
+        value = {}; // what SQLite keeps for it
     if (!m_row)
         m_context->load(*this);
     const bool asInRow = m_row && sameValue(view(value), m_row->value(property.slot, property.destination));
@@ -68,13 +78,22 @@ void ManagedObject::storeValue(const Property &property, Value value)
     if (asInRow) {
         if (place != values.end())
             values.erase(place);
-        if (values.empty() && m_unsaved->members.empty())
+        if (values.empty() && m_unsaved->members.empty()) {
             m_unsaved.reset();
+            dropStaleRow();
+        }
     } else if (place != values.end()) {
         place->second = std::move(value);
     } else {
         values.emplace_back(property.slot, std::move(value));
     }
+}
+
+/// Lets the row be read again where no value of ours is left that kept it.
+void ManagedObject::dropStaleRow()
+{
+    if (std::exchange(m_stale, false))
+        m_row.reset();
 }
 
 void ManagedObject::change(const Property &property, Value value)
@@ -152,10 +171,7 @@ void ManagedObject::setRelated(std::string_view name, ManagedObject *target)
         }
         if (Members *members = target ? target->loadedMembers(*inverse) : nullptr) {
             auto &objects = members->objects;
-            objects.insert(
-                std::upper_bound(objects.begin(), objects.end(), this,
-                    [](const ManagedObject *a, const ManagedObject *b) { return a->m_id.key < b->m_id.key; }),
-                this);
+            objects.insert(std::upper_bound(objects.begin(), objects.end(), this, inKeyOrder), this);
         }
     }
     change(*property, target ? Value(after) : Value());
@@ -163,9 +179,9 @@ void ManagedObject::setRelated(std::string_view name, ManagedObject *target)
 
 ManagedObject::Members *ManagedObject::loadedMembers(const Property &relationship) const
 {
-    for (const auto &members : m_members) {
+    for (Members *members = m_members.get(); members; members = members->next.get()) {
         if (members->relationship == &relationship)
-            return members.get();
+            return members;
     }
     return nullptr;
 }
@@ -179,8 +195,8 @@ const std::vector<ManagedObject *> &ManagedObject::objects(const Property &relat
         return members->objects;
     std::vector<ManagedObject *> objects = m_context->readMembers(*this, relationship);
     m_context->m_state->withMembers.insert(this);
-    m_members.push_back(std::make_unique<Members>(Members{&relationship, std::move(objects)}));
-    return m_members.back()->objects;
+    m_members = std::make_unique<Members>(Members{&relationship, std::move(objects), std::move(m_members)});
+    return m_members->objects;
 }
 
 const std::vector<ManagedObject *> &ManagedObject::objects(std::string_view name) const

@@ -75,6 +75,7 @@ private:
     friend class ObjectContext;
     friend class ContextSaver;
     friend class ContextMerger;
+    friend class PredicateEvaluator;
     friend class UndoManager;
 
     /// Values that differ from the row, by slot, and the to-many relationships whose members differ.
@@ -85,20 +86,26 @@ private:
     struct Members {
         const Property *relationship = nullptr;
         std::vector<ManagedObject *> objects;
+        std::unique_ptr<Members> next;
     };
 
+    /// The order of insertion among objects of one entity, and of the model among entities.
+    [[nodiscard]] static bool inKeyOrder(const ManagedObject *left, const ManagedObject *right);
     [[nodiscard]] const Value *unsavedValue(int slot) const;
     void storeValue(const Property &property, Value value);
+    void dropStaleRow();
     void change(const Property &property, Value value);
     [[nodiscard]] Members *loadedMembers(const Property &relationship) const;
 
+    // ordered so that what a predicate looks at lies together at the head
+    mutable RowPointer m_row; ///< as read from the store, or the entity's defaults for an inserted object
+    mutable bool m_deleted = false;
+    bool m_inserted = false;
+    bool m_stale = false; ///< another writer changed the record while values of ours kept its row as it was read
+    std::unique_ptr<Unsaved> m_unsaved; ///< present only while something is changed
+    mutable std::unique_ptr<Members> m_members; ///< the to-many relationships that were read
     ObjectID m_id;
     ObjectContext *m_context = nullptr;
-    mutable RowPointer m_row; ///< as read from the store, or the entity's defaults for an inserted object
-    std::unique_ptr<Unsaved> m_unsaved; ///< present only while something is changed
-    mutable std::vector<std::unique_ptr<Members>> m_members; ///< the to-many relationships that were read
-    bool m_inserted = false;
-    mutable bool m_deleted = false;
 };
 
 } // namespace objectstore

@@ -2,6 +2,7 @@
 #include "objectstore/object_context.h"
 
 #include "objectstore/context_state.h"
+#include "objectstore/save_log.h"
 #include "objectstore/undo_manager.h"
 
 #include <SQLiteCpp/Exception.h>
@@ -23,23 +24,16 @@ std::int64_t nextKey(std::int64_t last, const foundation::Clock &clock)
     static thread_local std::mt19937 random{std::random_device{}()};
     const auto milliseconds
         = std::max<std::int64_t>(static_cast<std::int64_t>((clock.now().seconds - epoch) * 1000), 1);
-    return last >> 20 >= milliseconds ? last + 1 : (milliseconds << 20) | (random() & 0x7ffff);
+    return last >> 20 >= milliseconds ? last + 1 : (milliseconds << 20) | static_cast<std::int64_t>(random() & 0x7ffff);
 }
 
 RowPointer defaultRow(const EntityDescription &entity)
 {
     RowBuilder builder;
-    builder.begin(static_cast<int>(entity.columns().size()), 0);
+    builder.begin(0);
     for (const Property *column : entity.columns())
         builder.add(view(column->defaultValue));
     return builder.finish();
-}
-
-bool byKey(const ManagedObject *left, const ManagedObject *right)
-{
-    const int leftEntity = left->entity().index();
-    const int rightEntity = right->entity().index();
-    return leftEntity != rightEntity ? leftEntity < rightEntity : left->objectID().key < right->objectID().key;
 }
 
 } // namespace
@@ -47,7 +41,7 @@ bool byKey(const ManagedObject *left, const ManagedObject *right)
 std::vector<ManagedObject *> ObjectContext::State::sorted(const ObjectSet &set)
 {
     std::vector<ManagedObject *> ordered(set.begin(), set.end());
-    std::sort(ordered.begin(), ordered.end(), byKey);
+    std::sort(ordered.begin(), ordered.end(), ManagedObject::inKeyOrder);
     return ordered;
 }
 
@@ -73,7 +67,7 @@ ObjectContext::ObjectContext(Store &store, MergePolicy policy)
     if (Connection *connection = connected()) {
         try {
             m_state->seenDataVersion = connection->dataVersion();
-            m_state->seenSave = std::stoll("0" + objectstore::storeValue(*connection, "save"));
+            m_state->seenSave = SaveLog(*connection).lastSave();
         } catch (const SQLite::Exception &exception) {
             disconnect(exception);
         }
@@ -188,43 +182,6 @@ void ObjectContext::applyDeleteRules(ManagedObject &object)
     }
 }
 
-void ObjectContext::changeMembers(ManagedObject &owner, const Property &relationship, ManagedObject &member, bool add)
-{
-    if (relationship.joinTable.empty()) {
-        const bool isMember = member.related(*relationship.inverse) == &owner;
-        if (add != isMember)
-            member.setRelated(relationship.inverse->name, add ? &owner : nullptr);
-        return;
-    }
-    const auto &present = owner.objects(relationship);
-    if ((std::find(present.begin(), present.end(), &member) != present.end()) == add)
-        return;
-    if (m_undo)
-        m_undo->recordMember(owner, relationship, member, add);
-
-    const bool forward = relationship.joinOwner == "owner";
-    m_state->joins[relationship.joinTable].set(
-        (forward ? owner : member).m_id.key, (forward ? member : owner).m_id.key, add);
-    const auto edit = [this, add](ManagedObject &object, const Property &side, ManagedObject &other) {
-        if (auto *members = object.loadedMembers(side)) {
-            auto &objects = members->objects;
-            if (add)
-                objects.insert(std::upper_bound(objects.begin(), objects.end(), &other, byKey), &other);
-            else
-                std::erase(objects, &other);
-        }
-        if (!object.m_unsaved)
-            object.m_unsaved = std::make_unique<ManagedObject::Unsaved>();
-        auto &changed = object.m_unsaved->members;
-        if (std::find(changed.begin(), changed.end(), &side) == changed.end())
-            changed.push_back(&side);
-        noteChange(object);
-    };
-    edit(owner, relationship, member);
-    if (relationship.inverse && (relationship.inverse != &relationship || &owner != &member))
-        edit(member, *relationship.inverse, owner);
-}
-
 void ObjectContext::noteChange(ManagedObject &object)
 {
     m_state->changedOf(object.entity()).insert(&object);
@@ -304,75 +261,6 @@ void ObjectContext::load(const ManagedObject &fault) const
     fault.m_deleted = !fault.m_row; // the record is in no store
 }
 
-std::vector<ManagedObject *> ObjectContext::readMembers(const ManagedObject &owner, const Property &relationship)
-{
-    const bool join = !relationship.joinTable.empty();
-    const std::string sql = join ? "SELECT " + relationship.joinMember + " FROM " + identifier(relationship.joinTable)
-            + " WHERE " + relationship.joinOwner + " = ?"
-                                 : "SELECT _key FROM " + identifier(relationship.destination->name()) + " WHERE "
-            + identifier(relationship.inverse->name) + " = ?";
-    std::set<std::int64_t> keys;
-    Connection *connection = owner.m_inserted ? nullptr : connected();
-    if (connection) {
-        try {
-            Statement statement = connection->prepare(sql);
-            statement.bind(owner.m_id.key);
-            while (statement.step())
-                keys.insert(statement.integer(0));
-        } catch (const SQLite::Exception &) {
-            keys.clear();
-        }
-    }
-    if (join) {
-        const JoinChanges &changes = m_state->joins[relationship.joinTable];
-        const auto &side = relationship.joinOwner == "owner" ? changes.byOwner : changes.byMember;
-        for (auto entry = side.lower_bound({owner.m_id.key, INT64_MIN});
-             entry != side.end() && entry->first.first == owner.m_id.key; ++entry) {
-            if (entry->second)
-                keys.insert(entry->first.second);
-            else
-                keys.erase(entry->first.second);
-        }
-    } else {
-        for (const ManagedObject *changed : m_state->changedOf(*relationship.destination)) {
-            if (!changed->m_inserted && !changed->unsavedValue(relationship.inverse->slot))
-                continue;
-            const ValueView current = changed->value(*relationship.inverse);
-            const auto *target = std::get_if<ObjectID>(&current);
-            if (target && target->key == owner.m_id.key)
-                keys.insert(changed->m_id.key);
-            else
-                keys.erase(changed->m_id.key);
-        }
-    }
-    std::vector<ManagedObject *> members;
-    members.reserve(keys.size());
-    for (const std::int64_t key : keys) {
-        ManagedObject *member = object({relationship.destination, key});
-        if (member && !member->m_deleted) // a damaged link may hold no key
-            members.push_back(member);
-    }
-    return members;
-}
-
-void ObjectContext::forgetMembers()
-{
-    for (const ManagedObject *object : std::exchange(m_state->withMembers, {}))
-        object->m_members.clear();
-}
-
-/// Makes an object that is here a fault again, because its row has changed in the store.
-void ObjectContext::forgetRow(const ObjectID &id)
-{
-    auto &objects = m_state->objects[static_cast<std::size_t>(id.entity->index())];
-    const auto found = objects.find(id.key);
-    if (found == objects.end() || !found->second->m_row || found->second->m_inserted)
-        return;
-    found->second->m_row.reset();
-    found->second->didTurnIntoFault();
-    m_state->faults[static_cast<std::size_t>(id.entity->index())].push_back(id.key);
-}
-
 bool ObjectContext::hasChanges() const
 {
     return std::any_of(m_state->changed.begin(), m_state->changed.end(), [](const State::ObjectSet &set) {
@@ -389,11 +277,10 @@ void ObjectContext::processPendingChanges()
     m_state->announcing = true;
     constexpr int patience = 16; // handlers that answer each other's changes for ever are cut short
     for (int round = 0; round < patience; ++round) {
-        ObjectsChange change{m_state->sorted(m_state->pendingInserted), m_state->sorted(m_state->pendingUpdated),
-            m_state->sorted(m_state->pendingDeleted)};
-        m_state->pendingInserted.clear();
-        m_state->pendingUpdated.clear();
-        m_state->pendingDeleted.clear();
+        // exchanged, since to clear a set takes time for as many as it once held
+        ObjectsChange change{m_state->sorted(std::exchange(m_state->pendingInserted, {})),
+            m_state->sorted(std::exchange(m_state->pendingUpdated, {})),
+            m_state->sorted(std::exchange(m_state->pendingDeleted, {}))};
         if (change.inserted.empty() && change.updated.empty() && change.deleted.empty())
             break;
         const auto handlers = m_state->handlers;
@@ -417,6 +304,7 @@ void ObjectContext::rollback()
 {
     for (ManagedObject *object : m_state->allChanged()) {
         object->m_unsaved.reset();
+        object->dropStaleRow();
         if (object->m_inserted)
             object->m_deleted = true;
         else if (object->m_deleted)
@@ -426,9 +314,9 @@ void ObjectContext::rollback()
     for (auto &[table, changes] : m_state->joins)
         changes.clear();
     for (State::ObjectSet &set : m_state->changed)
-        set.clear();
-    m_state->pendingInserted.clear();
-    m_state->pendingDeleted.clear();
+        set = {};
+    m_state->pendingInserted = {};
+    m_state->pendingDeleted = {};
     forgetMembers();
     if (m_undo)
         m_undo->clear();

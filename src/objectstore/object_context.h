@@ -8,6 +8,7 @@
 #include <functional>
 #include <list>
 #include <memory>
+#include <optional>
 #include <set>
 #include <span>
 #include <unordered_map>
@@ -170,14 +171,19 @@ private:
     void disconnect(const SQLite::Exception &exception) const;
     void load(const ManagedObject &fault) const;
     [[nodiscard]] ManagedObject &registered(const ObjectID &id);
+    [[nodiscard]] ManagedObject *known(const ObjectID &id) const;
     void noteChange(ManagedObject &object);
     void changeMembers(ManagedObject &owner, const Property &relationship, ManagedObject &member, bool add);
+    [[nodiscard]] std::optional<bool> isLinked(
+        const ManagedObject &owner, const Property &relationship, const ManagedObject &member);
     [[nodiscard]] std::vector<ManagedObject *> readMembers(const ManagedObject &owner, const Property &relationship);
     void revive(ManagedObject &object);
     void markDeleted(ManagedObject &object);
     void applyDeleteRules(ManagedObject &object);
     void forgetMembers();
     void forgetRow(const ObjectID &id);
+    [[nodiscard]] std::optional<ChangeSet> loggedChanges() const;
+    [[nodiscard]] ChangeSet comparedChanges() const;
 
     Store &m_store;
     MergePolicy m_policy;

@@ -2,6 +2,7 @@
 #include "objectstore/object_model.h"
 
 #include "objectstore/managed_object.h"
+#include "objectstore/save_log.h"
 
 #include <stdexcept>
 
@@ -40,9 +41,13 @@ ObjectModel::ObjectModel(int version, std::vector<EntitySchema> entities) : m_ve
                 throw std::logic_error("Two properties named " + property->name + " in " + schema.name);
             entity->m_properties.push_back(std::move(property));
         }
+        if (entity->m_columns.size() > Row::maximumColumns)
+            throw std::logic_error(schema.name + " has too many columns");
         m_byName.emplace(entity->m_name, entity.get());
         m_entities.push_back(std::move(entity));
     }
+    if (m_entities.size() * 3 > static_cast<std::size_t>(SaveLog::placesOfASave))
+        throw std::logic_error("A model has too many entities");
     resolve(entities);
 }
 

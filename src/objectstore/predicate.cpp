@@ -3,8 +3,10 @@
 
 #include "objectstore/predicate_evaluator.h"
 #include "objectstore/predicate_node.h"
+#include "objectstore/text_test.h"
 
 #include <algorithm>
+#include <cmath>
 #include <stdexcept>
 
 namespace objectstore {
@@ -13,8 +15,11 @@ namespace {
 
 constexpr double referenceDate = 978307200; // 2001-01-01 00:00:00 UTC
 
-Predicate made(PredicateNode node)
+/// What the program joins may outgrow what can be read, since each part may be as large as that; but not for ever.
+Predicate bounded(PredicateNode node)
 {
+    if (!sizeOf(node).isWithinBounds(8))
+        throw std::length_error("A predicate grew beyond its bounds");
     return Predicate(std::make_shared<const PredicateNode>(std::move(node)));
 }
 
@@ -28,9 +33,7 @@ Predicate joined(PredicateNode::Kind kind, std::vector<Predicate> parts)
         : kind;
     for (const Predicate &part : parts)
         node.children.push_back(part.shared());
-    if (!sizeOf(node).isWithinBounds())
-        throw std::length_error("A predicate grew beyond its bounds");
-    return made(std::move(node));
+    return bounded(std::move(node));
 }
 
 void measure(const Expression &expression, std::size_t depth, TreeSize &size)
@@ -80,6 +83,8 @@ PredicateNode::Pointer substituted(const PredicateNode::Pointer &node, const Var
         child = substituted(child, variables);
     result->left = substituted(node->left, variables);
     result->right = substituted(node->right, variables);
+    if (result->kind == PredicateNode::Kind::Comparison)
+        (void)settle(*result); // what cannot be asked is refused where it is compiled
     return result;
 }
 
@@ -101,7 +106,48 @@ template <typename Visit> void forEachExpression(const PredicateNode &node, cons
     }
 }
 
+bool isNaN(const Value &value)
+{
+    return (std::holds_alternative<double>(value) || std::holds_alternative<Instant>(value))
+        && std::isnan(toDouble(view(value)));
+}
+
+bool holdsList(const Expression &expression)
+{
+    return expression.kind == Expression::Kind::List
+        || std::any_of(expression.parts.begin(), expression.parts.end(), holdsList);
+}
+
+bool isUsablePattern(const PredicateNode &node)
+{
+    const auto *pattern = std::get_if<std::string>(&node.right.constant);
+    return node.right.kind != Expression::Kind::Constant || !pattern
+        || TextTest(Operator::Matches, *pattern, node.options).isValid();
+}
+
 } // namespace
+
+std::string settle(PredicateNode &node)
+{
+    const Expression::Kind right = node.right.kind;
+    if (node.test == Operator::In && right == Expression::Kind::KeyPath) {
+        std::swap(node.left, node.right); // "x IN tags.title" asks whether any of them is x
+        node.test = Operator::Equal;
+    } else if (node.test == Operator::Contains && right == Expression::Kind::Record) {
+        node.test = Operator::Equal; // a relationship contains a record
+    }
+    const bool collection = node.test == Operator::In || node.test == Operator::Between;
+    const bool list = right == Expression::Kind::List;
+    if (collection && !list && right != Expression::Kind::Variable)
+        return node.test == Operator::In ? "Expected a list after IN" : "Expected a list of two values after BETWEEN";
+    if (node.test == Operator::Between && list && node.right.parts.size() != 2)
+        return "Expected a list of two values after BETWEEN";
+    if (holdsList(node.left) || (holdsList(node.right) && !(collection && list)))
+        return "A list can stand only after IN or BETWEEN";
+    if (node.test == Operator::Matches && !isUsablePattern(node))
+        return "The pattern after MATCHES is not a regular expression";
+    return {};
+}
 
 Expression Expression::of(const Argument &argument)
 {
@@ -112,6 +158,8 @@ Expression Expression::of(const Argument &argument)
         return list;
     }
     const Value &value = std::get<Value>(argument);
+    if (isNaN(value))
+        return {};
     if (const auto *id = std::get_if<ObjectID>(&value))
         return *id ? record(id->entity->name(), id->key) : Expression();
     return {.kind = Kind::Constant, .constant = value, .name = {}, .relative = {}, .parts = {}};
@@ -152,7 +200,11 @@ ResolvedPath resolve(std::string_view path, const EntityDescription &entity)
             break;
         }
         const Property *property = current ? current->property(name) : nullptr;
-        if (!property) {
+        if (resolved.steps.size() == maximumPathSteps) {
+            resolved.problem = "A key path is too long.";
+            break;
+        }
+        if (!property || path.ends_with('.')) {
             resolved.problem = "There is no \"" + std::string(name) + "\" in \"" + std::string(path) + "\".";
             break;
         }
@@ -195,9 +247,7 @@ Predicate Predicate::negation(Predicate part)
     PredicateNode node;
     node.kind = PredicateNode::Kind::Not;
     node.children.push_back(std::move(part.m_root));
-    if (!sizeOf(node).isWithinBounds())
-        throw std::length_error("A predicate grew beyond its bounds");
-    return made(std::move(node));
+    return bounded(std::move(node));
 }
 
 Predicate Predicate::withVariables(const Variables &variables) const
@@ -215,12 +265,14 @@ bool Predicate::matches(const ManagedObject &object) const
     return PredicateEvaluator(*this, object.entity()).matches(object);
 }
 
-bool Predicate::followsRelationships() const
+bool Predicate::followsRelationships(const EntityDescription &entity) const
 {
     bool follows = false;
-    forEachExpression(*m_root, [&follows](const Expression &expression) {
-        follows = follows
-            || (expression.kind == Expression::Kind::KeyPath && expression.name.find('.') != std::string::npos);
+    forEachExpression(*m_root, [&](const Expression &expression) {
+        if (follows || expression.kind != Expression::Kind::KeyPath)
+            return;
+        const ResolvedPath path = resolve(expression.name, entity);
+        follows = path.steps.size() > 1 || path.isMany() || path.count;
     });
     return follows;
 }

@@ -33,7 +33,8 @@ using Variables = std::map<std::string, Argument, std::less<>>;
 /// Copies share the tree, so a Predicate is as cheap to pass as a pointer. Any thread may use it. Both evaluators give
 /// the same answers: nil equals only nil; an ordering or a text test with nil is false; text compares byte by byte, or
 /// by Unicode case folding under `[c]`; a key path through a to-many relationship asks for any member unless ALL is
-/// written. A tree is at most 64 deep and has at most 4,096 nodes.
+/// written. A tree that is read is at most 64 deep and has at most 4,096 nodes; one that is joined from such trees may
+/// be larger, and one beyond eight times that throws std::length_error.
 class Predicate
 {
 public:
@@ -67,7 +68,7 @@ public:
 
     /// Whether some key path leads through a relationship to another record's properties, or through a to-many one, so
     /// that the answer may hang on changes of other objects.
-    [[nodiscard]] bool followsRelationships() const;
+    [[nodiscard]] bool followsRelationships(const EntityDescription &entity) const;
 
     /// The first key path of the tree that `entity` does not have, as a sentence; nothing when all resolve.
     [[nodiscard]] std::optional<std::string> problemWith(const EntityDescription &entity) const;
@@ -87,6 +88,7 @@ private:
 struct SqlCondition {
     std::string sql;
     std::vector<Value> parameters;
+    bool tooDeep = false; ///< SQLite's parser would give up on it; the predicate has to be asked in memory
 };
 
 /// Compiles `predicate` for `entity`, whose table is known as `alias` in the statement. The functions that the

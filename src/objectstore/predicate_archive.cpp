@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "objectstore/predicate_lexer.h"
 #include "objectstore/predicate_node.h"
-
 #include "objectstore/store.h"
 
 #include <bit>
+#include <cmath>
 
 namespace objectstore {
 
@@ -130,7 +131,13 @@ public:
         }
         return value;
     }
-    double real() { return std::bit_cast<double>(number()); }
+    double real()
+    {
+        const auto value = std::bit_cast<double>(number());
+        if (std::isnan(value))
+            throw Malformed();
+        return value;
+    }
     std::span<const std::byte> bytes() { return take(number()); }
     std::string text()
     {
@@ -189,8 +196,14 @@ public:
             result.relative.backward = byte(1) == 1;
             break;
         case Expression::Kind::KeyPath:
+            result.name = text();
+            if (!isKeyPath(result.name))
+                throw Malformed();
+            break;
         case Expression::Kind::Variable:
             result.name = text();
+            if (!isVariableName(result.name))
+                throw Malformed();
             break;
         case Expression::Kind::Self:
             break;
@@ -227,11 +240,7 @@ public:
             result->options = TextOptions::fromBits(byte(3));
             result->left = expression(depth + 1);
             result->right = expression(depth + 1);
-            const bool collection = result->test == Operator::In || result->test == Operator::Between;
-            const bool list = result->right.kind == Expression::Kind::List;
-            if (result->left.kind == Expression::Kind::List || (list && !collection)
-                || (collection && !list && result->right.kind != Expression::Kind::Variable)
-                || (list && result->test == Operator::Between && result->right.parts.size() != 2))
+            if (!settle(*result).empty())
                 throw Malformed();
             return result;
         }

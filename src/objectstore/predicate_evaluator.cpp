@@ -3,6 +3,7 @@
 
 #include "objectstore/comparison.h"
 #include "objectstore/predicate_node.h"
+#include "objectstore/text_folding.h"
 #include "objectstore/text_test.h"
 
 #include <algorithm>
@@ -19,7 +20,7 @@ struct PredicateEvaluator::Operand {
             constant = source.constantValue();
         for (const Expression &part : source.parts)
             parts.emplace_back(part, entity);
-        several = path.isMany();
+        several = path.problem.empty() && path.isMany();
     }
 
     /// The value for `object` of an operand that has one.
@@ -83,6 +84,59 @@ private:
     }
 };
 
+/// A comparison of one column with a constant, read straight from a row: what most predicates of lists are made of.
+class PredicateEvaluator::ColumnTest
+{
+public:
+    ColumnTest(const PredicateNode &node, int slot, const ValueView &constant, const TextTest *textTest)
+        : m_slot(slot)
+        , m_test(node.test)
+        , m_constant(constant)
+        , m_whole(toInteger(constant))
+        , m_real(toDouble(constant))
+        , m_isReal(std::holds_alternative<double>(constant) || std::holds_alternative<Instant>(constant))
+        , m_textTest(textTest)
+    { }
+
+    /// Whether `node` is such a comparison.
+    static bool fits(const PredicateNode &node, const Operand &left, const Operand &right)
+    {
+        const bool column = node.left.kind == Expression::Kind::KeyPath && left.path.problem.empty()
+            && left.path.steps.size() == 1 && !left.path.count && !left.several;
+        const bool number
+            = right.constant.index() > 0 && right.constant.index() < 5 && node.test <= Operator::GreaterOrEqual;
+        const bool text = std::holds_alternative<std::string_view>(right.constant) && isTextTest(node.test);
+        return column && node.right.isConstant() && (number || text);
+    }
+
+    [[nodiscard]] bool answer(const Row &row) const
+    {
+        const Row::Kind kind = row.kind(m_slot);
+        if (m_textTest)
+            return kind == Row::Kind::Text && m_textTest->matches(row.text(m_slot));
+        if (kind == Row::Kind::Nil)
+            return m_test == Operator::NotEqual;
+        if (!m_isReal && kind <= Row::Kind::Reference) {
+            const std::int64_t value = row.integer(m_slot);
+            return answers(m_test, value < m_whole ? -1 : value > m_whole ? 1 : 0) == (m_test != Operator::NotEqual);
+        }
+        if (m_isReal && (kind == Row::Kind::Date || kind == Row::Kind::Double)) {
+            const double value = row.real(m_slot);
+            return answers(m_test, value < m_real ? -1 : value > m_real ? 1 : 0) == (m_test != Operator::NotEqual);
+        }
+        return answers(m_test, compareStored(row.value(m_slot, nullptr), m_constant)) == (m_test != Operator::NotEqual);
+    }
+
+private:
+    int m_slot;
+    Operator m_test;
+    ValueView m_constant;
+    std::int64_t m_whole;
+    double m_real;
+    bool m_isReal;
+    const TextTest *m_textTest;
+};
+
 struct PredicateEvaluator::Node {
     Node(const PredicateNode &from, const EntityDescription &entity)
         : source(from), left(from.left, entity), right(from.right, entity)
@@ -93,6 +147,8 @@ struct PredicateEvaluator::Node {
         if (from.kind == PredicateNode::Kind::Comparison && text && textOperator)
             prepared = std::make_unique<TextTest>(
                 from.test == Operator::NotEqual ? Operator::Equal : from.test, *text, from.options);
+        if (from.kind == PredicateNode::Kind::Comparison && ColumnTest::fits(from, left, right))
+            column.emplace(from, left.path.steps[0]->slot, right.constant, prepared.get());
     }
 
     [[nodiscard]] bool answer(const ManagedObject &object) const
@@ -111,8 +167,14 @@ struct PredicateEvaluator::Node {
         case PredicateNode::Kind::Not:
             return !children[0]->answer(object);
         case PredicateNode::Kind::Comparison:
-            break;
+            return column && object.m_row && !object.m_unsaved && !object.m_deleted ? column->answer(*object.m_row)
+                                                                                    : compared(object);
         }
+        return false;
+    }
+
+    [[nodiscard]] bool compared(const ManagedObject &object) const
+    {
         if (left.several && right.several)
             return false; // refused where it would be compiled
         const bool all = source.modifier == PredicateNode::Modifier::All && (left.several || right.several);
@@ -181,6 +243,7 @@ struct PredicateEvaluator::Node {
     Operand right;
     std::vector<std::unique_ptr<Node>> children;
     std::unique_ptr<TextTest> prepared;
+    std::optional<ColumnTest> column;
 };
 
 std::unique_ptr<PredicateEvaluator::Node> PredicateEvaluator::prepare(
@@ -201,6 +264,22 @@ PredicateEvaluator::~PredicateEvaluator() = default;
 bool PredicateEvaluator::matches(const ManagedObject &object) const
 {
     return m_root->answer(object);
+}
+
+std::vector<ManagedObject *> PredicateEvaluator::matching(std::span<ManagedObject *const> objects) const
+{
+    // objects and rows lie all over the memory: asking for them ahead of their turn hides most of the way there
+    constexpr std::size_t ahead = 16;
+    std::vector<ManagedObject *> found;
+    for (std::size_t i = 0; i < objects.size(); ++i) {
+        if (i + 2 * ahead < objects.size())
+            __builtin_prefetch(objects[i + 2 * ahead]);
+        if (i + ahead < objects.size() && objects[i + ahead]->m_row)
+            __builtin_prefetch(&*objects[i + ahead]->m_row);
+        if (m_root->answer(*objects[i]))
+            found.push_back(objects[i]);
+    }
+    return found;
 }
 
 } // namespace objectstore

@@ -17,10 +17,13 @@ public:
     ~PredicateEvaluator();
 
     [[nodiscard]] bool matches(const ManagedObject &object) const;
+    /// Those of many objects that answer, in their order; quicker than one question after another.
+    [[nodiscard]] std::vector<ManagedObject *> matching(std::span<ManagedObject *const> objects) const;
 
 private:
     struct Node;
     struct Operand;
+    class ColumnTest;
     static std::unique_ptr<Node> prepare(const PredicateNode &node, const EntityDescription &entity);
 
     std::shared_ptr<const PredicateNode> m_predicate; ///< the prepared nodes point into it

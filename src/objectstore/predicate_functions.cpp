@@ -2,6 +2,7 @@
 #include "objectstore/predicate.h"
 
 #include "objectstore/comparison.h"
+#include "objectstore/text_folding.h"
 #include "objectstore/text_test.h"
 
 #include <sqlite3.h>

@@ -11,7 +11,9 @@ namespace objectstore {
 
 namespace {
 
-constexpr std::size_t maximumTokens = 8 * maximumPredicateNodes;
+constexpr std::size_t maximumTokens = 16 * maximumPredicateNodes; // what takes most to say is a relative date
+constexpr std::array<std::string_view, 16> reservedWords{"ALL", "AND", "ANY", "FALSE", "FALSEPREDICATE", "NIL", "NO",
+    "NONE", "NOT", "NULL", "OR", "SELF", "SOME", "TRUE", "TRUEPREDICATE", "YES"};
 constexpr std::array<std::string_view, 9> longSymbols{"==", "!=", "<>", "<=", "=<", ">=", "=>", "&&", "||"};
 constexpr std::string_view shortSymbols = "=<>!()+-*/{},[]";
 
@@ -149,6 +151,19 @@ private:
 tl::expected<std::vector<Token>, ParseError> tokensOf(std::string_view text)
 {
     return Lexer(text).run();
+}
+
+bool isVariableName(std::string_view name)
+{
+    return !name.empty() && std::all_of(name.begin(), name.end(), continuesName);
+}
+
+bool isKeyPath(std::string_view path)
+{
+    const Token token{.kind = Token::Kind::Word, .source = path, .text = std::string(path)};
+    return isVariableName(path) && startsName(path[0])
+        && std::none_of(reservedWords.begin(), reservedWords.end(),
+            [&token](std::string_view word) { return isWord(token, word); });
 }
 
 bool isWord(const Token &token, std::string_view name)

@@ -23,6 +23,10 @@ struct Token {
 /// Takes text apart into tokens, the last of which is End.
 [[nodiscard]] tl::expected<std::vector<Token>, ParseError> tokensOf(std::string_view text);
 
+/// Whether text reads `path` as a key path and `name` as the name of a variable.
+[[nodiscard]] bool isKeyPath(std::string_view path);
+[[nodiscard]] bool isVariableName(std::string_view name);
+
 /// Whether `token` is the word `name`, whatever its case.
 [[nodiscard]] bool isWord(const Token &token, std::string_view name);
 

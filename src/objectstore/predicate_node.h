@@ -13,6 +13,7 @@ namespace objectstore {
 
 constexpr std::size_t maximumPredicateDepth = 64;
 constexpr std::size_t maximumPredicateNodes = 4096;
+constexpr std::size_t maximumPathSteps = 16;
 
 /// An instant that was given relative to the moment it was made: it compares as the instant it then meant, and keeps
 /// the offset and the unit to show again.
@@ -104,12 +105,15 @@ struct TreeSize {
     std::size_t depth = 0;
     std::size_t nodes = 0;
 
-    [[nodiscard]] bool isWithinBounds() const
+    [[nodiscard]] bool isWithinBounds(std::size_t times = 1) const
     {
-        return depth <= maximumPredicateDepth && nodes <= maximumPredicateNodes;
+        return depth <= times * maximumPredicateDepth && nodes <= times * maximumPredicateNodes;
     }
 };
 [[nodiscard]] TreeSize sizeOf(const PredicateNode &node);
+
+/// Gives a comparison the one form that its question has. Returns a sentence where it cannot be asked.
+[[nodiscard]] std::string settle(PredicateNode &comparison);
 
 /// A key path taken apart along the properties of an entity.
 struct ResolvedPath {

@@ -51,6 +51,8 @@ public:
         auto root = disjunction(1);
         if (here().kind != Token::Kind::End)
             fail("Expected AND, OR or the end instead of \"" + std::string(here().source) + "\"");
+        if (m_nextArgument < m_arguments.size())
+            fail("There are more arguments than places for them");
         return root;
     }
 
@@ -87,9 +89,10 @@ private:
     }
     void count(std::size_t depth)
     {
-        if (depth > maximumPredicateDepth)
+        // a guard for the stack: one level of the tree takes up to three of reading; the tree is measured at the end
+        if (depth > 4 * maximumPredicateDepth)
             fail("The condition is nested too deeply");
-        if (++m_nodes > maximumPredicateNodes)
+        if (++m_nodes > 2 * maximumPredicateNodes)
             fail("The condition is too long");
     }
 
@@ -153,8 +156,10 @@ private:
     static bool continuesExpression(const Token &token)
     {
         if (token.kind == Token::Kind::Symbol)
-            return std::string_view("==!=<>=<>=+-*/").find(token.source) != std::string_view::npos
-                && token.source != "!";
+            return token.source == ">"
+                || (token.source.size() == 1 && std::string_view("+-*/").find(token.source) != std::string_view::npos)
+                || std::any_of(symbolOperators.begin(), symbolOperators.end(),
+                    [&](const OperatorName &entry) { return token.source == entry.name; });
         return std::any_of(wordOperators.begin(), wordOperators.end(),
             [&](const OperatorName &entry) { return isWord(token, entry.name); });
     }
@@ -172,36 +177,11 @@ private:
             fail("Expected a value after \"" + std::string(written) + "\"");
         const std::size_t start = m_place;
         node->right = sum(depth + 1);
-        check(*node, start);
-        return node;
-    }
-
-    /// Settles what the operators of collections mean and refuses what cannot be asked.
-    void check(PredicateNode &node, std::size_t start)
-    {
-        const bool variable = node.right.kind == Expression::Kind::Variable;
-        const bool list = node.right.kind == Expression::Kind::List;
-        std::string problem;
-        if (node.test == Operator::In && node.right.kind == Expression::Kind::KeyPath) {
-            std::swap(node.left, node.right); // "x IN tags.title" asks whether any of them is x
-            node.test = Operator::Equal;
-        } else if (node.test == Operator::Contains && node.right.kind == Expression::Kind::Record) {
-            node.test = Operator::Equal; // a relationship contains a record
-        } else if (node.test == Operator::In && !list && !variable) {
-            problem = "Expected a list after IN";
-        } else if (node.test == Operator::Between && !variable && !(list && node.right.parts.size() == 2)) {
-            problem = "Expected a list of two values after BETWEEN";
-        } else if (node.test != Operator::In && node.test != Operator::Between && list) {
-            problem = "A list can stand only after IN or BETWEEN";
-        } else if (node.test == Operator::Matches && node.right.kind == Expression::Kind::Constant) {
-            const auto *pattern = std::get_if<std::string>(&node.right.constant);
-            if (pattern && !TextTest(Operator::Matches, *pattern, node.options).isValid())
-                problem = "The pattern after MATCHES is not a regular expression";
-        }
-        if (!problem.empty()) {
+        if (std::string problem = settle(*node); !problem.empty()) {
             m_place = start;
             fail(std::move(problem));
         }
+        return node;
     }
 
     Operator readOperator()
@@ -244,10 +224,10 @@ private:
     template <typename Next> Expression operation(std::size_t depth, std::string_view operators, Next next)
     {
         Expression left = next(depth);
-        while (here().kind == Token::Kind::Symbol && here().source.size() == 1
-            && operators.find(here().source) != std::string_view::npos) {
+        for (std::size_t steps = 0; here().kind == Token::Kind::Symbol && here().source.size() == 1
+             && operators.find(here().source) != std::string_view::npos;) {
             count(depth);
-            if (++m_chain > maximumPredicateDepth) // each step puts what was read so far one level deeper
+            if (++steps > maximumPredicateDepth) // each step puts what was read so far one level deeper
                 fail("The calculation is too long");
             Expression node{.kind = Expression::Kind::Arithmetic,
                 .constant = {},
@@ -264,7 +244,6 @@ private:
     }
     Expression sum(std::size_t depth)
     {
-        m_chain = 0;
         return operation(depth, "+-", [this](std::size_t inner) { return product(inner); });
     }
     Expression product(std::size_t depth)
@@ -291,14 +270,14 @@ private:
         case Token::Kind::Word:
             return word();
         case Token::Kind::Symbol:
-            if (take("-") && (here().kind == Token::Kind::Integer || here().kind == Token::Kind::Decimal))
+            if (token.source == "-" && isNumber(m_tokens[m_place + 1])) {
+                ++m_place;
                 return number(true);
+            }
             if (take("{"))
                 return list(depth);
             if (take("(")) {
-                const std::size_t chain = m_chain;
                 Expression inner = sum(depth + 1);
-                m_chain = chain;
                 expect(")");
                 return inner;
             }
@@ -322,6 +301,10 @@ private:
         } else {
             double value = 0;
             read = std::from_chars(text.data(), text.data() + text.size(), value);
+            if (read.ec == std::errc::result_out_of_range && text.find("e-") == std::string::npos) {
+                value = negative ? -HUGE_VAL : HUGE_VAL; // that is how infinity is written: 1e999
+                read.ec = {};
+            }
             result = constantOf(value);
         }
         if (read.ec != std::errc() || read.ptr != text.data() + text.size())
@@ -336,11 +319,9 @@ private:
             fail("There is no argument for \"" + std::string(here().source) + "\"");
         Expression value = Expression::of(m_arguments[m_nextArgument++]);
         m_nodes += value.parts.size();
-        if (const auto *number = std::get_if<double>(&value.constant); number && std::isnan(*number))
-            value = Expression();
         if (here().text == "K") {
             const auto *path = std::get_if<std::string>(&value.constant);
-            if (!path)
+            if (!path || !isKeyPath(*path))
                 fail("The argument of %K is no key path");
             value = named(Expression::Kind::KeyPath, *path);
         }
@@ -377,6 +358,10 @@ private:
             return named(Expression::Kind::Self, {});
         if (call)
             return function(token);
+        if (!isKeyPath(token.text)) {
+            --m_place;
+            fail("Expected a value instead of \"" + token.text + "\"");
+        }
         return named(Expression::Kind::KeyPath, token.text);
     }
 
@@ -385,31 +370,22 @@ private:
         expect("(");
         Expression result;
         if (isWord(name, "DATE")) {
-            const Expression value = primary(1);
-            if (const auto *text = std::get_if<std::string>(&value.constant)) {
-                const auto instant = foundation::fromIso8601(*text);
-                if (!instant)
-                    fail("\"" + *text + "\" is not a date");
-                result = constantOf(*instant);
-            } else {
-                result = constantOf(Instant{toDouble(view(value.constant))});
-            }
+            result = constantOf(instant());
         } else if (isWord(name, "OBJECT")) {
-            const Expression entity = primary(1);
+            const std::string entity = literal<std::string>("a name in quotes");
             expect(",");
-            result
-                = Expression::record(std::string(toText(view(entity.constant))), toInteger(view(primary(1).constant)));
+            result = Expression::record(entity, literal<std::int64_t>("a whole number"));
         } else if (isWord(name, "BYTES")) {
             result = constantOf(bytes());
         } else if (isWord(name, "RELATIVE")) {
             result.kind = Expression::Kind::Relative;
-            result.relative.timeIntervalSinceNow = toDouble(view(primary(1).constant));
+            result.relative.timeIntervalSinceNow = literal<double>("a number with a point");
             expect(",");
-            result.relative.timeIntervalSinceReferenceDate = toDouble(view(primary(1).constant));
+            result.relative.timeIntervalSinceReferenceDate = literal<double>("a number with a point");
             expect(",");
-            result.relative.dateUnits = static_cast<int>(toInteger(view(primary(1).constant)));
+            result.relative.dateUnits = static_cast<int>(literal<std::int64_t>("a whole number"));
             expect(",");
-            result.relative.backward = toBoolean(view(primary(1).constant));
+            result.relative.backward = literal<bool>("YES or NO");
         } else {
             --m_place;
             fail("There is no \"" + name.text + "(...)\"");
@@ -418,19 +394,55 @@ private:
         return result;
     }
 
+    /// A plain value of type T, of which `what` says what it is.
+    template <typename T> T literal(std::string_view what)
+    {
+        Value value;
+        const std::size_t start = m_place;
+        if (const bool negative = isSymbol("-") && isNumber(m_tokens[m_place + 1]); negative || isNumber(here())) {
+            m_place += negative ? 1 : 0;
+            value = number(negative).constant;
+        } else if (here().kind == Token::Kind::Text) {
+            value = m_tokens[m_place++].text;
+        } else if (isWord(here(), "YES") || isWord(here(), "NO")) {
+            value = isWord(m_tokens[m_place++], "YES");
+        }
+        const T *found = std::get_if<T>(&value);
+        if (!found) {
+            m_place = start;
+            fail("Expected " + std::string(what));
+        }
+        return *found;
+    }
+
+    Instant instant()
+    {
+        if (here().kind != Token::Kind::Text)
+            return Instant{literal<double>("a date in quotes or its seconds since 1970, with a point")};
+        const auto read = foundation::fromIso8601(here().text);
+        if (!read)
+            fail("\"" + here().text + "\" is not a date");
+        ++m_place;
+        return *read;
+    }
+
     Bytes bytes()
     {
-        const Expression digits = primary(1);
-        const std::string_view text = toText(view(digits.constant));
+        const std::string text = literal<std::string>("hexadecimal digits in quotes");
         Bytes result;
-        for (std::size_t i = 0; i + 1 < text.size(); i += 2) {
+        for (std::size_t i = 0; i < text.size(); i += 2) {
             unsigned value = 0;
-            const auto read = std::from_chars(text.data() + i, text.data() + i + 2, value, 16);
-            if (read.ptr != text.data() + i + 2)
-                fail("Expected hexadecimal digits");
+            const std::size_t digits = std::min<std::size_t>(2, text.size() - i);
+            if (std::from_chars(text.data() + i, text.data() + i + digits, value, 16).ptr != text.data() + i + 2)
+                fail("Expected pairs of hexadecimal digits before this");
             result.push_back(static_cast<std::byte>(value));
         }
         return result;
+    }
+
+    static bool isNumber(const Token &token)
+    {
+        return token.kind == Token::Kind::Integer || token.kind == Token::Kind::Decimal;
     }
 
     const std::vector<Token> &m_tokens;
@@ -438,7 +450,6 @@ private:
     std::size_t m_place = 0;
     std::size_t m_nextArgument = 0;
     std::size_t m_nodes = 0;
-    std::size_t m_chain = 0;
 };
 
 } // namespace

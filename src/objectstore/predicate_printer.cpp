@@ -5,6 +5,7 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
 
 namespace objectstore {
 
@@ -26,10 +27,12 @@ std::string inQuotes(std::string_view text)
 
 std::string number(double value)
 {
+    if (std::isinf(value))
+        return value < 0 ? "-1e999" : "1e999";
     std::array<char, 40> buffer{};
     const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value).ptr;
     std::string text(buffer.data(), end);
-    if (text.find_first_of(".en") == std::string::npos)
+    if (text.find_first_of(".e") == std::string::npos)
         text += ".0"; // else it would be read back as an integer
     return text;
 }

@@ -2,6 +2,8 @@
 #include "objectstore/connection.h"
 #include "objectstore/predicate_node.h"
 
+#include <algorithm>
+
 namespace objectstore {
 
 namespace {
@@ -30,15 +32,8 @@ public:
         case PredicateNode::Kind::Not:
             return "NOT " + compile(*node.children[0], alias, true);
         case PredicateNode::Kind::And:
-        case PredicateNode::Kind::Or: {
-            std::string sql;
-            for (const auto &child : node.children)
-                sql += (sql.empty()                                    ? "("
-                               : node.kind == PredicateNode::Kind::And ? " AND "
-                                                                       : " OR ")
-                    + compile(*child, alias, strict);
-            return sql + ")";
-        }
+        case PredicateNode::Kind::Or:
+            return chain(node.children, node.kind == PredicateNode::Kind::And ? " AND " : " OR ", alias, strict);
         case PredicateNode::Kind::Comparison:
             return comparison(node, alias, strict);
         }
@@ -57,10 +52,23 @@ private:
             && sameValue(node.right.constantValue(), false);
     }
 
+    /// Halves in parentheses rather than one long row, which SQLite would nest as deep as it is long.
+    std::string chain(
+        std::span<const PredicateNode::Pointer> children, std::string_view word, const std::string &alias, bool strict)
+    {
+        if (children.size() == 1)
+            return compile(*children[0], alias, strict);
+        const std::size_t half = (children.size() + 1) / 2;
+        std::string sql = "(" + chain(children.first(half), word, alias, strict);
+        sql += word;
+        return sql + chain(children.subspan(half), word, alias, strict) + ")";
+    }
+
     std::string comparison(const PredicateNode &node, const std::string &alias, bool strict)
     {
         const ResolvedPath left = pathOf(node.left);
         const ResolvedPath right = pathOf(node.right);
+        m_plainKeys = isNumber(node.left) && isNumber(node.right);
         if (left.isMany() && right.isMany())
             throw Refusal{"\"" + node.left.name + "\" and \"" + node.right.name + "\" both stand for several values."};
         if (!left.isMany() && !right.isMany()) {
@@ -118,8 +126,8 @@ private:
             else
                 items += (items.empty() ? "" : ", ") + fold(parameter(part));
         }
-        if (items.empty()) // over an empty list SQL says no even for NULL
-            return nothing ? "(" + a + " IS NULL)" : std::string("0");
+        if (items.empty())
+            return "(" + a + (nothing ? " IS NULL)" : " IN ())");
         if (!nothing)
             return "ifnull(" + a + " IN (" + items + "), 0)";
         // what was compiled for `a` may hold parameters and so can stand only once
@@ -164,7 +172,7 @@ private:
             return single(path, 0, alias);
         }
         case Expression::Kind::Self:
-            return alias + "._key";
+            return key(alias);
         case Expression::Kind::Variable:
             throw Refusal{"The variable $" + expression.name + " has no value."};
         case Expression::Kind::List:
@@ -213,6 +221,28 @@ private:
         return "?";
     }
 
+    /// Whether an expression never stands for text.
+    bool isNumber(const Expression &expression)
+    {
+        switch (expression.kind) {
+        case Expression::Kind::KeyPath: {
+            const ResolvedPath path = pathOf(expression);
+            const Property &last = *path.steps.back();
+            return path.count || !last.isAttribute()
+                || (last.type != AttributeType::Text && last.type != AttributeType::Binary);
+        }
+        case Expression::Kind::List:
+            return std::all_of(expression.parts.begin(), expression.parts.end(),
+                [this](const Expression &part) { return isNumber(part); });
+        default:
+            return !std::holds_alternative<std::string_view>(expression.constantValue());
+        }
+    }
+
+    /// A table's key. It alone has an affinity, which would turn text that it is compared with into a number; where
+    /// that can be, a plus sign takes the affinity away, and with it the use of the index.
+    [[nodiscard]] std::string key(const std::string &alias) const { return (m_plainKeys ? "" : "+") + alias + "._key"; }
+
     std::string newAlias() { return "x" + std::to_string(++m_aliases); }
 
     /// A path through to-one relationships as one value; NULL where it meets nothing.
@@ -260,14 +290,36 @@ private:
         } else if (property.isToMany()) {
             link = inner + "." + identifier(property.inverse->name) + " = " + alias + "._key";
         }
-        const std::string condition = last ? leaf(inner + "._key") : along(path, step + 1, inner, leaf);
+        const std::string condition = last ? leaf(key(inner)) : along(path, step + 1, inner, leaf);
         return "EXISTS (SELECT 1 FROM " + from + " WHERE " + link + " AND " + condition + ")";
     }
 
     const EntityDescription &m_entity;
     SqlCondition &m_condition;
     int m_aliases = 0;
+    bool m_plainKeys = true;
 };
+
+/// Whether SQLite's parser, which up to version 3.45 keeps at most a hundred things open, may give up on `sql`.
+bool isTooDeep(std::string_view sql)
+{
+    constexpr int capacity = 80; // some are left for the statement around the condition
+    std::vector<int> open;
+    int depth = 0;
+    for (std::size_t i = 0; i < sql.size(); ++i) {
+        if (sql[i] == '(') {
+            // a query holds its clauses open, a function its name, and any parenthesis the operator before it
+            open.push_back(sql.substr(i + 1).starts_with("SELECT") ? 10 : 4);
+            depth += open.back();
+        } else if (sql[i] == ')') {
+            depth -= open.back();
+            open.pop_back();
+        }
+        if (depth > capacity)
+            return true;
+    }
+    return false;
+}
 
 } // namespace
 
@@ -281,6 +333,7 @@ foundation::Result<SqlCondition> compileToSql(
         return foundation::Failure({"ObjectStoreErrorDomain", static_cast<int>(StoreErrorCode::BadRequest),
             refusal.sentence, predicate.text()});
     }
+    condition.tooDeep = isTooDeep(condition.sql);
     return condition;
 }
 

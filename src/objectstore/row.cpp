@@ -2,41 +2,34 @@
 #include "objectstore/row.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 namespace objectstore {
 
 ValueView Row::value(int slot, const EntityDescription *destination) const
 {
-    const std::int64_t stored = slots()[slot];
-    const auto number = [stored] {
-        double value = 0;
-        std::memcpy(&value, &stored, sizeof value);
-        return value;
-    };
-    const auto text = [this, stored] {
-        const auto bits = static_cast<std::uint64_t>(stored);
-        return std::string_view(bytes() + (bits & 0xffffffffU), bits >> 32U);
-    };
-    switch (kinds()[slot]) {
+    switch (kind(slot)) {
     case Kind::Nil:
         return {};
-    case Kind::Boolean:
-        return stored != 0;
+    case Kind::False:
+        return false;
+    case Kind::True:
+        return true;
+    case Kind::Zero:
+        return std::int64_t{0};
     case Kind::Integer:
-        return stored;
-    case Kind::Double:
-        return number();
-    case Kind::Date:
-        return Instant{number()};
-    case Kind::Text:
-        return text();
-    case Kind::Binary: {
-        const std::string_view held = text();
-        return std::span(reinterpret_cast<const std::byte *>(held.data()), held.size());
-    }
+        return cell(slot);
     case Kind::Reference:
-        return ObjectID{destination, stored};
+        return ObjectID{destination, cell(slot)};
+    case Kind::Double:
+        return real(slot);
+    case Kind::Date:
+        return Instant{real(slot)};
+    case Kind::Text:
+        return text(slot);
+    case Kind::Binary:
+        return std::as_bytes(std::span(text(slot)));
     }
     return {};
 }
@@ -47,14 +40,13 @@ void RowPointer::drop()
         std::free(m_row);
 }
 
-void RowBuilder::begin(int columns, std::int64_t save)
+void RowBuilder::begin(std::int64_t save)
 {
     m_save = save;
-    m_slots.clear();
+    m_withCell = 0;
     m_kinds.clear();
+    m_cells.clear();
     m_bytes.clear();
-    m_slots.reserve(static_cast<std::size_t>(columns));
-    m_kinds.reserve(static_cast<std::size_t>(columns));
 }
 
 void RowBuilder::add(const ValueView &value)
@@ -65,45 +57,62 @@ void RowBuilder::add(const ValueView &value)
             if constexpr (std::is_same_v<Held, std::monostate>)
                 addNil();
             else if constexpr (std::is_same_v<Held, bool>)
-                addInteger(Row::Kind::Boolean, held ? 1 : 0);
+                addFlag(held);
             else if constexpr (std::is_same_v<Held, std::int64_t>)
-                addInteger(Row::Kind::Integer, held);
+                addInteger(held);
             else if constexpr (std::is_same_v<Held, double>)
-                addDouble(Row::Kind::Double, held);
+                addReal(Row::Kind::Double, held);
             else if constexpr (std::is_same_v<Held, Instant>)
-                addDouble(Row::Kind::Date, held.seconds);
+                addReal(Row::Kind::Date, held.seconds);
             else if constexpr (std::is_same_v<Held, std::string_view>)
                 addBytes(Row::Kind::Text, held.data(), held.size());
             else if constexpr (std::is_same_v<Held, ObjectID>)
-                addInteger(Row::Kind::Reference, held.key);
+                addReference(held.key);
             else
                 addBytes(Row::Kind::Binary, held.data(), held.size());
         },
         value);
 }
 
+void RowBuilder::addFrom(const Row &row, int slot)
+{
+    const Row::Kind kind = row.kind(slot);
+    if (kind <= Row::Kind::Zero)
+        m_kinds.push_back(kind);
+    else if (kind >= Row::Kind::Text)
+        addBytes(kind, row.text(slot).data(), row.text(slot).size());
+    else
+        addCell(kind, row.cell(slot));
+}
+
 void RowBuilder::addBytes(Row::Kind kind, const void *bytes, std::size_t size)
 {
-    addSlot(kind, static_cast<std::int64_t>((static_cast<std::uint64_t>(size) << 32U) | m_bytes.size()));
+    addCell(kind, static_cast<std::int64_t>((static_cast<std::uint64_t>(size) << 32U) | m_bytes.size()));
     const auto *begin = static_cast<const char *>(bytes);
     m_bytes.insert(m_bytes.end(), begin, begin + size);
 }
 
 RowPointer RowBuilder::finish()
 {
-    const std::size_t columns = m_slots.size();
-    void *block = std::malloc(sizeof(Row) + columns * (sizeof(std::int64_t) + 1) + m_bytes.size());
+    const auto columns = static_cast<int>(m_kinds.size());
+    const auto kinds = static_cast<std::size_t>(Row::padded(columns));
+    const std::size_t cells = m_cells.size() * sizeof(std::int64_t);
+    void *block = std::malloc(sizeof(Row) + kinds + cells + m_bytes.size());
     if (!block)
         throw std::bad_alloc();
     Row *row = new (block) Row;
     row->m_save = m_save;
-    row->m_columns = static_cast<std::int32_t>(columns);
-    auto *slots = reinterpret_cast<std::int64_t *>(row + 1);
-    std::memcpy(slots, m_slots.data(), columns * sizeof(std::int64_t));
-    auto *kinds = reinterpret_cast<char *>(slots + columns);
-    std::memcpy(kinds, m_kinds.data(), columns);
-    if (!m_bytes.empty())
-        std::memcpy(kinds + columns, m_bytes.data(), m_bytes.size());
+    row->m_withCell = m_withCell;
+    row->m_columns = columns;
+    auto *place = reinterpret_cast<char *>(row + 1);
+    const auto append = [&place](const auto &part, std::size_t room) {
+        if (!part.empty())
+            std::memcpy(place, part.data(), part.size() * sizeof(part[0]));
+        place += room;
+    };
+    append(m_kinds, kinds);
+    append(m_cells, cells);
+    append(m_bytes, m_bytes.size());
     return RowPointer(row);
 }
 

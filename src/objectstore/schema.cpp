@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "objectstore/schema.h"
 
+#include "objectstore/save_log.h"
+
 #include <set>
 
 namespace objectstore {
@@ -30,17 +32,22 @@ void createTable(Connection &connection, const EntityDescription &entity)
     }
 }
 
+std::string indexName(const EntityDescription &entity, const std::vector<std::string> &columns)
+{
+    std::string name = entity.name();
+    for (const std::string &column : columns)
+        name += "_" + column;
+    return name;
+}
+
 void createIndexes(Connection &connection, const EntityDescription &entity)
 {
     for (const auto &names : entity.indexes()) {
-        std::string title = entity.name();
         std::string columns;
-        for (const std::string &name : names) {
-            title += "_" + name;
+        for (const std::string &name : names)
             columns += (columns.empty() ? "" : ", ") + identifier(name);
-        }
-        connection.execute("CREATE INDEX IF NOT EXISTS " + identifier(title) + " ON " + identifier(entity.name()) + " ("
-            + columns + ")");
+        connection.execute("CREATE INDEX IF NOT EXISTS " + identifier(indexName(entity, names)) + " ON "
+            + identifier(entity.name()) + " (" + columns + ")");
     }
 }
 
@@ -61,12 +68,28 @@ void createJoins(Connection &connection, const EntityDescription &entity)
 void createSchema(Connection &connection, const ObjectModel &model)
 {
     connection.execute("CREATE TABLE IF NOT EXISTS _store (name TEXT PRIMARY KEY, value) WITHOUT ROWID");
+    SaveLog(connection).createTable();
     for (const auto &entity : model.entities()) {
         createTable(connection, *entity);
         createIndexes(connection, *entity);
         createJoins(connection, *entity);
     }
     connection.execute("PRAGMA user_version=" + std::to_string(model.version()));
+}
+
+std::set<std::string> schemaNames(const ObjectModel &model)
+{
+    std::set<std::string> names{"_store", "_saves"};
+    for (const auto &entity : model.entities()) {
+        names.insert(entity->name());
+        for (const auto &columns : entity->indexes())
+            names.insert(indexName(*entity, columns));
+        for (const Property *relationship : entity->toManyRelationships()) {
+            if (!relationship->joinTable.empty())
+                names.insert({relationship->joinTable, relationship->joinTable + "_member"});
+        }
+    }
+    return names;
 }
 
 std::string storeValue(Connection &connection, const std::string &name)
@@ -92,45 +115,38 @@ std::string selectRows(const EntityDescription &entity)
 
 namespace {
 
-Row::Kind numberKind(const Property &column)
+void addNumber(RowBuilder &builder, sqlite3_value *value, const Property &column)
 {
     if (column.isToOne())
-        return Row::Kind::Reference;
+        return builder.addReference(sqlite3_value_int64(value));
     switch (column.type) {
     case AttributeType::Boolean:
-        return Row::Kind::Boolean;
+        return builder.addFlag(sqlite3_value_int64(value) != 0);
     case AttributeType::Double:
-        return Row::Kind::Double;
+        return builder.addReal(Row::Kind::Double, sqlite3_value_double(value));
     case AttributeType::Date:
-        return Row::Kind::Date;
+        return builder.addReal(Row::Kind::Date, sqlite3_value_double(value));
     default:
-        return Row::Kind::Integer;
+        return builder.addInteger(sqlite3_value_int64(value));
     }
 }
 
-void addColumn(RowBuilder &builder, sqlite3_stmt *statement, int place, const Property &column)
+void addColumn(RowBuilder &builder, sqlite3_value *value, const Property &column)
 {
-    const auto size = [statement, place] { return static_cast<std::size_t>(sqlite3_column_bytes(statement, place)); };
-    switch (sqlite3_column_type(statement, place)) {
+    switch (sqlite3_value_type(value)) {
     case SQLITE_INTEGER:
     case SQLITE_FLOAT:
-        if (const Row::Kind kind = numberKind(column); kind == Row::Kind::Double || kind == Row::Kind::Date)
-            builder.addDouble(kind, sqlite3_column_double(statement, place));
-        else
-            builder.addInteger(kind, sqlite3_column_int64(statement, place));
-        break;
+        return addNumber(builder, value, column);
     case SQLITE_TEXT: {
-        const unsigned char *text = sqlite3_column_text(statement, place);
-        builder.addBytes(Row::Kind::Text, text, size());
-        break;
+        const unsigned char *text = sqlite3_value_text(value);
+        return builder.addBytes(Row::Kind::Text, text, static_cast<std::size_t>(sqlite3_value_bytes(value)));
     }
     case SQLITE_BLOB: {
-        const void *bytes = sqlite3_column_blob(statement, place);
-        builder.addBytes(Row::Kind::Binary, bytes, size());
-        break;
+        const void *bytes = sqlite3_value_blob(value);
+        return builder.addBytes(Row::Kind::Binary, bytes, static_cast<std::size_t>(sqlite3_value_bytes(value)));
     }
     default:
-        builder.addNil();
+        return builder.addNil();
     }
 }
 
@@ -143,14 +159,14 @@ ValueView columnValue(const Statement &statement, int place, const Property &col
     switch (sqlite3_column_type(handle, place)) {
     case SQLITE_INTEGER:
     case SQLITE_FLOAT:
-        switch (numberKind(column)) {
-        case Row::Kind::Reference:
+        if (column.isToOne())
             return ObjectID{column.destination, statement.integer(place)};
-        case Row::Kind::Boolean:
+        switch (column.type) {
+        case AttributeType::Boolean:
             return statement.integer(place) != 0;
-        case Row::Kind::Double:
+        case AttributeType::Double:
             return sqlite3_column_double(handle, place);
-        case Row::Kind::Date:
+        case AttributeType::Date:
             return Instant{sqlite3_column_double(handle, place)};
         default:
             return statement.integer(place);
@@ -171,9 +187,9 @@ ValueView columnValue(const Statement &statement, int place, const Property &col
 RowPointer readRow(RowBuilder &builder, const Statement &statement, const EntityDescription &entity)
 {
     const auto &columns = entity.columns();
-    builder.begin(static_cast<int>(columns.size()), statement.integer(1));
-    for (std::size_t i = 0; i < columns.size(); ++i)
-        addColumn(builder, statement.handle(), static_cast<int>(i) + 2, *columns[i]);
+    builder.begin(statement.integer(1));
+    for (std::size_t i = 0; i < columns.size(); ++i) // one call for each column: the connection is this thread's alone
+        addColumn(builder, sqlite3_column_value(statement.handle(), static_cast<int>(i) + 2), *columns[i]);
     return builder.finish();
 }
 

@@ -4,6 +4,7 @@
 #include "objectstore/connection.h"
 #include "objectstore/row.h"
 
+#include <set>
 #include <string>
 
 namespace objectstore {
@@ -11,6 +12,9 @@ namespace objectstore {
 /// Creates what is missing of the tables, columns and indexes that `model` needs and records its version.
 /// Run inside a write transaction; what is there already stays as it is.
 void createSchema(Connection &connection, const ObjectModel &model);
+
+/// The names of the tables and indexes that `createSchema` creates.
+[[nodiscard]] std::set<std::string> schemaNames(const ObjectModel &model);
 
 /// Values that the store keeps about itself, in the table `_store`.
 [[nodiscard]] std::string storeValue(Connection &connection, const std::string &name);

@@ -3,13 +3,13 @@
 
 #include "objectstore/connection.h"
 #include "objectstore/schema.h"
+#include "objectstore/store_care.h"
 
 #include <SQLiteCpp/Exception.h>
 #include <charconv>
 #include <fcntl.h>
 #include <random>
-#include <sys/stat.h>
-#include <system_error>
+#include <set>
 #include <unistd.h>
 
 namespace objectstore {
@@ -61,46 +61,29 @@ bool isEmptyFile(Connection &connection)
     return statement.step() && statement.integer(0) == 0;
 }
 
-/// Triggers, views, virtual tables and generated columns do not come from this program; a store that has some is not
-/// believed.
-bool hasForeignSchema(Connection &connection)
+/// Triggers, views, tables and indexes of unknown make and computed columns do not come from this program; a store that
+/// has some is not believed. Tables of an older model may since have gone from it.
+bool hasForeignSchema(Connection &connection, const ObjectModel &model)
 {
-    Statement statement = connection.prepare(
-        "SELECT EXISTS (SELECT 1 FROM sqlite_schema WHERE type NOT IN ('table', 'index') OR sql LIKE 'CREATE VIRTUAL%')"
-        " OR EXISTS (SELECT 1 FROM sqlite_schema s, pragma_table_xinfo(s.name) c WHERE s.type = 'table' AND c.hidden "
-        "<> 0)");
-    return statement.step() && statement.integer(0) != 0;
-}
-
-/// SQLite makes files that everybody may read unless the umask forbids it. The files beside the store take its mode.
-void makePrivateFile(const std::filesystem::path &file)
-{
-    const int descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
-    if (descriptor >= 0)
-        ::close(descriptor);
-}
-
-/// Keeps the store beside itself as it is before a migration: whole, or not at all under that name. What an earlier
-/// attempt left is replaced.
-void keepCopy(Connection &connection, const std::filesystem::path &file, int version)
-{
-    const std::string copy = file.string() + ".before-" + std::to_string(version);
-    const std::string fresh = copy + ".new";
-    std::error_code error;
-    std::filesystem::remove(fresh, error);
-    makePrivateFile(fresh);
-    {
-        Statement statement = connection.prepare("VACUUM INTO ?");
-        statement.bind(ValueView(std::string_view(fresh))).run();
+    const std::set<std::string> known = schemaNames(model);
+    const bool older = pragma(connection, "user_version") < model.version();
+    Statement statement
+        = connection.prepare("SELECT name, type FROM sqlite_schema WHERE name NOT LIKE 'sqlite\\_%' ESCAPE '\\'");
+    while (statement.step()) {
+        const std::string type = statement.text(1);
+        const bool data = type == "table" || type == "index";
+        if (!data || (!older && !known.contains(statement.text(0))))
+            return true;
     }
-    std::filesystem::rename(fresh, copy, error);
-    if (error)
-        throw SQLite::Exception("The copy before the migration could not be kept: " + error.message(), SQLITE_CANTOPEN);
+    Statement computed = connection.prepare(
+        "SELECT EXISTS (SELECT 1 FROM sqlite_schema WHERE sql LIKE 'CREATE VIRTUAL%') OR EXISTS (SELECT 1 FROM "
+        "sqlite_schema s, pragma_table_xinfo(s.name) c WHERE s.type = 'table' AND c.hidden <> 0)");
+    return computed.step() && computed.integer(0) != 0;
 }
 
-foundation::Error refusal(StoreErrorCode code, std::string sentence)
+foundation::Error refusal(StoreErrorCode code, std::string sentence, std::string detail = {})
 {
-    return {"ObjectStoreErrorDomain", static_cast<int>(code), std::move(sentence), {}};
+    return {"ObjectStoreErrorDomain", static_cast<int>(code), std::move(sentence), std::move(detail)};
 }
 
 } // namespace
@@ -111,106 +94,76 @@ Store::Store(const ObjectModel &model, std::filesystem::path file, const foundat
 
 Store::~Store() = default;
 
+/// Opens the file for the first time. A file that may be read only, in a folder where SQLite can make none of its side
+/// files, is read as it lies there, unless one of them holds what was saved last.
+std::unique_ptr<Connection> Store::openFile()
+{
+    std::unique_ptr<Connection> connection;
+    try {
+        connection = std::make_unique<Connection>(m_file, m_vfs, Connection::Mode::Create);
+        (void)pragma(*connection, "schema_version"); // reads the file for the first time
+    } catch (const SQLite::Exception &exception) {
+        std::error_code none;
+        const auto log = std::filesystem::file_size(m_file.string() + "-wal", none);
+        const bool nothingLogged = static_cast<bool>(none) || log == 0;
+        const int code = primaryCode(exception);
+        // a full disk gives the same error, and it will have room again
+        const auto allowed = [](const std::string &path, int how) {
+            return ::faccessat(AT_FDCWD, path.c_str(), how, AT_EACCESS) == 0;
+        };
+        const std::string folder = m_file.has_parent_path() ? m_file.parent_path().string() : ".";
+        const bool forbidden = !allowed(m_file.string(), W_OK) || !allowed(folder, W_OK);
+        if ((code != SQLITE_CANTOPEN && code != SQLITE_READONLY) || !forbidden || !nothingLogged
+            || !allowed(m_file.string(), R_OK))
+            throw;
+        m_immutable = true;
+        connection = std::make_unique<Connection>(m_file, m_vfs, Connection::Mode::Immutable);
+    }
+    if (connection->isReadOnly())
+        m_notice = "The store \"" + m_file.filename().string() + "\" can be read but not changed.";
+    return connection;
+}
+
 Result<std::unique_ptr<Store>> Store::open(
     const ObjectModel &model, const std::filesystem::path &file, const foundation::Clock &clock, std::string vfs)
 {
     std::unique_ptr<Store> store(new Store(model, file, clock, std::move(vfs)));
-    if (store->m_vfs.empty())
-        makePrivateFile(file);
-    for (const Access access : {Access::Create, Access::Read}) {
-        try {
-            if (auto prepared = store->prepare(access); !prepared)
-                return Failure(std::move(prepared.error()));
-            break;
-        } catch (const SQLite::Exception &exception) {
-            if (access == Access::Read || !store->canOnlyBeRead(exception))
-                return Failure(store->whyNotOpened(exception));
+    const std::string name = file.filename().string();
+    try {
+        store->m_first = store->openFile();
+        Connection &connection = *store->m_first;
+        const bool fresh = isEmptyFile(connection);
+        if (!fresh && (pragma(connection, "application_id") != applicationId || hasForeignSchema(connection, model)))
+            return Failure(refusal(StoreErrorCode::Damaged, "The file \"" + name + "\" is not a task store."));
+        if (pragma(connection, "user_version") > model.version())
+            return Failure(refusal(StoreErrorCode::NewerSchema,
+                "The store \"" + name + "\" was written by a newer version of the program. It was left as it is."));
+        if (fresh)
+            switchToWriteAheadLog(connection);
+        if (fresh || pragma(connection, "user_version") < model.version()) {
+            if (!fresh) // an older store is migrated in place; its last state stays beside it
+                copyDatabase(connection, file.string() + ".before-" + std::to_string(model.version()));
+            WriteTransaction transaction(connection);
+            createSchema(connection, model);
+            if (storeValue(connection, "uuid").empty()) {
+                connection.execute("PRAGMA application_id=" + std::to_string(applicationId));
+                setStoreValue(connection, "uuid", newUuid());
+            }
+            transaction.commit();
         }
+        store->m_uuid = storeValue(connection, "uuid");
+        connection.keepFilesOnClose(false);
+    } catch (const std::filesystem::filesystem_error &error) {
+        return Failure(
+            refusal(StoreErrorCode::CannotOpen, "The store \"" + name + "\" could not be opened.", error.what()));
+    } catch (const SQLite::Exception &exception) {
+        const bool damaged = primaryCode(exception) == SQLITE_NOTADB || primaryCode(exception) == SQLITE_CORRUPT;
+        return Failure(storeError(damaged ? StoreErrorCode::Damaged : StoreErrorCode::CannotOpen,
+            damaged ? "The store \"" + name + "\" is damaged. It was left as it is."
+                    : "The store \"" + name + "\" could not be opened.",
+            exception));
     }
     return store;
-}
-
-/// Looks whether the file is a store that can be used, and makes it one where it is new or older.
-Result<void> Store::prepare(Access access)
-{
-    const std::string name = m_file.filename().string();
-    auto first = std::make_unique<Connection>(m_file, m_vfs, access);
-    Connection &connection = *first;
-    const bool fresh = isEmptyFile(connection);
-    if (!fresh && (pragma(connection, "application_id") != applicationId || hasForeignSchema(connection)))
-        return Failure(refusal(StoreErrorCode::Damaged, "The file \"" + name + "\" is not a task store."));
-    const std::int64_t version = pragma(connection, "user_version");
-    if (version > m_model.version())
-        return Failure(refusal(StoreErrorCode::NewerSchema,
-            "The store \"" + name + "\" was written by a newer version of the program. It was left as it is."));
-    m_readOnly = access == Access::Read;
-    if (m_readOnly && (fresh || version < m_model.version()))
-        return Failure(refusal(StoreErrorCode::CannotOpen,
-            "The store \"" + name
-                + "\" is of an older version and cannot be written, so it cannot be brought up to date."));
-    if (fresh || version < m_model.version())
-        makeOrMigrate(connection, fresh);
-    m_uuid = storeValue(connection, "uuid");
-    connection.keepFilesOnClose(false);
-    m_first = std::move(first);
-    return {};
-}
-
-void Store::makeOrMigrate(Connection &connection, bool fresh) const
-{
-    if (fresh)
-        switchToWriteAheadLog(connection);
-    else // an older store is migrated in place; its last state stays beside it
-        keepCopy(connection, m_file, m_model.version());
-    WriteTransaction transaction(connection);
-    createSchema(connection, m_model);
-    if (storeValue(connection, "uuid").empty()) {
-        connection.execute("PRAGMA application_id=" + std::to_string(applicationId));
-        setStoreValue(connection, "uuid", newUuid());
-        setStoreValue(connection, "save", "0");
-    }
-    transaction.commit();
-}
-
-/// Whether what failed was writing, where reading can be had: in a folder or on a disk that is read-only. Changes that
-/// lie in a log beside the store could not be read so, and half of the tasks are worse than none.
-bool Store::canOnlyBeRead(const SQLite::Exception &exception) const
-{
-    if (primaryCode(exception) != SQLITE_CANTOPEN && primaryCode(exception) != SQLITE_READONLY)
-        return false;
-    const std::string file = m_file.string();
-    const std::string folder = m_file.has_parent_path() ? m_file.parent_path().string() : ".";
-    std::error_code none;
-    const auto logged = std::filesystem::file_size(file + "-wal", none);
-    return m_vfs.empty() && ::access(file.c_str(), R_OK) == 0
-        && (::access(file.c_str(), W_OK) != 0 || ::access(folder.c_str(), W_OK) != 0) && (none || logged == 0);
-}
-
-foundation::Error Store::whyNotOpened(const SQLite::Exception &exception) const
-{
-    const std::string name = m_file.filename().string();
-    const bool damaged = primaryCode(exception) == SQLITE_NOTADB || primaryCode(exception) == SQLITE_CORRUPT;
-    return storeError(damaged ? StoreErrorCode::Damaged : StoreErrorCode::CannotOpen,
-        damaged ? "The store \"" + name + "\" is damaged. It was left as it is."
-                : "The store \"" + name + "\" could not be opened.",
-        exception);
-}
-
-Result<void> Store::check() const
-{
-    try {
-        Connection connection(m_file, m_vfs, m_readOnly ? Access::Read : Access::Write);
-        Statement statement = connection.prepare("PRAGMA quick_check(1)");
-        const std::string found = statement.step() ? statement.text(0) : std::string();
-        if (found == "ok")
-            return {};
-        foundation::Error error = refusal(StoreErrorCode::Damaged,
-            "The store \"" + m_file.filename().string() + "\" is damaged. Some of your tasks may be lost or wrong.");
-        error.detail = found;
-        return Failure(std::move(error));
-    } catch (const SQLite::Exception &exception) {
-        return Failure(whyNotOpened(exception));
-    }
 }
 
 std::string Store::uri(const ObjectID &id) const
@@ -237,16 +190,21 @@ ObjectID Store::objectID(std::string_view uri) const
 
 Result<std::unique_ptr<Connection>> Store::connect() const
 {
-    if (const std::scoped_lock lock(m_mutex); m_first)
-        return std::move(m_first);
+    {
+        const std::scoped_lock lock(m_mutex);
+        if (m_first)
+            return std::move(m_first);
+    }
     try {
-        auto connection = std::make_unique<Connection>(m_file, m_vfs, m_readOnly ? Access::Read : Access::Write);
+        auto connection = std::make_unique<Connection>(
+            m_file, m_vfs, m_immutable ? Connection::Mode::Immutable : Connection::Mode::Existing);
         if (storeValue(*connection, "uuid") != m_uuid)
-            return Failure(refusal(
-                StoreErrorCode::Moved, "Another store lies in the place of \"" + m_file.filename().string() + "\"."));
+            return Failure(refusal(StoreErrorCode::Moved,
+                "Another store lies in the place of \"" + m_file.filename().string() + "\".", m_file.string()));
         return connection;
     } catch (const SQLite::Exception &exception) {
-        return Failure(whyNotOpened(exception));
+        return Failure(storeError(StoreErrorCode::CannotOpen,
+            "The store \"" + m_file.filename().string() + "\" could not be opened.", exception));
     }
 }
 

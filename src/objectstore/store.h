@@ -10,14 +10,9 @@
 #include <mutex>
 #include <string>
 
-namespace SQLite {
-class Exception;
-}
-
 namespace objectstore {
 
 class Connection;
-enum class Access;
 
 /// Codes of the errors of the domain "ObjectStoreErrorDomain".
 enum class StoreErrorCode {
@@ -26,7 +21,8 @@ enum class StoreErrorCode {
     NewerSchema, ///< a later version of the program wrote it; it is left as it is
     Unreadable, ///< a read failed
     NotSaved, ///< a save failed and wrote nothing
-    Moved, ///< the file was deleted or replaced while it was open; nothing was written
+    Moved, ///< the file was moved, replaced or deleted while it was open
+    InUse, ///< another window has the store open
     BadRequest, ///< a fetch names what the model does not have
 };
 
@@ -34,8 +30,7 @@ enum class StoreErrorCode {
 class Store
 {
 public:
-    /// Opens the file, creating it where there is none, for reading only where it cannot be written. `vfs` names the
-    /// SQLite file layer; empty means the default.
+    /// Opens the file, creating it where there is none. `vfs` names the SQLite file layer; empty means the default.
     [[nodiscard]] static foundation::Result<std::unique_ptr<Store>> open(const ObjectModel &model,
         const std::filesystem::path &file, const foundation::Clock &clock, std::string vfs = {});
     ~Store();
@@ -46,12 +41,8 @@ public:
     /// The store's own identity, made when the file was created.
     [[nodiscard]] const std::string &uuid() const { return m_uuid; }
 
-    /// Whether the file can be read but not written; every save then fails.
-    [[nodiscard]] bool isReadOnly() const { return m_readOnly; }
-
-    /// Reads the whole file and tells whether it is sound; takes a while for a large one. On a thread of its own, if
-    /// you like.
-    [[nodiscard]] foundation::Result<void> check() const;
+    /// Where the store can be read and not be written, a sentence that says so; else empty.
+    [[nodiscard]] const std::string &notice() const { return m_notice; }
 
     /// "x-objectstore://UUID/Entity/key"
     [[nodiscard]] std::string uri(const ObjectID &id) const;
@@ -62,10 +53,7 @@ public:
     [[nodiscard]] foundation::Result<std::unique_ptr<Connection>> connect() const;
 
 private:
-    [[nodiscard]] foundation::Result<void> prepare(Access access);
-    void makeOrMigrate(Connection &connection, bool fresh) const;
-    [[nodiscard]] bool canOnlyBeRead(const SQLite::Exception &exception) const;
-    [[nodiscard]] foundation::Error whyNotOpened(const SQLite::Exception &exception) const;
+    [[nodiscard]] std::unique_ptr<Connection> openFile();
     Store(const ObjectModel &model, std::filesystem::path file, const foundation::Clock &clock, std::string vfs);
 
     const ObjectModel &m_model;
@@ -73,9 +61,10 @@ private:
     const foundation::Clock &m_clock;
     std::string m_vfs;
     std::string m_uuid;
-    bool m_readOnly = false;
+    std::string m_notice;
+    bool m_immutable = false;
     mutable std::mutex m_mutex;
-    mutable std::unique_ptr<Connection> m_first; ///< what opened the store; the first context takes it over
+    mutable std::unique_ptr<Connection> m_first; ///< what the store was opened with, until a context takes it over
 };
 
 } // namespace objectstore

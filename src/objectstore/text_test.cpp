@@ -1,61 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "objectstore/text_test.h"
 
+#include "objectstore/text_folding.h"
+
 #include <QRegularExpression>
 #include <QString>
-#include <cstring>
 
 namespace objectstore {
 
 namespace {
-
-constexpr auto lowerCase = [] {
-    std::array<unsigned char, 256> table{};
-    for (std::size_t i = 0; i < table.size(); ++i)
-        table[i] = static_cast<unsigned char>(i >= 'A' && i <= 'Z' ? i + 32 : i);
-    return table;
-}();
-
-bool isAscii(std::string_view text)
-{
-    std::uint64_t bits = 0;
-    std::size_t i = 0;
-    for (; i + sizeof bits <= text.size(); i += sizeof bits) {
-        std::uint64_t chunk = 0;
-        std::memcpy(&chunk, text.data() + i, sizeof chunk);
-        bits |= chunk;
-    }
-    for (; i < text.size(); ++i)
-        bits |= static_cast<unsigned char>(text[i]);
-    return (bits & 0x8080808080808080ULL) == 0;
-}
-
-unsigned char lower(char letter)
-{
-    return lowerCase[static_cast<unsigned char>(letter)];
-}
-
-bool equalFolded(const char *text, std::string_view pattern)
-{
-    for (std::size_t i = 0; i < pattern.size(); ++i) {
-        if (lower(text[i]) != static_cast<unsigned char>(pattern[i]))
-            return false;
-    }
-    return true;
-}
-
-/// Whether ASCII `text`, in any case, holds the folded `pattern`.
-bool containsFolded(std::string_view text, std::string_view pattern)
-{
-    if (pattern.empty())
-        return true;
-    const auto first = static_cast<unsigned char>(pattern[0]);
-    for (std::size_t i = 0; i + pattern.size() <= text.size(); ++i) {
-        if (lower(text[i]) == first && equalFolded(text.data() + i, pattern))
-            return true;
-    }
-    return false;
-}
 
 std::size_t nextCharacter(std::string_view text, std::size_t place)
 {
@@ -102,33 +55,10 @@ QString fromUtf8(std::string_view text)
 
 } // namespace
 
-std::string folded(std::string_view text, TextOptions options)
-{
-    if (!options.any())
-        return std::string(text);
-    if (isAscii(text)) {
-        std::string result(text);
-        if (options.foldCase) {
-            for (char &letter : result)
-                letter = static_cast<char>(lower(letter));
-        }
-        return result;
-    }
-    QString string = fromUtf8(text);
-    if (options.foldCase)
-        string = string.toCaseFolded();
-    if (options.foldMarks) {
-        string = string.normalized(QString::NormalizationForm_D);
-        string.removeIf([](QChar character) { return character.category() == QChar::Mark_NonSpacing; });
-    }
-    return string.toUtf8().toStdString();
-}
-
 TextTest::TextTest(Operator test, std::string_view pattern, TextOptions options)
     : m_test(test)
     , m_options(options)
     , m_pattern(test == Operator::Matches ? std::string(pattern) : folded(pattern, options))
-    , m_asciiPattern(isAscii(m_pattern))
 {
     if (test != Operator::Matches)
         return;
@@ -157,9 +87,8 @@ bool TextTest::matches(std::string_view text) const
     }
     if (!m_options.any())
         return compare(text);
-    if (m_test == Operator::Contains && m_options.foldCase && isAscii(text))
-        return m_asciiPattern && containsFolded(text, m_pattern);
-    return compare(folded(text, m_options));
+    static thread_local std::string buffer; // a search through many texts folds them all in one place
+    return compare(foldInto(buffer, text, m_options));
 }
 
 bool TextTest::compare(std::string_view text) const

@@ -11,9 +11,6 @@ class QRegularExpression;
 
 namespace objectstore {
 
-/// `text` as it is compared under `options`: Unicode case folding, combining marks removed.
-[[nodiscard]] std::string folded(std::string_view text, TextOptions options);
-
 /// A test of text against one fixed text, which is prepared once: the same code answers in memory and inside SQL.
 class TextTest
 {
@@ -32,7 +29,6 @@ private:
     Operator m_test;
     TextOptions m_options;
     std::string m_pattern;
-    bool m_asciiPattern;
     std::unique_ptr<QRegularExpression> m_expression;
 };
 

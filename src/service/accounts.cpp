@@ -21,16 +21,21 @@ bool looksLikeAnAddress(std::string_view email)
         && std::none_of(email.begin(), email.end(), [](unsigned char byte) { return byte <= ' ' || byte == 0x7F; });
 }
 
+void checkPassword(std::string_view password)
+{
+    if (password.size() < shortestPassword)
+        throw Refusal("the password needs at least six characters");
+    if (password.size() > longestCredential)
+        throw Refusal("the password is too long");
+}
+
 } // namespace
 
 std::string addAccount(Connection &connection, std::string_view email, std::string_view password, std::int64_t now)
 {
     if (!looksLikeAnAddress(email))
         throw Refusal("invalid e-mail address");
-    if (password.size() < shortestPassword)
-        throw Refusal("the password needs at least six characters");
-    if (password.size() > longestCredential)
-        throw Refusal("the password is too long");
+    checkPassword(password);
     if (accountOf(connection, email))
         throw Refusal("there is an account with this e-mail address already");
     std::string userid = randomHexadecimal(8);
@@ -44,6 +49,17 @@ std::string addAccount(Connection &connection, std::string_view email, std::stri
         .bind(now)
         .run();
     return userid;
+}
+
+void setPassword(Connection &connection, std::string_view email, std::string_view password)
+{
+    checkPassword(password);
+    const auto account = accountOf(connection, email);
+    if (!account)
+        throw Refusal("there is no account with this e-mail address");
+    const std::string passwordMd5 = md5(password);
+    connection.prepare("UPDATE user SET password_md5 = ? WHERE id = ?").bind(passwordMd5).bind(account->user).run();
+    connection.prepare("DELETE FROM token WHERE user = ?").bind(account->user).run();
 }
 
 std::optional<Account> accountOf(Connection &connection, std::string_view email)
@@ -97,6 +113,16 @@ Result<void> addAccount(Database &database, std::string_view email, std::string_
         return {};
     } catch (const std::exception &error) {
         return Failure("The account was not created: " + std::string(error.what()) + ".");
+    }
+}
+
+Result<void> setPassword(Database &database, std::string_view email, std::string_view password)
+{
+    try {
+        database.write([&](Connection &connection) { setPassword(connection, email, password); });
+        return {};
+    } catch (const std::exception &error) {
+        return Failure("The password was not changed: " + std::string(error.what()) + ".");
     }
 }
 

@@ -30,6 +30,10 @@ struct Account {
 /// Adds an account and returns its user id. Throws Refusal where the e-mail address or the password will not do.
 std::string addAccount(Connection &connection, std::string_view email, std::string_view password, std::int64_t now);
 
+/// Gives the account of an e-mail address another password; tokens given under the old one are worth nothing from then
+/// on. Throws Refusal where there is no such account or the password will not do.
+void setPassword(Connection &connection, std::string_view email, std::string_view password);
+
 /// The account of an e-mail address.
 [[nodiscard]] std::optional<Account> accountOf(Connection &connection, std::string_view email);
 
@@ -41,7 +45,8 @@ std::string addAccount(Connection &connection, std::string_view email, std::stri
 /// Whose key this is, if its token is still good.
 [[nodiscard]] std::optional<Session> sessionOf(Connection &connection, std::string_view key, std::int64_t now);
 
-/// For the owner's command line: adds an account, whether the service is running or not.
+// For the owner's command line, whether the service is running or not.
 [[nodiscard]] Result<void> addAccount(Database &database, std::string_view email, std::string_view password);
+[[nodiscard]] Result<void> setPassword(Database &database, std::string_view email, std::string_view password);
 
 } // namespace service

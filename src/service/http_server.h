@@ -14,13 +14,14 @@ namespace service {
 /// How the service is reached, and how much of it a client may take up.
 struct HttpOptions {
     std::string listenAt = "127.0.0.1:0"; ///< port 0 takes a free port
-    std::string tlsCertificate; ///< PEM text with the whole chain; https only when it is there
+    std::string tlsCertificate; ///< PEM text with the whole chain; with it https is spoken as well
     std::string tlsKey; ///< PEM text
+    bool isTlsOnly = false; ///< cuts connections that speak plain http
     std::size_t longestHead = 512 * 1024; ///< bytes of request line and headers
     std::size_t longestBody = 1024 * 1024; ///< bytes of what a POST brings
     unsigned mostConnections = 256;
     unsigned mostConnectionsOfAnAddress = 64;
-    unsigned threads = 4;
+    unsigned threads = 4; ///< for http, and as many for https
     std::chrono::seconds idleTime{30}; ///< without a byte
     std::chrono::milliseconds requestTime{60'000}; ///< for a whole request to arrive
     std::chrono::milliseconds replyTime{600'000}; ///< for a whole reply to be taken

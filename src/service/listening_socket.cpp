@@ -63,17 +63,13 @@ Result<ListeningSocket> ListeningSocket::open(std::string_view hostAndPort)
     return Failure("The service cannot listen at " + quoted + ": " + std::strerror(reason) + ".");
 }
 
-ListeningSocket::ListeningSocket(ListeningSocket &&other) noexcept : m_descriptor(other.release()) { }
+ListeningSocket::ListeningSocket(ListeningSocket &&other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1))
+{ }
 
 ListeningSocket::~ListeningSocket()
 {
     if (m_descriptor >= 0)
         ::close(m_descriptor);
-}
-
-int ListeningSocket::release()
-{
-    return std::exchange(m_descriptor, -1);
 }
 
 std::string ListeningSocket::address() const

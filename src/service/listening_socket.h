@@ -19,8 +19,6 @@ public:
     ListeningSocket &operator=(const ListeningSocket &) = delete;
     ~ListeningSocket();
 
-    /// Gives the socket to a new owner, who closes it.
-    [[nodiscard]] int release();
     [[nodiscard]] int descriptor() const { return m_descriptor; }
     /// Where it listens, with the port that the system chose for port 0.
     [[nodiscard]] std::string address() const;

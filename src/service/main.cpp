@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "service/accounts.h"
+#include "service/folder_lock.h"
 #include "service/http_server.h"
 #include "service/service.h"
 #include "service/text.h"
@@ -22,6 +23,7 @@ struct Arguments {
     std::string tlsKey;
     std::string email;
     int tokensPerHour = service::ServiceOptions().tokensPerHour;
+    bool isTlsOnly = false;
     bool isClosed = false;
 };
 
@@ -46,7 +48,10 @@ std::string readPassword()
     return password;
 }
 
-int addUser(const Arguments &arguments)
+using AccountChange = service::Result<void> (*)(service::Database &, std::string_view, std::string_view);
+
+/// Does to the account of the given e-mail address what needs a password.
+int changeAccount(const Arguments &arguments, AccountChange change)
 {
     const std::string password = readPassword();
     if (service::cleaned(password) != password)
@@ -54,14 +59,14 @@ int addUser(const Arguments &arguments)
     auto database = service::Database::open(arguments.folder);
     if (!database)
         return fail(database.error());
-    if (auto done = service::addAccount(**database, arguments.email, password); !done)
+    if (auto done = change(**database, arguments.email, password); !done)
         return fail(done.error());
     return 0;
 }
 
 int serve(const Arguments &arguments, const sigset_t &endings)
 {
-    service::HttpOptions http{.listenAt = arguments.listenAt};
+    service::HttpOptions http{.listenAt = arguments.listenAt, .isTlsOnly = arguments.isTlsOnly};
     for (const auto &[file, text] :
         {std::pair{&arguments.tlsCertificate, &http.tlsCertificate}, std::pair{&arguments.tlsKey, &http.tlsKey}}) {
         const auto contents = file->empty() ? std::string() : contentsOf(*file);
@@ -72,6 +77,9 @@ int serve(const Arguments &arguments, const sigset_t &endings)
     auto database = service::Database::open(arguments.folder);
     if (!database)
         return fail(database.error());
+    const auto lock = service::FolderLock::take(arguments.folder);
+    if (!lock)
+        return fail(lock.error());
     service::Service service(**database,
         {.tokensPerHour = arguments.tokensPerHour,
             .isSecure = !http.tlsCertificate.empty(),
@@ -107,10 +115,15 @@ int main(int count, char **texts)
     auto *key = application.add_option("--tls-key", arguments.tlsKey, "The certificate's key, PEM");
     certificate->type_name("FILE")->needs(key);
     key->type_name("FILE")->needs(certificate);
+    application.add_flag("--tls-only", arguments.isTlsOnly, "Cut connections that speak plain http")->needs(key);
     application.add_flag("--no-sign-up", arguments.isClosed, "Let nobody but add-user create accounts");
     auto *addition = application.add_subcommand("add-user", "Create an account; the password comes on standard input");
-    addition->fallthrough(); // so that --data may follow as well
-    addition->add_option("email", arguments.email, "The account's e-mail address")->required()->type_name("EMAIL");
+    auto *renewal = application.add_subcommand("set-password", "Give an account another password, likewise");
+    for (CLI::App *command : {addition, renewal}) {
+        command->fallthrough(); // so that --data may follow as well
+        command->add_option("email", arguments.email, "The account's e-mail address")->required()->type_name("EMAIL");
+    }
+    application.require_subcommand(0, 1);
     try {
         application.parse(count, texts);
     } catch (const CLI::Success &answered) {
@@ -128,5 +141,9 @@ int main(int count, char **texts)
     sigaddset(&endings, SIGTERM);
     sigaddset(&endings, SIGINT);
     ::pthread_sigmask(SIG_BLOCK, &endings, nullptr); // before the first thread, so that only the wait sees them
-    return addition->parsed() ? addUser(arguments) : serve(arguments, endings);
+    if (addition->parsed())
+        return changeAccount(arguments, service::addAccount);
+    if (renewal->parsed())
+        return changeAccount(arguments, service::setPassword);
+    return serve(arguments, endings);
 }

@@ -6,9 +6,17 @@
 
 namespace service {
 
-RequestDeadlines::RequestDeadlines(Duration toAsk, Duration toTakeReply)
-    : m_toAsk(toAsk), m_toTakeReply(toTakeReply), m_thread([this](const std::stop_token &stop) { watch(stop); })
+RequestDeadlines::RequestDeadlines(Duration toSpeak, Duration toAsk, Duration toTakeReply)
+    : m_toSpeak(toSpeak)
+    , m_toAsk(toAsk)
+    , m_toTakeReply(toTakeReply)
+    , m_thread([this](const std::stop_token &stop) { watch(stop); })
 { }
+
+void RequestDeadlines::connected(int descriptor)
+{
+    set(descriptor, m_toSpeak);
+}
 
 void RequestDeadlines::waiting(int descriptor)
 {

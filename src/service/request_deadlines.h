@@ -10,15 +10,17 @@
 
 namespace service {
 
-/// Cuts connections whose request takes too long to arrive, or whose client takes too long to take the reply, however
-/// steadily a few bytes trickle. Any thread; a thread of its own looks at the clock.
+/// Cuts connections that say nothing, whose request takes too long to arrive, or whose client takes too long to take
+/// the reply, however steadily a few bytes trickle. Any thread; a thread of its own looks at the clock.
 class RequestDeadlines
 {
 public:
     using Duration = std::chrono::milliseconds;
 
-    RequestDeadlines(Duration toAsk, Duration toTakeReply);
+    RequestDeadlines(Duration toSpeak, Duration toAsk, Duration toTakeReply);
 
+    /// The connection waits for its first byte, from now on.
+    void connected(int descriptor);
     /// The connection waits for a request, from now on.
     void waiting(int descriptor);
     /// The connection's reply is on its way, from now on.
@@ -32,6 +34,7 @@ private:
     void set(int descriptor, Duration limit);
     void watch(const std::stop_token &stop);
 
+    const Duration m_toSpeak;
     const Duration m_toAsk;
     const Duration m_toTakeReply;
     std::mutex m_mutex;

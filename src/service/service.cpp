@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "service/service.h"
 
+#include "service/known_keys.h"
 #include "service/method.h"
 #include "service/result.h"
 #include "service/text.h"
@@ -32,7 +33,7 @@ void checkParameters(const Method &method, const Request &request)
 {
     for (const auto &[name, value] : request.parameters())
         if (name != "key" && std::ranges::find(method.parameters, name) == method.parameters.end())
-            throw Refusal("unknown parameter: " + name.substr(0, 64));
+            throw Refusal("unknown parameter: " + cleaned(name.substr(0, 64)));
 }
 
 } // namespace
@@ -42,18 +43,22 @@ struct Service::State {
     ServiceOptions options;
     MethodTable methods = allMethods();
     Throttles throttles;
+    KnownKeys knownKeys;
 
     [[nodiscard]] std::string answer(const Request &request, std::string_view address);
-    [[nodiscard]] Session sessionOf(Connection &connection, const Request &request, std::int64_t now) const;
+    [[nodiscard]] Session sessionOf(Connection &connection, const Request &request, std::int64_t now);
 };
 
-Session Service::State::sessionOf(Connection &connection, const Request &request, std::int64_t now) const
+Session Service::State::sessionOf(Connection &connection, const Request &request, std::int64_t now)
 {
-    if (request.text("key").empty())
+    const std::string_view key = request.text("key");
+    if (key.empty())
         throw Refusal("missing key");
-    const auto session = service::sessionOf(connection, request.text("key"), now);
-    if (!session)
+    const auto session = service::sessionOf(connection, key, now);
+    if (!session) {
+        knownKeys.remove(key);
         throw Refusal("key did not validate");
+    }
     return *session;
 }
 
@@ -65,19 +70,22 @@ std::string Service::State::answer(const Request &request, std::string_view addr
     const Method &method = *found->second;
     const std::int64_t now = options.clock();
     const bool writes = method.access == Access::Write || method.access == Access::OpenWrite;
+    const bool needsKey = method.access == Access::Write || method.access == Access::Read;
 
     std::string xml;
     Session session;
     const auto check = [&](Connection &connection) { session = sessionOf(connection, request, now); };
     const auto work = [&](Connection &connection) {
-        if (method.access == Access::Read)
+        if (needsKey)
             check(connection);
         checkParameters(method, request);
         Call call{request, connection, session, now, options, throttles, address};
         xml = method.answer(call);
     };
-    if (method.access == Access::Write)
+    if (method.access == Access::Write && !knownKeys.contains(request.text("key"))) {
         database.read(check); // a key that is none must not make writers wait
+        knownKeys.add(request.text("key"));
+    }
     if (writes)
         database.write(work);
     else

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "toodledo/td_parser.h"
 
+#include <algorithm>
 #include <exception>
 #include <expat.h>
 
@@ -11,6 +12,9 @@ namespace {
 constexpr int greatestDepth = 64;
 constexpr std::size_t longestName = 256;
 constexpr std::uint64_t longestToken = std::uint64_t{4} << 20; ///< bytes without any event: one endless tag or comment
+constexpr std::size_t longestText = std::size_t{16} << 20;
+// A record takes fifty times the memory of its shortest markup. So many tasks with all their elements fill a reply.
+constexpr std::size_t longestList = 250'000;
 constexpr int feedSize = 1 << 20; ///< bytes handed over at once, so that the length of a token is looked at in time
 
 bool isBlank(char character)
@@ -18,7 +22,7 @@ bool isBlank(char character)
     return character == ' ' || (character >= '\t' && character <= '\r');
 }
 
-XML_Parser expat(const std::unique_ptr<void, auto> &parser)
+template <typename Deleter> XML_Parser expat(const std::unique_ptr<void, Deleter> &parser)
 {
     return static_cast<XML_Parser>(parser.get());
 }
@@ -140,6 +144,8 @@ void TDParser::endElement(const char *name)
     if (element == "error")
         m_errorTexts.push_back(m_text);
     didEndElement(element, m_text);
+    if (std::max(recordCount(), m_errorTexts.size()) > longestList)
+        refuse("a list too long");
     m_text.clear();
     m_pieceStart = 0;
 }
@@ -151,7 +157,10 @@ void TDParser::gatherText(std::string_view text)
     if (m_text.size() == m_pieceStart)
         while (!text.empty() && isBlank(text.front()))
             text.remove_prefix(1);
-    m_text += text;
+    if (m_text.size() + text.size() > longestText)
+        refuse("a text too long");
+    else
+        m_text += text;
 }
 
 void TDParser::endPiece()

@@ -39,8 +39,8 @@ private:
 };
 
 /// Reads one reply as its bytes arrive; subclasses make results of its elements. Whatever the bytes are, it ends in
-/// results or in an error: a document type, markup nested or named beyond all reason, or an encoding other than
-/// UTF-8, UTF-16, ISO 8859-1 and ASCII is refused.
+/// results or in an error: a document type, markup nested or named beyond all reason, texts and lists longer than
+/// memory is to hold, or an encoding other than UTF-8, UTF-16, ISO 8859-1 and ASCII is refused.
 class TDParser
 {
 public:
@@ -66,6 +66,10 @@ protected:
     virtual void didStartElement(std::string_view name, const Attributes &attributes);
     /// `text` is the element's text, without the blanks at both ends of each piece between two tags.
     virtual void didEndElement(std::string_view name, std::string_view text);
+    /// How many records have been made.
+    [[nodiscard]] virtual std::size_t recordCount() const { return 0; }
+    /// Ends the parsing: the reply is not to be believed.
+    void refuse(const char *why);
 
 private:
     struct Events;
@@ -78,7 +82,6 @@ private:
     void endElement(const char *name);
     void gatherText(std::string_view text);
     void endPiece();
-    void refuse(const char *why);
 
     std::unique_ptr<void, ExpatDeleter> m_expat;
     std::string m_text; ///< since the last end of an element
@@ -107,6 +110,8 @@ public:
     }
 
 protected:
+    [[nodiscard]] std::size_t recordCount() const override { return m_results.size(); }
+
     std::vector<Record> m_results;
 };
 

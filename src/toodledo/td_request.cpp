@@ -34,6 +34,15 @@ void appendEscaped(std::string &result, std::string_view text, const CharacterSe
     }
 }
 
+/// Makes room for all parameters at once: a text of megabytes is to be copied no more often than it must.
+void reserveFor(std::string &url, const Parameters &parameters)
+{
+    std::size_t size = url.size() + 128;
+    for (const auto &[name, value] : parameters)
+        size += name.size() + 2 + value.size() * 3;
+    url.reserve(size);
+}
+
 void appendPair(std::string &url, std::string_view name, std::string_view value, bool escape)
 {
     (url += name) += '=';
@@ -64,6 +73,7 @@ std::string plainUrl(std::string_view urlText, const Parameters &parameters)
 {
     std::string url("http://");
     url += urlText;
+    reserveFor(url, parameters);
     for (const auto &[name, value] : parameters)
         appendPair(url, name, value, true);
     return url;
@@ -74,6 +84,7 @@ std::string authenticatedUrl(
 {
     std::string url(authentication.secure ? "https://" : "http://");
     url += urlText;
+    reserveFor(url, parameters);
     appendPair(url, "key", authentication.key, authentication.escapeValues);
     for (const auto &[name, value] : parameters)
         appendPair(url, name, value, authentication.escapeValues);

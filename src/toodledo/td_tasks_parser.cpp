@@ -10,6 +10,8 @@ namespace toodledo {
 
 namespace {
 
+constexpr std::size_t longestTags = std::size_t{1} << 20; ///< in bytes; a list of empty names would take 32 times that
+
 using Setter = void (*)(GtdTask &task, std::string_view text);
 
 template <std::int64_t GtdTask::*Field> void setInteger(GtdTask &task, std::string_view text)
@@ -92,7 +94,9 @@ void TDTasksParser::didEndElement(std::string_view name, std::string_view text)
     if (!m_inTask)
         return;
     if (const Setter *setter = taskElements.find(name)) {
-        if (*setter)
+        if (text.size() > longestTags && *setter == setTags)
+            refuse("too many tags");
+        else if (*setter)
             (*setter)(m_current, text);
         else
             m_current.context = contextOf(text);

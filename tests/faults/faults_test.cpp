@@ -5,7 +5,7 @@
 #include "foundation/log.h"
 #include "foundation/settings.h"
 #include "model/entities.h"
-#include "objectstore/library.h"
+#include "objectstore/store_care.h"
 #include "support/test_store.h"
 
 #include <SQLiteCpp/Database.h>
@@ -159,7 +159,7 @@ TEST(Faults, F11_a_store_that_cannot_be_written_is_opened_for_reading)
         const auto store = model::TaskStore::open(folder, clock, errors);
         if (!store)
             return notes.problem("not opened: " + store.error().message + " " + store.error().detail);
-        if (!(*store)->store().isReadOnly() || errors.errors.size() != 1)
+        if ((*store)->store().notice().empty() || errors.errors.size() != 1)
             notes.problem("read-only, and not told once but " + std::to_string(errors.errors.size()) + " times");
         auto &context = (*store)->managedObjectContext();
         const auto tasks = context.fetch({.entity = "Tasks", .predicate = {}, .sortDescriptors = {}});
@@ -223,7 +223,7 @@ TEST(Faults, F13_F14_a_check_finds_what_opening_does_not_read)
     for (int i = 0; i < 400; ++i)
         store.add(aTask().titled("task " + std::to_string(i)).noted(std::string(300, 'n')));
     store.save();
-    EXPECT_TRUE(store.store().check());
+    EXPECT_TRUE(objectstore::quickCheck(store.store()));
     const TemporaryFolder copy;
     const fs::path file = copy.path() / model::TaskStore::fileName;
     SQLite::Database((store.folder.path() / model::TaskStore::fileName).string())
@@ -234,7 +234,7 @@ TEST(Faults, F13_F14_a_check_finds_what_opening_does_not_read)
     std::ofstream(file, std::ios::binary) << bytes;
     const auto opened = objectstore::Store::open(model::objectModel(), file, store.clock);
     ASSERT_TRUE(opened) << "its first pages are whole";
-    const auto checked = (*opened)->check();
+    const auto checked = objectstore::quickCheck(**opened);
     ASSERT_FALSE(checked);
     EXPECT_EQ(checked.error().code, static_cast<int>(objectstore::StoreErrorCode::Damaged));
 }
@@ -272,7 +272,7 @@ TEST(Faults, F14_a_log_of_another_store_is_not_read_into_this_one)
     const auto opened = model::TaskStore::open(folder.path(), clock, errors);
     if (opened) { // the log replaced every page by its own: a whole store again, or a damage that the check tells
         EXPECT_TRUE(faults::storeProblems(folder.path() / "Quelvin.qvl", model::objectModel()).empty()
-            || !(*opened)->store().check());
+            || !objectstore::quickCheck((*opened)->store()));
     } else {
         EXPECT_EQ(contents(folder.path() / "Quelvin.qvl"), before);
     }

@@ -43,7 +43,7 @@ void expectNone(
 
 std::set<std::string> knownTables(const ObjectModel &model)
 {
-    std::set<std::string> names{"_store"};
+    std::set<std::string> names{"_store", "_saves"};
     for (const auto &entity : model.entities()) {
         names.insert(entity->name());
         for (const Property *relationship : entity->toManyRelationships())

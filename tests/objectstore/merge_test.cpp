@@ -127,3 +127,51 @@ TEST(MergeExternalChanges, noticesWhatAnotherConnectionWrote)
     EXPECT_TRUE(value(readers.ours->mergeExternalChanges()));
     EXPECT_TRUE(readers.our->isDeleted());
 }
+
+TEST(MergeExternalChanges, bringsInOnlyWhatOthersDidAndWhatBecameOfItInTheEnd)
+{
+    TwoReaders readers(MergePolicy::Rollback);
+    readers.theirs->enableUndo();
+    UndoManager &undo = *readers.theirs->undoManager();
+    ManagedObject &passing = book(*readers.theirs, "Passing");
+    ManagedObject &story = book(*readers.theirs, "Story");
+    value(readers.theirs->save());
+    readers.theirs->remove(passing);
+    story.setValue("title", std::string("Saga"));
+    value(readers.theirs->save());
+    book(*readers.ours, "Ours");
+    value(readers.ours->save());
+    undo.clear();
+    readers.theirs->remove(*readers.their);
+    value(readers.theirs->save());
+    undo.undo();
+    value(readers.theirs->save());
+
+    std::vector<std::string> inserted;
+    std::vector<std::string> updated;
+    const Subscription subscription = readers.ours->onObjectsDidChange([&](const ObjectsChange &change) {
+        inserted = titles(change.inserted);
+        updated = titles(change.updated);
+    });
+    EXPECT_TRUE(value(readers.ours->mergeExternalChanges()));
+    EXPECT_THAT(inserted, ElementsAre("Saga"));
+    EXPECT_THAT(updated, ElementsAre("Novel"));
+    EXPECT_FALSE(readers.our->isDeleted());
+    EXPECT_EQ(count(*readers.ours, "Book", "TRUEPREDICATE"), 3);
+}
+
+TEST(MergeExternalChanges, aContextThatLiesFarBehindComparesEveryRecord)
+{
+    TwoReaders readers(MergePolicy::Rollback);
+    ManagedObject &doomed = book(*readers.ours, "Doomed");
+    value(readers.ours->save());
+    readers.theirs->remove(*readers.theirs->existingObject(doomed.objectID()));
+    for (std::int64_t pages = 2; pages < 400; ++pages) {
+        readers.their->setValue("pages", pages);
+        value(readers.theirs->save());
+    }
+    EXPECT_TRUE(value(readers.ours->mergeExternalChanges()));
+    EXPECT_EQ(readers.our->integer("pages"), 399);
+    EXPECT_TRUE(doomed.isDeleted());
+    EXPECT_FALSE(value(readers.ours->mergeExternalChanges()));
+}

@@ -55,14 +55,6 @@ TEST(StoreFile, aStoreOfANewerVersionIsRefusedUntouched)
     EXPECT_EQ(contents(file), before);
 }
 
-TEST(StoreFile, aStoreWithATriggerIsNotBelieved)
-{
-    Library library;
-    SQLite::Database(library.store->file().string(), SQLite::OPEN_READWRITE)
-        .exec("CREATE TRIGGER t AFTER UPDATE ON Book BEGIN DELETE FROM Book; END");
-    EXPECT_EQ(open(library, library.store->file()).error().code, static_cast<int>(StoreErrorCode::Damaged));
-}
-
 TEST(StoreFile, anOlderStoreIsMigratedAndItsLastStateKept)
 {
     Library library;

@@ -19,7 +19,8 @@ using Parameters = std::vector<std::pair<std::string, std::string>>;
 inline std::string escaped(const std::string &text)
 {
     std::string result;
-    for (const unsigned char byte : text) {
+    for (const char letter : text) {
+        const auto byte = static_cast<unsigned char>(letter);
         if ((byte >= '0' && byte <= '9') || (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z')) {
             result += static_cast<char>(byte);
         } else {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <arpa/inet.h>
+#include <cerrno>
 #include <curl/curl.h>
 #include <netinet/in.h>
 #include <stdexcept>
@@ -93,6 +94,13 @@ public:
     bool send(const std::string &bytes) // NOLINT: false once the other end has closed
     {
         return ::send(m_descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
+    }
+    /// Whether the other end closes the connection without a word, within ten seconds.
+    bool isCut()
+    {
+        char byte = 0;
+        const ssize_t size = ::recv(m_descriptor, &byte, 1, 0);
+        return size == 0 || (size < 0 && errno == ECONNRESET);
     }
     /// What arrives until `end` has, or the connection ends.
     std::string receiveUntil(const std::string &end)

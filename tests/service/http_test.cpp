@@ -125,6 +125,41 @@ TEST_F(Http, limitsTheConnectionsOfAnAddress)
     EXPECT_EQ(answered, 5);
 }
 
+TEST_F(Http, cutsAClientThatSaysNothing)
+{
+    start({.requestTime = 200ms});
+    EXPECT_TRUE(RawSocket(server->address()).isCut());
+}
+
+TEST_F(Http, countsConnectionsThatSayNothingUntilTheyEnd)
+{
+    for (const service::HttpOptions &options :
+        {service::HttpOptions{.mostConnections = 3}, service::HttpOptions{.mostConnectionsOfAnAddress = 3}}) {
+        start(options);
+        HttpClient client;
+        {
+            const RawSocket first(server->address());
+            const RawSocket second(server->address());
+            EXPECT_EQ(client.get(url("getTasks", {})).status, 200); // the third
+            EXPECT_TRUE(RawSocket(server->address()).isCut());
+        }
+        bool hasRoom = false;
+        for (int i = 0; i < 400 && !hasRoom; ++i) {
+            std::this_thread::sleep_for(5ms); // until the service has seen their end
+            hasRoom = HttpClient().get(url("getTasks", {})).status == 200;
+        }
+        EXPECT_TRUE(hasRoom);
+    }
+}
+
+TEST_F(Http, cutsTlsWhereThereIsNoCertificate)
+{
+    start();
+    RawSocket socket(server->address());
+    socket.send("\x16\x03\x01");
+    EXPECT_TRUE(socket.isCut());
+}
+
 TEST_F(Http, servesManyClientsAtOnce)
 {
     start();

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "service/caller.h"
+#include "service/certificate.h"
 #include "service/http_client.h"
 #include "support/temporary_folder.h"
 
@@ -84,13 +85,18 @@ private:
     std::string m_address;
 };
 
-void addUser(const std::string &folder)
+/// Runs a command on the account of ana@example.org that reads a password, and returns its exit status.
+int runWithPassword(const std::string &folder, const std::string &command, const std::string &given)
 {
     const support::TemporaryFolder place;
     const std::string file = place.path() / "password";
-    std::ofstream(file) << password;
-    std::string output;
-    ASSERT_EQ(run("--data '" + folder + "' add-user ana@example.org <" + file, &output), 0) << output;
+    std::ofstream(file) << given;
+    return run("--data '" + folder + "' " + command + " ana@example.org <" + file);
+}
+
+void addUser(const std::string &folder)
+{
+    ASSERT_EQ(runWithPassword(folder, "add-user", password), 0);
 }
 
 /// Logs in as a client does, and returns the key.
@@ -195,29 +201,69 @@ TEST(Program, stopsCleanlyAndLetsUsersBeAddedMeanwhile)
     EXPECT_FALSE(std::filesystem::exists(folder + "/service.db-wal")); // all is in the one file
 }
 
-TEST(Program, speaksTlsWithACertificateOfItsOwn)
+TEST(Program, endsEveryTokenWhereItSetsAnotherPassword)
 {
     const support::TemporaryFolder place;
     const std::string folder = place.path() / "data";
-    const std::string certificate = place.path() / "cert.pem";
-    const std::string key = place.path() / "key.pem";
-    const std::string command = "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2"
-                                " -subj /CN=localhost -addext subjectAltName=IP:127.0.0.1 -keyout "
-        + key + " -out " + certificate + " 2>/dev/null";
-    ASSERT_EQ(std::system(command.c_str()), 0);
+    EXPECT_EQ(runWithPassword(folder, "set-password", password), 1); // there is nobody yet
     addUser(folder);
-    Program program(folder, {"--tls-cert", certificate, "--tls-key", key});
+    Program program(folder);
+    HttpClient client;
+    const std::string base = "http://" + program.address();
+    const std::string key = logIn(client, base);
+    const auto add = [&] { return client.get(base + target("addTask", {{"key", key}, {"title", "x"}})).body; };
+    const auto userid = [&](const std::string &word) {
+        return inside(
+            client.get(base + target("getUserid", {{"email", "ana@example.org"}, {"pass", word}})).body, "userid");
+    };
+    EXPECT_EQ(inside(add(), "added"), "1");
+    EXPECT_EQ(runWithPassword(folder, "set-password", "short"), 1);
+    EXPECT_EQ(inside(add(), "added"), "2"); // a refused change ends nothing
+    const std::string same = userid(password);
+    EXPECT_EQ(runWithPassword(folder, "set-password", "another password"), 0);
+    EXPECT_EQ(inside(add(), "error"), "key did not validate");
+    EXPECT_EQ(userid(password), "1");
+    EXPECT_EQ(userid("another password"), same);
+}
+
+TEST(Program, leavesAFolderToTheServiceThatHasIt)
+{
+    const support::TemporaryFolder place;
+    const std::string folder = place.path() / "data";
+    Program first(folder);
+    ASSERT_NE(first.address(), "");
+    std::string output;
+    EXPECT_EQ(run("--listen 127.0.0.1:0 --data " + folder, &output), 1);
+    EXPECT_NE(output.find("Another service is running on the folder"), std::string::npos) << output;
+    (void)first.end(SIGKILL);
+    EXPECT_NE(Program(folder).address(), "");
+}
+
+TEST(Program, speaksTlsAndPlainHttpOnOnePort)
+{
+    const support::TemporaryFolder place;
+    const Certificate certificate;
+    const std::string folder = place.path() / "data";
+    addUser(folder);
+    Program program(folder, {"--tls-cert", certificate.file, "--tls-key", certificate.keyFile});
     ASSERT_NE(program.address(), "");
     HttpClient client;
-    EXPECT_EQ(client.get("https://" + program.address() + "/api.php").status, 0); // nobody vouches for it
-    client.trust(certificate);
-    const std::string base = "https://" + program.address();
-    const std::string info = client.get(base + target("getAccountInfo", {{"key", logIn(client, base)}})).body;
+    const std::string key = logIn(client, "http://" + program.address());
+    const std::string secure = "https://" + program.address();
+    EXPECT_EQ(client.get(secure + "/api.php").status, 0); // nobody vouches for it
+    client.trust(certificate.file);
+    const std::string info = client.get(secure + target("getAccountInfo", {{"key", key}})).body;
     EXPECT_EQ(inside(info, "pro"), "1") << info;
     EXPECT_EQ(program.end(SIGTERM), 0);
 
+    Program strict(folder, {"--tls-cert", certificate.file, "--tls-key", certificate.keyFile, "--tls-only"});
+    EXPECT_EQ(client.get("http://" + strict.address() + "/api.php").status, 0);
+    EXPECT_EQ(client.get("https://" + strict.address() + "/api.php").status, 200);
+    EXPECT_EQ(strict.end(SIGTERM), 0);
+
     std::string output;
-    EXPECT_EQ(run("--data " + folder + " --listen 127.0.0.1:0 --tls-cert " + key + " --tls-key " + key, &output), 1);
+    const std::string twice = " --tls-cert " + certificate.keyFile + " --tls-key " + certificate.keyFile;
+    EXPECT_EQ(run("--data " + folder + " --listen 127.0.0.1:0" + twice, &output), 1);
     EXPECT_NE(output.find("certificate"), std::string::npos) << output;
 }
 
@@ -225,11 +271,11 @@ TEST(Program, tellsInOneSentenceWhatIsWrong)
 {
     const support::TemporaryFolder place;
     const std::string folder = place.path();
-    const std::pair<std::string, int> cases[]
-        = {{"", 2}, {"--data", 2}, {"--data x --tokens-per-hour none", 2}, {"--data x --frobnicate", 2},
-            {"--data x add-user", 2}, {"--data x --tls-cert y", 2}, {"--data " + folder + " --listen nowhere", 1},
-            {"--data /proc/none", 1}, {"--data " + folder + " --tls-cert /none --tls-key /none", 1},
-            {"add-user ana@example.org --data " + folder + " </dev/null", 1}};
+    const std::pair<std::string, int> cases[] = {{"", 2}, {"--data", 2}, {"--data x --tokens-per-hour none", 2},
+        {"--data x --frobnicate", 2}, {"--data x add-user", 2}, {"--data x set-password", 2},
+        {"--data x --tls-cert y", 2}, {"--data x --tls-only", 2}, {"--data " + folder + " --listen nowhere", 1},
+        {"--data /proc/none", 1}, {"--data " + folder + " --tls-cert /none --tls-key /none", 1},
+        {"add-user ana@example.org --data " + folder + " </dev/null", 1}};
     for (const auto &[arguments, status] : cases) {
         std::string output;
         const int ended = run(arguments, &output);

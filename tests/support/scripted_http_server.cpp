@@ -3,6 +3,7 @@
 
 #include <arpa/inet.h>
 #include <array>
+#include <cstdio>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
@@ -69,6 +70,20 @@ void waitUntilClosed(const std::stop_token &stop, int socket)
     while (!stop.stop_requested())
         if (readable(socket) && ::recv(socket, &byte, 1, 0) <= 0)
             return;
+}
+
+/// Lets the coming close cut the connection hard.
+void resetOnClose(int socket)
+{
+    const linger hard{1, 0};
+    ::setsockopt(socket, SOL_SOCKET, SO_LINGER, &hard, sizeof hard);
+}
+
+std::string asChunk(std::string_view bytes)
+{
+    std::array<char, 24> size{};
+    const int length = std::snprintf(size.data(), size.size(), "%zx\r\n", bytes.size());
+    return std::string(size.data(), static_cast<std::size_t>(length)).append(bytes).append("\r\n");
 }
 
 std::string head(const ScriptedReply &reply, std::string_view bodyHeader)
@@ -186,18 +201,26 @@ bool ScriptedHttpServer::answer(const std::stop_token &stop, int socket, const s
         return false;
     case Mode::ResetInBody:
     case Mode::CutLength:
+    case Mode::StallInBody:
         sendAll(stop, socket, head(reply, length) + reply.body.substr(0, reply.body.size() / 2));
-        if (reply.mode == Mode::ResetInBody) {
-            const linger hard{1, 0};
-            ::setsockopt(socket, SOL_SOCKET, SO_LINGER, &hard, sizeof hard);
-        }
+        if (reply.mode == Mode::ResetInBody)
+            resetOnClose(socket);
+        else if (reply.mode == Mode::StallInBody)
+            waitUntilClosed(stop, socket);
         return false;
     case Mode::Endless:
-        sendAll(stop, socket, head(reply, "Transfer-Encoding: chunked"));
-        while (sendAll(stop, socket, "10000\r\n" + std::string(65536, ' ') + "\r\n")) { }
+        sendAll(stop, socket,
+            head(reply, "Transfer-Encoding: chunked") + (reply.body.empty() ? std::string() : asChunk(reply.body)));
+        while (sendAll(stop, socket, asChunk(reply.more))) { }
         return false;
     case Mode::BadChunk:
         sendAll(stop, socket, head(reply, "Transfer-Encoding: chunked") + "zz\r\n" + reply.body);
+        return false;
+    case Mode::Bytes:
+        sendAll(stop, socket, reply.body);
+        return false;
+    case Mode::ResetAtOnce:
+        resetOnClose(socket);
         return false;
     case Mode::CloseAtOnce:
         return false;

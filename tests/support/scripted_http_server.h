@@ -21,8 +21,11 @@ struct ScriptedReply {
         DripHeader, ///< the same before the body
         ResetInBody, ///< half of the body, then a reset
         CutLength, ///< half of the body that its length promises, then a close
-        Endless, ///< chunks of blanks without end
+        StallInBody, ///< the same, then silence
+        Endless, ///< the body, then chunks of `more` without end
         BadChunk, ///< a chunk whose length is no number
+        Bytes, ///< the body alone, without status or headers, then a close
+        ResetAtOnce, ///< no byte, and a reset
         CloseAtOnce ///< no byte at all
     };
 
@@ -30,6 +33,7 @@ struct ScriptedReply {
     Mode mode = Mode::Normal;
     int status = 200;
     std::string headers = {}; ///< further header lines, each with its line end
+    std::string more = std::string(65536, ' ');
 };
 
 /// A tiny HTTP/1.1 server on the loopback address for tests: each request is answered as the script says, and noted.

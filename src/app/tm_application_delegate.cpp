@@ -1,0 +1,250 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/tm_application_delegate.h"
+
+#include "app/text.h"
+#include "foundation/log.h"
+#include "model/settings_defaults.h"
+
+#include <QAbstractEventDispatcher>
+#include <chrono>
+
+namespace app {
+
+using namespace std::chrono_literals;
+using foundation::Error;
+namespace keys = model::keys;
+
+namespace {
+constexpr auto saveDelay = 700ms; // typing is saved in pauses, and a crash costs less than a second of it
+constexpr auto saveRetryDelay = 20s;
+constexpr auto externalChangesInterval = 1500ms;
+constexpr auto tickInterval = 2s;
+} // namespace
+
+TMApplicationDelegate::TMApplicationDelegate(Environment environment)
+    : m_application(environment.application)
+    , m_store(std::move(environment.store))
+    , m_settings(environment.settings)
+    , m_clock(environment.clock)
+    , m_user(environment.user)
+    , m_makeTransport(std::move(environment.makeTransport))
+    , m_tracking(managedObjectContext(), m_clock)
+    , m_syncHost(managedObjectContext(), m_tracking, m_user, [this] { saveAction(); })
+{
+    managedObjectContext().enableUndo();
+    m_changes = managedObjectContext().onObjectsDidChange(
+        [this](const objectstore::ObjectsChange &change) { announce(change); });
+
+    connect(&m_syncHost, &MainThreadSyncHost::statusChanged, this, &TMApplicationDelegate::updateStatus);
+    connect(&m_syncHost, &MainThreadSyncHost::syncDidBegin, this, &TMApplicationDelegate::syncDidBegin);
+    connect(&m_syncHost, &MainThreadSyncHost::syncDidEnd, this, &TMApplicationDelegate::endSync);
+    connect(&m_syncHost, &MainThreadSyncHost::changesMerged, this, &TMApplicationDelegate::storeDidChangeElsewhere);
+
+    m_saveTimer.setSingleShot(true);
+    connect(&m_saveTimer, &QTimer::timeout, this, &TMApplicationDelegate::saveAction);
+    connect(&m_externalChangesTimer, &QTimer::timeout, this, &TMApplicationDelegate::mergeExternalChanges);
+    connect(&m_secondsTimer, &QTimer::timeout, this, &TMApplicationDelegate::checkSecondActions);
+    connect(&m_syncTimer, &QTimer::timeout, this, &TMApplicationDelegate::synchronizeTasks);
+}
+
+TMApplicationDelegate::~TMApplicationDelegate()
+{
+    applicationWillTerminate();
+}
+
+void TMApplicationDelegate::applicationDidFinishLaunching()
+{
+    updateStatus({});
+    m_tracking.registerForChangeNotifications();
+    if (auto *dispatcher = QAbstractEventDispatcher::instance())
+        connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, this,
+            [this] { managedObjectContext().processPendingChanges(); });
+    updateDockBadge();
+    initTimers();
+    if (m_settings.boolean(keys::SyncOnLaunch) && m_settings.boolean(keys::SyncToToodledo))
+        synchronizeTasks();
+    newDay();
+}
+
+bool TMApplicationDelegate::applicationShouldTerminate()
+{
+    Q_EMIT commitEditing();
+    bool isTerminating = true;
+    if (managedObjectContext().hasChanges()) {
+        if (const auto saved = save(); !saved) {
+            logError(saved.error());
+            m_user.presentError(saved.error());
+            isTerminating = m_user.ask(
+                tr("Could not save changes while quitting. Quit anyway?"), tr("Quit anyway"), tr("Cancel"));
+        }
+    }
+    if (const auto written = m_settings.synchronize(); !written)
+        m_user.presentError(written.error());
+    return isTerminating;
+}
+
+void TMApplicationDelegate::applicationWillTerminate()
+{
+    for (QTimer *timer : {&m_saveTimer, &m_externalChangesTimer, &m_secondsTimer, &m_syncTimer})
+        timer->stop();
+    m_syncHost.stopServing();
+    m_sync.reset();
+    if (const auto written = m_settings.synchronize(); !written)
+        logError(written.error());
+}
+
+model::ListFilter TMApplicationDelegate::listFilter() const
+{
+    return {
+        .showCompleted = m_settings.boolean(keys::ShowCompletedTasks),
+        .byLocation = m_application.isFilteringByLocation(),
+    };
+}
+
+void TMApplicationDelegate::announce(const objectstore::ObjectsChange &change)
+{
+    Q_EMIT objectsDidChange(change);
+    saveSoon();
+}
+
+void TMApplicationDelegate::saveSoon()
+{
+    if (!m_saveTimer.isActive() && managedObjectContext().hasChanges())
+        m_saveTimer.start(m_saveFailed ? saveRetryDelay : saveDelay);
+}
+
+foundation::Result<void> TMApplicationDelegate::save()
+{
+    m_saveTimer.stop();
+    auto saved = managedObjectContext().save();
+    if (!saved) {
+        m_saveFailed = true;
+        return foundation::Failure(std::move(saved.error()));
+    }
+    m_saveFailed = false;
+    for (const objectstore::DiscardedValue &discarded : saved->discarded)
+        foundation::logLine("A save gave up the value entered for " + discarded.property + " of "
+            + m_store->store().uri(discarded.object) + ": it had been changed elsewhere.");
+    if (!saved->discarded.empty())
+        updateStatus(tr("A change of yours gave way to one made elsewhere at the same time."));
+    return {};
+}
+
+void TMApplicationDelegate::saveAction()
+{
+    const bool wasFailing = m_saveFailed;
+    const auto saved = save();
+    if (saved) {
+        if (wasFailing)
+            updateStatus({});
+        return;
+    }
+    m_saveTimer.start(saveRetryDelay);
+    logError(saved.error());
+    if (wasFailing)
+        return; // it has been said
+    updateStatus(tr("Your changes are not saved yet; trying again."));
+    m_user.presentError(saved.error());
+}
+
+void TMApplicationDelegate::logError(const Error &error) const
+{
+    foundation::logLine("Failed to save to data store: " + error.message);
+    foundation::logLine("  " + error.detail);
+}
+
+void TMApplicationDelegate::mergeExternalChanges()
+{
+    const auto merged = managedObjectContext().mergeExternalChanges();
+    if (!merged)
+        foundation::logLine("Other programs' changes could not be read: " + merged.error().message);
+    else if (*merged)
+        Q_EMIT storeDidChangeElsewhere();
+}
+
+bool TMApplicationDelegate::isFirstRun() const
+{
+    return !m_settings.boolean(keys::HasBeenRun);
+}
+
+void TMApplicationDelegate::updateStatus(const QString &text)
+{
+    m_statusText = text;
+    Q_EMIT statusTextChanged(text);
+}
+
+void TMApplicationDelegate::synchronizeTasks()
+{
+    if (m_isSyncing)
+        return;
+    Q_EMIT commitEditing();
+    m_isSyncing = true;
+    m_sync = std::make_unique<syncing::ToodledoSync>(
+        syncing::SyncEnvironment{m_store->store(), m_settings, m_clock, m_syncHost, m_makeTransport});
+    if (const auto started = m_sync->startSyncTasks(); !started) {
+        m_isSyncing = false;
+        m_sync.reset();
+        m_user.presentError(started.error());
+    }
+}
+
+void TMApplicationDelegate::endSync()
+{
+    m_isSyncing = false;
+    Q_EMIT syncDidEnd();
+}
+
+void TMApplicationDelegate::initTimers()
+{
+    resetTimer();
+    m_today = m_clock.now(); // no midnight, so that the first tick finds a new day
+    m_secondsTimer.start(tickInterval);
+    m_externalChangesTimer.start(externalChangesInterval);
+}
+
+void TMApplicationDelegate::resetTimer()
+{
+    const auto minutes = m_settings.integer(keys::SyncInterval);
+    m_syncTimer.stop();
+    if (minutes > 0)
+        m_syncTimer.start(std::chrono::minutes(std::min<std::int64_t>(minutes, 60 * 24 * 7)));
+}
+
+void TMApplicationDelegate::checkSecondActions()
+{
+    const foundation::Instant midnight = foundation::startOfLocalDay(m_clock.now());
+    if (midnight == m_today)
+        return;
+    m_today = midnight;
+    newDay();
+}
+
+void TMApplicationDelegate::newDay()
+{
+    Q_EMIT newDayDidBegin();
+    updateDockBadge();
+}
+
+QString TMApplicationDelegate::dockBadge()
+{
+    const auto number = [this](const objectstore::FetchRequest &request) {
+        return managedObjectContext().count(request).value_or(0);
+    };
+    const std::int64_t today = m_settings.boolean(keys::ShowTodayInBadge)
+        ? number(model::todayBadgeTasks(m_clock.now(), m_settings.boolean(keys::ShowCompletedTasks)))
+        : 0;
+    const model::Folders *folder = records().getFolderByTitle("Inbox");
+    const std::int64_t inbox
+        = m_settings.boolean(keys::ShowInboxInBadge) && folder ? number(model::folderTasks(*folder, listFilter())) : 0;
+    if (today > 0 && inbox > 0)
+        return QStringLiteral("%1/%2").arg(today).arg(inbox);
+    return today > 0 || inbox > 0 ? QString::number(std::max(today, inbox)) : QString();
+}
+
+void TMApplicationDelegate::updateDockBadge()
+{
+    m_badge = dockBadge();
+    Q_EMIT dockBadgeChanged(m_badge);
+}
+
+} // namespace app

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "app/main_thread_sync_host.h"
+#include "app/tm_application.h"
+#include "app/user_interaction.h"
+#include "foundation/settings.h"
+#include "model/data_utilities.h"
+#include "model/edit_tracking.h"
+#include "model/task_queries.h"
+#include "model/task_store.h"
+#include "sync/toodledo_sync.h"
+
+#include <QObject>
+#include <QTimer>
+#include <functional>
+#include <memory>
+
+namespace app {
+
+/// What the delegate works with; all but the store must outlive it.
+struct Environment {
+    TMApplication &application;
+    std::unique_ptr<model::TaskStore> store;
+    foundation::Settings &settings;
+    const foundation::Clock &clock;
+    UserInteraction &user;
+    /// The transport of synchronisation; empty means libcurl.
+    std::function<std::unique_ptr<toodledo::HttpTransport>()> makeTransport = {};
+};
+
+/// The hub of the program: owns the store with its main context, the tracking of edits, the timers and the running
+/// synchronisation, and knows in which order the program comes up and goes down.
+///
+/// Main thread. Changes are announced once per turn of the event loop and saved a moment after they were made; a save
+/// that fails is shown once, keeps every change, and is tried again until it succeeds.
+class TMApplicationDelegate final : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit TMApplicationDelegate(Environment environment);
+    ~TMApplicationDelegate() override;
+
+    /// The launch, after the windows are made and connected.
+    void applicationDidFinishLaunching();
+    /// Commits what is being edited and saves; false when the user would rather stay.
+    [[nodiscard]] bool applicationShouldTerminate();
+    /// Ends the synchronisation that may run and writes the settings.
+    void applicationWillTerminate();
+
+    [[nodiscard]] objectstore::ObjectContext &managedObjectContext() { return m_store->managedObjectContext(); }
+    [[nodiscard]] foundation::Settings &settings() { return m_settings; }
+    [[nodiscard]] const foundation::Clock &clock() const { return m_clock; }
+    [[nodiscard]] UserInteraction &user() { return m_user; }
+    [[nodiscard]] TMApplication &application() { return m_application; }
+    [[nodiscard]] model::EditTracking &editTracking() { return m_tracking; }
+    [[nodiscard]] model::DataUtilities records() { return {managedObjectContext(), m_user}; }
+    /// What the lists show, by the settings and the location filter.
+    [[nodiscard]] model::ListFilter listFilter() const;
+
+    /// Saves the main context; a failure is logged and shown.
+    void saveAction();
+    /// Takes over what other programs have written to the store.
+    void mergeExternalChanges();
+
+    [[nodiscard]] bool isFirstRun() const;
+    [[nodiscard]] QString statusText() const { return m_statusText; }
+    void updateStatus(const QString &text);
+
+    [[nodiscard]] bool isSyncing() const { return m_isSyncing; }
+    /// Starts a synchronisation unless one is under way.
+    void synchronizeTasks();
+
+    /// The local midnight of the day that the lists show.
+    [[nodiscard]] foundation::Instant today() const { return m_today; }
+    void initTimers();
+    /// Schedules the synchronisations anew after the setting `SyncInterval` changed.
+    void resetTimer();
+    void checkSecondActions();
+    void newDay();
+    /// "3/7", "3", or nothing: what waits today and in the Inbox.
+    [[nodiscard]] QString dockBadge();
+    void updateDockBadge();
+
+Q_SIGNALS:
+    /// What is being typed is to be put into its record now.
+    void commitEditing();
+    void objectsDidChange(const objectstore::ObjectsChange &change);
+    /// Another program or a synchronisation changed the store.
+    void storeDidChangeElsewhere();
+    void statusTextChanged(const QString &text);
+    void newDayDidBegin();
+    void syncDidBegin();
+    void syncDidEnd();
+    void columnsDidChange();
+    void dockBadgeChanged(const QString &text);
+
+private:
+    [[nodiscard]] foundation::Result<void> save();
+    void logError(const foundation::Error &error) const;
+    void announce(const objectstore::ObjectsChange &change);
+    void saveSoon();
+    void endSync();
+
+    TMApplication &m_application;
+    std::unique_ptr<model::TaskStore> m_store;
+    foundation::Settings &m_settings;
+    const foundation::Clock &m_clock;
+    UserInteraction &m_user;
+    std::function<std::unique_ptr<toodledo::HttpTransport>()> m_makeTransport;
+
+    model::EditTracking m_tracking;
+    MainThreadSyncHost m_syncHost;
+    std::unique_ptr<syncing::ToodledoSync> m_sync;
+    objectstore::Subscription m_changes;
+
+    QTimer m_saveTimer;
+    QTimer m_externalChangesTimer;
+    QTimer m_secondsTimer;
+    QTimer m_syncTimer;
+    foundation::Instant m_today;
+    QString m_statusText;
+    QString m_badge;
+    bool m_isSyncing = false;
+    bool m_saveFailed = false;
+};
+
+} // namespace app

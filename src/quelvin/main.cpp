@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/process_setup.h"
+#include "app/text.h"
+#include "app/tm_application_delegate.h"
+#include "foundation/file_lock.h"
+#include "model/settings_defaults.h"
+#include "views/icons.h"
+#include "views/main_window.h"
+#include "views/theme.h"
+#include "views/window_user_interaction.h"
+
+#include <QCommandLineParser>
+
+namespace {
+
+struct Arguments {
+    std::filesystem::path store;
+    std::filesystem::path settings;
+};
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("main", text);
+}
+
+Arguments parse(const QCoreApplication &application)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(tr("Tasks, the getting-things-done way."));
+    const QCommandLineOption store(QStringLiteral("store"), tr("The folder of the task store."), tr("folder"));
+    const QCommandLineOption settings(QStringLiteral("settings"), tr("The file of the settings."), tr("file"));
+    parser.addOptions({store, settings});
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.process(application);
+    Arguments arguments{model::applicationSupportFolder(), model::settingsFile()};
+    if (parser.isSet(store))
+        arguments.store = parser.value(store).toStdString();
+    if (parser.isSet(settings))
+        arguments.settings = parser.value(settings).toStdString();
+    return arguments;
+}
+
+int fail(app::UserInteraction &user, const foundation::Error &error)
+{
+    user.presentError(error);
+    return 1;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    app::setUpProcess();
+    app::TMApplication application(argc, argv);
+    application.setApplicationVersion(QStringLiteral(QUELVIN_VERSION));
+    const Arguments arguments = parse(application);
+
+    foundation::JsonSettingsFile settingsFile(arguments.settings);
+    foundation::Settings settings(settingsFile, model::settingsDefaults());
+    const foundation::SystemClock clock;
+    views::Theme::of(QGuiApplication::palette(), app::toQString(settings.text("Appearance"))).apply();
+    QGuiApplication::setWindowIcon(views::icon(QStringLiteral("quelvin")));
+    views::WindowUserInteraction user;
+    if (settings.loadError())
+        user.presentError(*settings.loadError());
+
+    auto store = model::TaskStore::open(arguments.store, clock, user);
+    if (!store)
+        return fail(user, store.error());
+    const auto lock = foundation::FileLock::tryLock(arguments.store / "window.lock");
+    if (!lock)
+        return fail(
+            user, {"ApplicationErrorDomain", 1, app::toUtf8(tr("Quelvin is already open with these tasks.")), {}});
+
+    app::TMApplicationDelegate delegate(
+        {.application = application, .store = std::move(*store), .settings = settings, .clock = clock, .user = user});
+    views::MainWindow window(delegate);
+    user.setWindow(&window);
+    window.showMainApplicationWindow();
+
+    app::TerminationSignals terminationSignals;
+    QObject::connect(&terminationSignals, &app::TerminationSignals::terminationRequested, &window, &QWidget::close);
+    delegate.applicationDidFinishLaunching();
+    const int status = app::TMApplication::exec();
+    delegate.applicationWillTerminate();
+    return status;
+}

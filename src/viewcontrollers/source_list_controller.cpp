@@ -1,0 +1,341 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "viewcontrollers/source_list_controller.h"
+
+#include "app/text.h"
+#include "foundation/log.h"
+#include "model/settings_defaults.h"
+
+namespace viewcontrollers {
+
+using app::toQString;
+using objectstore::FetchRequest;
+using objectstore::ManagedObject;
+using objectstore::Predicate;
+using objectstore::Value;
+namespace keys = model::keys;
+
+namespace {
+
+constexpr quintptr topLevelId = 0; // of an index; below a group it is one more than the group's row
+
+/// The key of a row's number; a record's address is no small number.
+quintptr badgeKey(const QModelIndex &index, const ManagedObject *record)
+{
+    return record ? reinterpret_cast<quintptr>(record) : static_cast<quintptr>(index.row());
+}
+
+const TopLevelItem &topLevel(int row)
+{
+    return topLevelItems[static_cast<std::size_t>(row)];
+}
+
+} // namespace
+
+QString todayImageName(foundation::Instant now)
+{
+    return QStringLiteral("today_%1").arg(foundation::toLocal(now).day);
+}
+
+SourceListController::SourceListController(app::TMApplicationDelegate &delegate) : m_delegate(delegate)
+{
+    m_refreshTimer.setSingleShot(true);
+    m_refreshTimer.setInterval(0);
+    connect(&m_refreshTimer, &QTimer::timeout, this, &SourceListController::refreshOutlineView);
+    connect(&m_delegate, &app::TMApplicationDelegate::objectsDidChange, this, &SourceListController::follow);
+    connect(&m_delegate, &app::TMApplicationDelegate::newDayDidBegin, this, &SourceListController::refreshOutlineView);
+    connect(&m_delegate, &app::TMApplicationDelegate::syncDidEnd, this, &SourceListController::refreshOutlineView);
+    connect(&m_delegate, &app::TMApplicationDelegate::storeDidChangeElsewhere, &m_refreshTimer,
+        qOverload<>(&QTimer::start));
+    for (int row = 0; row < rowCount(); ++row) {
+        if (topLevel(row).childKind != SourceKind::None)
+            children(row) = fetchChildren(topLevel(row).childKind);
+    }
+}
+
+SourceKind SourceListController::kind(const QModelIndex &index) const
+{
+    if (!index.isValid())
+        return SourceKind::None;
+    return index.internalId() == topLevelId ? topLevel(index.row()).kind : topLevel(index.parent().row()).childKind;
+}
+
+ManagedObject *SourceListController::record(const QModelIndex &index) const
+{
+    if (!index.isValid() || index.internalId() == topLevelId)
+        return nullptr;
+    return children(index.parent().row())[static_cast<std::size_t>(index.row())];
+}
+
+QModelIndex SourceListController::indexOf(SourceKind topLevelKind) const
+{
+    for (int row = 0; row < rowCount(); ++row) {
+        if (topLevel(row).kind == topLevelKind)
+            return index(row, 0);
+    }
+    return {};
+}
+
+QModelIndex SourceListController::indexOf(const ManagedObject &record) const
+{
+    for (int group = 0; group < rowCount(); ++group) {
+        const Records &records = children(group);
+        const auto found = std::find(records.begin(), records.end(), &record);
+        if (found != records.end())
+            return index(static_cast<int>(found - records.begin()), 0, index(group, 0));
+    }
+    return {};
+}
+
+bool SourceListController::isExpandableGroup(const QModelIndex &index) const
+{
+    return index.isValid() && index.internalId() == topLevelId && topLevel(index.row()).childKind != SourceKind::None;
+}
+
+bool SourceListController::isNonExpandableGroup(const QModelIndex &index) const
+{
+    return index.isValid() && index.internalId() == topLevelId && topLevel(index.row()).childKind == SourceKind::None;
+}
+
+bool SourceListController::isRenamable(const QModelIndex &index) const
+{
+    const ManagedObject *named = record(index);
+    if (!named)
+        return false;
+    if (const auto *folder = model::as<model::Folders>(named))
+        return folder->title() != "Inbox";
+    if (const auto *context = model::as<model::Contexts>(named))
+        return context->title() != "None";
+    return true;
+}
+
+SourceListController::Records SourceListController::fetchChildren(SourceKind kind) const
+{
+    const RecordKind &wanted = recordKind(kind);
+    auto found = m_delegate.managedObjectContext().fetch({
+        .entity = wanted.entity,
+        .predicate = Predicate::format(wanted.predicate),
+        .sortDescriptors = {{.key = "title", .ascending = true, .localized = true}},
+    });
+    if (found)
+        return std::move(*found);
+    m_delegate.user().presentError(found.error());
+    return {};
+}
+
+void SourceListController::refreshOutlineView()
+{
+    m_refreshTimer.stop();
+    for (int row = 0; row < rowCount(); ++row) {
+        if (topLevel(row).childKind != SourceKind::None)
+            reloadGroup(row);
+    }
+    repaintAll();
+    m_delegate.updateDockBadge();
+    Q_EMIT refreshed();
+}
+
+void SourceListController::reloadGroup(int group)
+{
+    const QModelIndex parent = index(group, 0);
+    rearrange(children(group), fetchChildren(topLevel(group).childKind), parent);
+}
+
+void SourceListController::repaintAll()
+{
+    m_badges.clear();
+    Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, 0));
+    for (int group = 0; group < rowCount(); ++group) {
+        if (const int count = rowCount(index(group, 0)); count > 0)
+            Q_EMIT dataChanged(index(0, 0, index(group, 0)), index(count - 1, 0, index(group, 0)));
+    }
+}
+
+void SourceListController::follow(const objectstore::ObjectsChange &change)
+{
+    const auto concernsGroups = [](const std::vector<ManagedObject *> &objects) {
+        return std::any_of(objects.begin(), objects.end(), [](const ManagedObject *object) {
+            const std::string &entity = object->entity().name();
+            return entity == "Folders" || entity == "Contexts" || entity == "SmartFolder";
+        });
+    };
+    if (concernsGroups(change.inserted) || concernsGroups(change.updated) || concernsGroups(change.deleted))
+        m_refreshTimer.start();
+    else
+        repaintAll();
+}
+
+FetchRequest SourceListController::smartFolderTasks(const ManagedObject &record) const
+{
+    std::vector<Predicate> parts{Predicate::format("deleteOnSync==0")};
+    const foundation::Settings &settings = m_delegate.settings();
+    if (settings.boolean(keys::SmartFoldersApplyShowCompleted))
+        parts.push_back(
+            Predicate::format("complete==%i", {Value(std::int64_t{settings.boolean(keys::ShowCompletedTasks)})}));
+    const objectstore::ValueView data = record.value("predicateData");
+    if (const auto *bytes = std::get_if<std::span<const std::byte>>(&data)) {
+        if (auto own = objectstore::fromArchive(*bytes)) // one that cannot be read asks for nothing more
+            parts.push_back(std::move(*own));
+    }
+    return {.entity = "Tasks", .predicate = Predicate::conjunction(std::move(parts)), .sortDescriptors = {}};
+}
+
+std::optional<FetchRequest> SourceListController::tasks(const QModelIndex &index) const
+{
+    const model::ListFilter filter = m_delegate.listFilter();
+    ManagedObject *const row = record(index);
+    switch (kind(index)) {
+    case SourceKind::Today:
+        return model::todayTasks(m_delegate.clock().now(), filter);
+    case SourceKind::Inbox:
+        if (const auto *inbox = m_delegate.records().getFolderByTitle("Inbox"))
+            return model::folderTasks(*inbox, filter);
+        return std::nullopt;
+    case SourceKind::Location:
+        return model::locationTasks();
+    case SourceKind::Trash:
+        return model::trashTasks();
+    case SourceKind::Folder:
+    case SourceKind::ArchivedFolder:
+        return model::folderTasks(*model::as<model::Folders>(row), filter);
+    case SourceKind::Context:
+        return model::contextTasks(*model::as<model::Contexts>(row), filter);
+    case SourceKind::SmartFolder:
+        return smartFolderTasks(*row);
+    default:
+        return std::nullopt;
+    }
+}
+
+std::optional<FetchRequest> SourceListController::badgeTasks(const QModelIndex &index) const
+{
+    const bool showCompleted = m_delegate.listFilter().showCompleted;
+    switch (kind(index)) {
+    case SourceKind::Today:
+        return model::todayBadgeTasks(m_delegate.clock().now(), showCompleted);
+    case SourceKind::Location:
+        return model::locationBadgeTasks(showCompleted);
+    default:
+        return tasks(index);
+    }
+}
+
+QVariant SourceListController::badge(const QModelIndex &index) const
+{
+    if (isExpandableGroup(index))
+        return {};
+    const quintptr key = badgeKey(index, record(index));
+    if (const auto known = m_badges.find(key); known != m_badges.end())
+        return known->second;
+    const auto request = badgeTasks(index);
+    // This runs while the list is drawn, where no alert can be shown; reading the list itself will show the error.
+    const auto counted = request ? m_delegate.managedObjectContext().count(*request) : 0;
+    if (!counted)
+        foundation::logLine("A list could not be counted: " + counted.error().message);
+    return m_badges[key] = counted.value_or(0);
+}
+
+TipType SourceListController::tip(const QModelIndex &index) const
+{
+    const SourceKind row = kind(index);
+    if (row == SourceKind::None)
+        return TipType::Today;
+    return record(index) ? recordKind(row).tip : topLevel(index.row()).tip;
+}
+
+QString SourceListController::persistentName(const QModelIndex &index) const
+{
+    if (!index.isValid())
+        return {};
+    if (const ManagedObject *object = record(index))
+        return toQString(m_delegate.managedObjectContext().uri(*object));
+    return QString::fromLatin1(topLevel(index.row()).key);
+}
+
+QModelIndex SourceListController::indexForPersistentName(const QString &name) const
+{
+    for (int row = 0; row < rowCount(); ++row) {
+        if (name == QLatin1String(topLevel(row).key))
+            return index(row, 0);
+    }
+    const ManagedObject *object = m_delegate.managedObjectContext().objectWithURI(app::toUtf8(name));
+    return object ? indexOf(*object) : QModelIndex();
+}
+
+QModelIndex SourceListController::index(int row, int column, const QModelIndex &parent) const
+{
+    if (!hasIndex(row, column, parent))
+        return {};
+    return createIndex(row, column, parent.isValid() ? static_cast<quintptr>(parent.row()) + 1 : topLevelId);
+}
+
+QModelIndex SourceListController::parent(const QModelIndex &child) const
+{
+    if (!child.isValid() || child.internalId() == topLevelId)
+        return {};
+    return createIndex(static_cast<int>(child.internalId()) - 1, 0, topLevelId);
+}
+
+int SourceListController::rowCount(const QModelIndex &parent) const
+{
+    if (!parent.isValid())
+        return static_cast<int>(topLevelItems.size());
+    return parent.internalId() == topLevelId ? static_cast<int>(children(parent.row()).size()) : 0;
+}
+
+int SourceListController::columnCount(const QModelIndex &) const
+{
+    return 1;
+}
+
+QString SourceListController::title(const QModelIndex &index) const
+{
+    if (const ManagedObject *object = record(index))
+        return toQString(object->text("title"));
+    return QCoreApplication::translate("SourceList", topLevel(index.row()).key);
+}
+
+QVariant SourceListController::data(const QModelIndex &index, int role) const
+{
+    if (!index.isValid())
+        return {};
+    switch (role) {
+    case Qt::DisplayRole:
+    case Qt::EditRole:
+        return title(index);
+    case Qt::ToolTipRole:
+        return record(index) ? title(index) : QVariant();
+    case KindRole:
+        return static_cast<int>(kind(index));
+    case BadgeRole:
+        return badge(index);
+    case IconRole:
+        if (kind(index) == SourceKind::Today)
+            return todayImageName(m_delegate.clock().now());
+        return QString::fromLatin1(record(index) ? recordKind(kind(index)).icon : topLevel(index.row()).icon);
+    default:
+        return {};
+    }
+}
+
+bool SourceListController::setData(const QModelIndex &index, const QVariant &value, int role)
+{
+    ManagedObject *object = record(index);
+    const QString wanted = value.toString().simplified();
+    if (role != Qt::EditRole || !object || wanted.isEmpty())
+        return false;
+    object->setValue("title", app::toUtf8(wanted));
+    Q_EMIT dataChanged(index, index);
+    m_delegate.saveAction();
+    return true;
+}
+
+Qt::ItemFlags SourceListController::flags(const QModelIndex &index) const
+{
+    if (!index.isValid())
+        return Qt::NoItemFlags;
+    Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
+    flags.setFlag(Qt::ItemIsEditable, isRenamable(index));
+    return flags;
+}
+
+} // namespace viewcontrollers

@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "app/tm_application_delegate.h"
+#include "viewcontrollers/record_model.h"
+#include "viewcontrollers/source_item.h"
+
+#include <QTimer>
+#include <array>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+namespace viewcontrollers {
+
+/// The source list: eight fixed rows, of which four are groups of records, each with the number of its tasks.
+///
+/// Numbers are counted by the store when a row is first drawn and kept until something changes, so a long list costs
+/// what is seen of it. Follows the main context by itself; a record keeps its row, and an open editor its text, through
+/// every refresh. Main thread. An error of the store is shown and the list goes on with what it had.
+class SourceListController final : public RecordModel
+{
+    Q_OBJECT
+
+public:
+    enum Role {
+        KindRole = Qt::UserRole + 1, ///< a SourceKind, as int
+        BadgeRole, ///< the number of tasks; nothing for a group
+        IconRole, ///< the name of the row's icon; empty for a group
+    };
+
+    explicit SourceListController(app::TMApplicationDelegate &delegate);
+
+    [[nodiscard]] SourceKind kind(const QModelIndex &index) const;
+    /// The record of a row below a group, or null.
+    [[nodiscard]] objectstore::ManagedObject *record(const QModelIndex &index) const;
+    [[nodiscard]] QModelIndex indexOf(SourceKind topLevel) const;
+    [[nodiscard]] QModelIndex indexOf(const objectstore::ManagedObject &record) const;
+
+    [[nodiscard]] bool isExpandableGroup(const QModelIndex &index) const;
+    [[nodiscard]] bool isNonExpandableGroup(const QModelIndex &index) const;
+    /// Whether the user may rename the row: a record, but not the two that the program finds by their title.
+    [[nodiscard]] bool isRenamable(const QModelIndex &index) const;
+
+    /// The tasks that the row shows; nothing for a group.
+    [[nodiscard]] std::optional<objectstore::FetchRequest> tasks(const QModelIndex &index) const;
+    [[nodiscard]] TipType tip(const QModelIndex &index) const;
+
+    /// A text that names a row from run to run, and the row that it names.
+    [[nodiscard]] QString persistentName(const QModelIndex &index) const;
+    [[nodiscard]] QModelIndex indexForPersistentName(const QString &name) const;
+
+    /// Reads the groups again and counts anew.
+    void refreshOutlineView();
+    /// Forgets the numbers, which are counted when they are next drawn.
+    void repaintAll();
+
+    [[nodiscard]] QModelIndex index(int row, int column, const QModelIndex &parent = {}) const override;
+    [[nodiscard]] QModelIndex parent(const QModelIndex &child) const override;
+    [[nodiscard]] int rowCount(const QModelIndex &parent = {}) const override;
+    [[nodiscard]] int columnCount(const QModelIndex &parent = {}) const override;
+    [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
+    bool setData(const QModelIndex &index, const QVariant &value, int role) override;
+    [[nodiscard]] Qt::ItemFlags flags(const QModelIndex &index) const override;
+
+Q_SIGNALS:
+    /// The groups were read again; the list of the selected row may show other tasks now.
+    void refreshed();
+
+private:
+    [[nodiscard]] Records &children(int group) { return m_children[static_cast<std::size_t>(group)]; }
+    [[nodiscard]] const Records &children(int group) const { return m_children[static_cast<std::size_t>(group)]; }
+    [[nodiscard]] Records fetchChildren(SourceKind kind) const;
+    void reloadGroup(int group);
+    void follow(const objectstore::ObjectsChange &change);
+    [[nodiscard]] std::optional<objectstore::FetchRequest> badgeTasks(const QModelIndex &index) const;
+    [[nodiscard]] QVariant badge(const QModelIndex &index) const;
+    [[nodiscard]] objectstore::FetchRequest smartFolderTasks(const objectstore::ManagedObject &record) const;
+    [[nodiscard]] QString title(const QModelIndex &index) const;
+
+    app::TMApplicationDelegate &m_delegate;
+    std::array<Records, topLevelItems.size()> m_children; ///< empty for the rows that have none
+    mutable std::unordered_map<quintptr, qint64> m_badges; ///< by the row's own number or its record's address
+    QTimer m_refreshTimer;
+};
+
+/// The day of the month on the icon of Today: "today_1" to "today_31".
+[[nodiscard]] QString todayImageName(foundation::Instant now);
+
+} // namespace viewcontrollers

@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The editors that the task table opens in its cells.
+#include "viewcontrollers/task_cells.h"
+#include "viewcontrollers/value_transformers.h"
+#include "views/date_field.h"
+#include "views/task_cell.h"
+
+#include <QComboBox>
+#include <QTimer>
+
+namespace views {
+
+using viewcontrollers::TaskColumn;
+
+namespace {
+
+TaskColumn columnOf(const QModelIndex &index)
+{
+    return static_cast<TaskColumn>(index.column());
+}
+
+QComboBox *makeChoiceEditor(QWidget *parent, const std::vector<viewcontrollers::Choice> &choices)
+{
+    auto *editor = new QComboBox(parent);
+    editor->setMaxVisibleItems(14);
+    for (const viewcontrollers::Choice &choice : choices)
+        editor->addItem(choice.text, choice.value);
+    return editor;
+}
+
+} // namespace
+
+QWidget *TaskCell::createEditor(QWidget *parent, const QStyleOptionViewItem &, const QModelIndex &index) const
+{
+    switch (columnOf(index)) {
+    case TaskColumn::Folder:
+    case TaskColumn::Context:
+    case TaskColumn::State:
+    case TaskColumn::Priority: {
+        QComboBox *editor = makeChoiceEditor(parent, m_tasks.choices(columnOf(index)));
+        auto *self = const_cast<TaskCell *>(this); // the signals of a delegate are not const
+        connect(editor, &QComboBox::activated, self, [self, editor] {
+            Q_EMIT self->commitData(editor);
+            Q_EMIT self->closeEditor(editor);
+        });
+        QTimer::singleShot(0, editor, &QComboBox::showPopup);
+        return editor;
+    }
+    case TaskColumn::StartDate:
+    case TaskColumn::DueDate: {
+        auto *editor = new DateField(m_tasks.clock(), parent);
+        editor->setProperty("isFlat", false);
+        auto *self = const_cast<TaskCell *>(this);
+        connect(editor, &DateField::dateEdited, self, [self, editor] {
+            Q_EMIT self->commitData(editor);
+            Q_EMIT self->closeEditor(editor);
+        });
+        return editor;
+    }
+    default:
+        return new QLineEdit(parent);
+    }
+}
+
+void TaskCell::setEditorData(QWidget *editor, const QModelIndex &index) const
+{
+    const auto *task = m_tasks.task(index);
+    if (!task)
+        return;
+    if (auto *combo = qobject_cast<QComboBox *>(editor)) {
+        combo->setCurrentIndex(combo->findData(index.data(Qt::EditRole)));
+    } else if (auto *date = qobject_cast<DateField *>(editor)) {
+        date->setDate(columnOf(index) == TaskColumn::DueDate ? task->dueDate() : task->startDate());
+    } else if (auto *line = qobject_cast<QLineEdit *>(editor); line && !line->isModified()) {
+        // refreshed while it is open, an editor keeps what was typed
+        line->setText(index.data(columnOf(index) == TaskColumn::Length ? Qt::DisplayRole : Qt::EditRole).toString());
+    }
+}
+
+void TaskCell::setModelData(QWidget *editor, QAbstractItemModel *model, const QModelIndex &index) const
+{
+    if (const auto *combo = qobject_cast<QComboBox *>(editor)) {
+        model->setData(index, combo->currentData());
+    } else if (auto *date = qobject_cast<DateField *>(editor)) {
+        date->commit();
+        model->setData(index, date->date() ? QVariant(viewcontrollers::toDateTime(*date->date())) : QVariant());
+    } else if (const auto *line = qobject_cast<QLineEdit *>(editor)) {
+        if (columnOf(index) == TaskColumn::Title) {
+            model->setData(index, line->text());
+        } else if (const auto minutes = viewcontrollers::parseLength(line->text())) {
+            model->setData(index, static_cast<qlonglong>(*minutes));
+        }
+    }
+}
+
+void TaskCell::updateEditorGeometry(QWidget *editor, const QStyleOptionViewItem &option, const QModelIndex &index) const
+{
+    QRect room = option.rect.adjusted(0, 2, 0, -2);
+    if (columnOf(index) == TaskColumn::Title)
+        room.setLeft(room.left() + titleInset() - 8);
+    if (qobject_cast<DateField *>(editor))
+        room.setWidth(std::max(room.width(), 190));
+    if (editor->parentWidget() && room.right() > editor->parentWidget()->width())
+        room.moveRight(editor->parentWidget()->width() - 2);
+    editor->setGeometry(room);
+}
+
+} // namespace views

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QColor>
+#include <QPalette>
+#include <QString>
+
+namespace views {
+
+/// The colours of everything that is drawn: light or dark as the desktop asks, with the desktop's accent where it
+/// states one. A value; the current one is `Theme::current`.
+struct Theme {
+    bool isDark = false;
+    QColor window;
+    QColor sidebar;
+    QColor list;
+    QColor field;
+    QColor button;
+    QColor text;
+    QColor muted; ///< secondary text
+    QColor faint; ///< what is not available
+    QColor hairline;
+    QColor border;
+    QColor hover;
+    QColor pressed;
+    QColor accent;
+    QColor onAccent;
+    QColor selection; ///< behind a selected row
+    QColor selectionInactive;
+    QColor badge;
+    QColor badgeInactive;
+    QColor overdue;
+    QColor star;
+
+    /// The theme for a desktop with this palette. `appearance` is "light" or "dark"; anything else follows the palette.
+    [[nodiscard]] static Theme of(const QPalette &desktop, const QString &appearance);
+
+    /// What the widgets are drawn with from now on: style, palette and style sheet of the application.
+    void apply() const;
+    [[nodiscard]] static const Theme &current();
+
+    [[nodiscard]] QPalette palette() const;
+    [[nodiscard]] QString styleSheet() const;
+};
+
+/// `front` over `back`, of which `amount` (0 to 1) shows.
+[[nodiscard]] QColor mixed(const QColor &front, const QColor &back, double amount);
+
+} // namespace views

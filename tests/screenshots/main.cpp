@@ -1,0 +1,178 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Draws the windows with made-up tasks: quelvin_screenshots FOLDER APPEARANCE SUFFIX
+#include "foundation/settings.h"
+#include "model/settings_defaults.h"
+#include "support/collected_errors.h"
+#include "support/task_builder.h"
+#include "support/temporary_folder.h"
+#include "support/test_clock.h"
+#include "views/main_window.h"
+#include "views/theme.h"
+
+#include <QDir>
+#include <QLineEdit>
+#include <QTreeView>
+#include <cstdio>
+
+using support::aTask;
+
+namespace {
+
+/// Answers nothing: in a picture nobody is asked.
+class SilentUser final : public app::UserInteraction
+{
+public:
+    void presentError(const foundation::Error &error) override
+    {
+        std::fprintf(stderr, "error: %s %s\n", error.message.c_str(), error.detail.c_str());
+    }
+    void displayAlert(const QString &, const QString &) override { }
+    bool ask(const QString &, const QString &, const QString &) override { return false; }
+    void displayNotification(const QString &, const QString &) override { }
+};
+
+void addEverydayTasks(const model::DataUtilities &records)
+{
+    aTask()
+        .titled("Call the movers about the piano")
+        .in("House move")
+        .doneAt("Phone")
+        .inState("Next Action")
+        .ofPriority(2)
+        .due("2026-11-24 14:00")
+        .starred()
+        .tagged("moving")
+        .tagged("insurance")
+        .noted("Ask whether the stairs are a problem (second floor, no lift) and what the insurance covers.\n\n"
+               "Offer from 12 November: 480 €.")
+        .addTo(records);
+    aTask()
+        .titled("Return the library books")
+        .doneAt("Errands")
+        .inState("Next Action")
+        .due("2026-11-23")
+        .addTo(records);
+    aTask()
+        .titled("Draft the release notes for the spring version")
+        .in("Work – spring release")
+        .inState("Active")
+        .due("2026-11-24")
+        .starred()
+        .addTo(records);
+    aTask()
+        .titled("Plant the winter garlic")
+        .in("Garden")
+        .doneAt("Home")
+        .inState("Someday")
+        .starting("2026-11-20")
+        .due("2026-11-26")
+        .addTo(records);
+    aTask()
+        .titled("Ask Zoë for the Łódź tickets")
+        .doneAt("Phone")
+        .inState("Waiting")
+        .starting("2026-11-22")
+        .due("2026-11-30")
+        .addTo(records);
+    aTask().titled("Prune the apple tree").in("Garden").doneAt("Home").addTo(records);
+    aTask().titled("Choose a paint for the hall").in("House move").addTo(records);
+    aTask()
+        .titled("Renew the passport before the trip; two photographs, the old passport and proof of address are "
+                "needed, and the office closes at noon on Wednesdays")
+        .doneAt("Errands")
+        .due("2026-12-15")
+        .addTo(records);
+    for (int number = 1; number <= 112; ++number)
+        aTask().titled("Review chapter " + std::to_string(number)).in("Work – spring release").addTo(records);
+    aTask().titled("An idea that was none").inTheTrash().addTo(records);
+    for (const char *title : {"Old house", "Taxes 2024"}) {
+        auto &folder = model::insert<model::Folders>(records.moc());
+        folder.setTitle(title);
+        folder.setArchived(true);
+    }
+    using objectstore::Predicate;
+    for (const auto &[title, predicate] :
+        {std::pair{"Starred", "star == YES"}, {"Waiting for others", "states.state == 'Waiting'"}}) {
+        auto &smart = records.moc().insert("SmartFolder");
+        smart.setValue("title", std::string(title));
+        smart.setValue("predicateData", objectstore::archive(Predicate::format(predicate)));
+    }
+}
+
+class Gallery
+{
+public:
+    Gallery(app::TMApplication &application, QString folder, QString suffix)
+        : m_settings(m_settingsFile, model::settingsDefaults())
+        , m_folder(std::move(folder))
+        , m_suffix(std::move(suffix))
+    {
+        auto store = model::TaskStore::open(m_storeFolder.path(), m_clock, m_user);
+        if (!store)
+            qFatal("no store");
+        m_settings.set("ShowDueDateColumn", true);
+        m_delegate = std::make_unique<app::TMApplicationDelegate>(
+            app::Environment{application, std::move(*store), m_settings, m_clock, m_user});
+    }
+
+    void everyday()
+    {
+        addEverydayTasks(m_delegate->records());
+        m_delegate->saveAction();
+        views::MainWindow window(*m_delegate);
+        window.resize(1280, 800);
+        window.showMainApplicationWindow();
+        save(window, QStringLiteral("today"));
+        auto *table = window.findChild<QTreeView *>(QStringLiteral("taskTable"));
+        table->setFocus();
+        table->setCurrentIndex(table->model()->index(0, 0));
+        save(window, QStringLiteral("today-selected"));
+        window.action(views::Command::GoToInbox)->trigger();
+        table->selectAll();
+        save(window, QStringLiteral("inbox-all-selected"));
+        window.action(views::Command::GoToLocation)->trigger();
+        save(window, QStringLiteral("location-empty"));
+        window.action(views::Command::TagBrowser)->trigger();
+        save(window, QStringLiteral("tag-browser"));
+        window.action(views::Command::TagBrowser)->trigger();
+        auto *search = window.findChild<QLineEdit *>(QStringLiteral("searchField"));
+        search->setText(QStringLiteral("movers"));
+        Q_EMIT search->textEdited(search->text());
+        table->setCurrentIndex(table->model()->index(0, 0));
+        window.action(views::Command::ShowMenuBar)->setChecked(true);
+        save(window, QStringLiteral("search"));
+    }
+
+private:
+    void save(QWidget &widget, const QString &name)
+    {
+        QCoreApplication::processEvents();
+        QCoreApplication::processEvents();
+        widget.grab().save(QDir(m_folder).filePath(name + m_suffix + QStringLiteral(".png")));
+    }
+
+    support::TemporaryFolder m_storeFolder;
+    support::TestClock m_clock;
+    SilentUser m_user;
+    foundation::MemorySettingsFile m_settingsFile;
+    foundation::Settings m_settings;
+    QString m_folder;
+    QString m_suffix;
+    std::unique_ptr<app::TMApplicationDelegate> m_delegate;
+};
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    app::TMApplication application(argc, argv);
+    const QStringList arguments = application.arguments();
+    if (arguments.size() != 4) {
+        std::fprintf(stderr, "usage: quelvin_screenshots FOLDER light|dark SUFFIX\n");
+        return 2;
+    }
+    QDir().mkpath(arguments[1]);
+    views::Theme::of(QGuiApplication::palette(), arguments[2]).apply();
+    Gallery(application, arguments[1], arguments[3]).everyday();
+    return 0;
+}

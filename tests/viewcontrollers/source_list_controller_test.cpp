@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "viewcontrollers/source_list_controller.h"
+
+#include "app/text.h"
+#include "support/test_application.h"
+
+#include <QAbstractItemModelTester>
+#include <QTest>
+
+using support::at;
+using support::aTask;
+using namespace viewcontrollers;
+
+namespace {
+
+class SourceList : public testing::Test
+{
+protected:
+    QModelIndex row(const char *title)
+    {
+        for (int top = 0; top < list.rowCount(); ++top) {
+            const QModelIndex parent = list.index(top, 0);
+            if (parent.data().toString() == QLatin1String(title))
+                return parent;
+            for (int child = 0; child < list.rowCount(parent); ++child) {
+                if (const QModelIndex index = list.index(child, 0, parent);
+                    index.data().toString() == QString::fromUtf8(title))
+                    return index;
+            }
+        }
+        return {};
+    }
+    int badge(const char *title) { return row(title).data(SourceListController::BadgeRole).toInt(); }
+
+    support::TestApplication application;
+    SourceListController list{application.delegate()};
+    QAbstractItemModelTester tester{&list, QAbstractItemModelTester::FailureReportingMode::Fatal};
+};
+
+} // namespace
+
+TEST_F(SourceList, hasEightRowsInTheirOrderFourOfThemGroups)
+{
+    QStringList titles;
+    for (int top = 0; top < list.rowCount(); ++top) {
+        titles.append(list.index(top, 0).data().toString());
+        EXPECT_EQ(list.isExpandableGroup(list.index(top, 0)), top >= 4);
+        EXPECT_EQ(list.isNonExpandableGroup(list.index(top, 0)), top < 4);
+    }
+    EXPECT_EQ(titles.join(QLatin1Char('|')).toStdString(),
+        "Today|Inbox|Location|Trash|FOLDERS|CONTEXTS|SMART FOLDERS|ARCHIVED FOLDERS");
+}
+
+TEST_F(SourceList, countsAnewAfterEveryChange)
+{
+    auto &task = application.add(aTask().titled("Milk").due("2026-11-24"));
+    application.add(aTask().titled("Later").in("House").due("2026-11-25"));
+    EXPECT_EQ(badge("Today"), 1);
+    EXPECT_EQ(badge("Inbox"), 1);
+
+    task.setDeleteOnSync(true);
+    application.moc().processPendingChanges();
+    EXPECT_EQ(badge("Today"), 0);
+    EXPECT_EQ(badge("Inbox"), 0);
+    EXPECT_EQ(badge("Trash"), 1);
+
+    application.clock.set(at("2026-11-25 09:00"));
+    application.delegate().newDay();
+    EXPECT_EQ(badge("Today"), 1);
+}
+
+TEST_F(SourceList, showsTheTrashOnlyUntilItIsEmptied)
+{
+    application.add(aTask().inTheTrash());
+    application.add(aTask().emptiedFromTheTrash());
+    EXPECT_EQ(badge("Trash"), 1);
+}
+
+TEST_F(SourceList, keepsARowThroughARefreshThatMovesIt)
+{
+    application.addRecord<model::Folders>("Garden");
+    QTRY_VERIFY(row("Garden").isValid());
+    const QPersistentModelIndex garden = row("Garden");
+    application.addRecord<model::Folders>("Attic");
+    QTRY_VERIFY(row("Attic").isValid());
+    EXPECT_EQ(garden.data().toString(), QStringLiteral("Garden"));
+    EXPECT_EQ(garden.row(), row("Attic").row() + 1);
+}
+
+TEST_F(SourceList, takesFoldersThatAreArchivedOrDeletedElsewhere)
+{
+    auto &folder = application.addRecord<model::Folders>("Garden");
+    list.refreshOutlineView();
+    EXPECT_EQ(list.kind(list.indexOf(folder)), SourceKind::Folder);
+    folder.setArchived(true);
+    list.refreshOutlineView();
+    EXPECT_EQ(list.kind(list.indexOf(folder)), SourceKind::ArchivedFolder);
+    EXPECT_EQ(list.tip(list.indexOf(folder)), TipType::Folder);
+    folder.setMarkedForDeletion(true);
+    list.refreshOutlineView();
+    EXPECT_FALSE(list.indexOf(folder).isValid());
+}
+
+TEST_F(SourceList, renamesARecordButNotTheInboxAndNotToNothing)
+{
+    auto &folder = application.addRecord<model::Folders>("Garden");
+    list.refreshOutlineView();
+    EXPECT_TRUE(list.setData(list.indexOf(folder), QStringLiteral("  Orchard "), Qt::EditRole));
+    EXPECT_EQ(folder.title(), "Orchard");
+    EXPECT_FALSE(application.moc().hasChanges()) << "a rename is saved at once";
+    EXPECT_FALSE(list.setData(list.indexOf(folder), QStringLiteral("  "), Qt::EditRole));
+    EXPECT_FALSE(list.flags(list.indexOf(*application.records().getFolderByTitle("Inbox"))) & Qt::ItemIsEditable);
+    EXPECT_FALSE(list.flags(list.indexOf(SourceKind::Today)) & Qt::ItemIsEditable);
+}
+
+TEST_F(SourceList, findsARowAgainByItsPersistentName)
+{
+    auto &folder = application.addRecord<model::Folders>("Garden");
+    application.delegate().saveAction();
+    list.refreshOutlineView();
+    for (const QModelIndex &index : {list.indexOf(folder), list.indexOf(SourceKind::Trash)})
+        EXPECT_EQ(list.indexForPersistentName(list.persistentName(index)), index);
+    EXPECT_FALSE(list.indexForPersistentName(QStringLiteral("no such row")).isValid());
+}
+
+TEST_F(SourceList, showsInASmartFolderEitherOpenOrCompletedTasks)
+{
+    application.add(aTask().titled("task one"));
+    application.add(aTask().titled("task two").completed("2026-11-23"));
+    application.add(aTask().titled("other"));
+    auto &smart = application.moc().insert("SmartFolder");
+    smart.setValue("title", std::string("Tasks"));
+    smart.setValue("predicateData", objectstore::archive(objectstore::Predicate::format("title CONTAINS 'task'")));
+    list.refreshOutlineView();
+    EXPECT_EQ(badge("Tasks"), 1);
+    application.settings.set("SmartFoldersApplyShowCompleted", false);
+    list.refreshOutlineView();
+    EXPECT_EQ(badge("Tasks"), 2);
+
+    smart.setValue("predicateData", objectstore::Bytes{std::byte{7}});
+    list.refreshOutlineView();
+    EXPECT_EQ(badge("Tasks"), 3) << "one that cannot be read asks for nothing";
+}
+
+TEST_F(SourceList, drawsTheDayOfTheMonthWithoutAZero)
+{
+    EXPECT_EQ(todayImageName(at("2026-12-05 23:59")), QStringLiteral("today_5"));
+    EXPECT_EQ(list.index(0, 0).data(SourceListController::IconRole).toString(), QStringLiteral("today_24"));
+}
