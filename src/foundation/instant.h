@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <cstdint> // first, since Qt's moc stumbles over <compare> where no standard header came before
-
-#include <compare>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+
+#include <compare> // last, since Qt's moc stumbles over it where it comes first
 
 namespace foundation {
 

@@ -130,8 +130,8 @@ Result<std::unique_ptr<Store>> Store::open(
     std::unique_ptr<Store> store(new Store(model, file, clock, std::move(vfs)));
     const std::string name = file.filename().string();
     try {
-        store->m_first = store->openFile();
-        Connection &connection = *store->m_first;
+        auto first = store->openFile();
+        Connection &connection = *first;
         const bool fresh = isEmptyFile(connection);
         if (!fresh && (pragma(connection, "application_id") != applicationId || hasForeignSchema(connection, model)))
             return Failure(refusal(StoreErrorCode::Damaged, "The file \"" + name + "\" is not a task store."));
@@ -153,6 +153,7 @@ Result<std::unique_ptr<Store>> Store::open(
         }
         store->m_uuid = storeValue(connection, "uuid");
         connection.keepFilesOnClose(false);
+        store->m_first = std::move(first);
     } catch (const std::filesystem::filesystem_error &error) {
         return Failure(
             refusal(StoreErrorCode::CannotOpen, "The store \"" + name + "\" could not be opened.", error.what()));
@@ -190,11 +191,8 @@ ObjectID Store::objectID(std::string_view uri) const
 
 Result<std::unique_ptr<Connection>> Store::connect() const
 {
-    {
-        const std::scoped_lock lock(m_mutex);
-        if (m_first)
-            return std::move(m_first);
-    }
+    if (const std::scoped_lock lock(m_mutex); m_first)
+        return std::move(m_first);
     try {
         auto connection = std::make_unique<Connection>(
             m_file, m_vfs, m_immutable ? Connection::Mode::Immutable : Connection::Mode::Existing);

@@ -61,10 +61,10 @@ private:
     const foundation::Clock &m_clock;
     std::string m_vfs;
     std::string m_uuid;
+    mutable std::mutex m_mutex;
+    mutable std::unique_ptr<Connection> m_first; ///< what opened the store; the first context takes it over
     std::string m_notice;
     bool m_immutable = false;
-    mutable std::mutex m_mutex;
-    mutable std::unique_ptr<Connection> m_first; ///< what the store was opened with, until a context takes it over
 };
 
 } // namespace objectstore

@@ -59,7 +59,13 @@ int main(int argc, char **argv)
     foundation::JsonSettingsFile settingsFile(arguments.settings);
     foundation::Settings settings(settingsFile, model::settingsDefaults());
     const foundation::SystemClock clock;
-    views::Theme::of(QGuiApplication::palette(), app::toQString(settings.text("Appearance"))).apply();
+    const QPalette desktopPalette = QGuiApplication::palette();
+    const auto applyTheme = [&] {
+        auto theme = views::Theme::of(desktopPalette, app::toQString(settings.text("Appearance")));
+        theme.takeUserColors(settings);
+        theme.apply();
+    };
+    applyTheme();
     QGuiApplication::setWindowIcon(views::icon(QStringLiteral("quelvin")));
     views::WindowUserInteraction user;
     if (settings.loadError())
@@ -79,8 +85,11 @@ int main(int argc, char **argv)
     user.setWindow(&window);
     window.showMainApplicationWindow();
 
+    QObject::connect(&window, &views::MainWindow::appearanceChanged, &window, applyTheme);
     app::TerminationSignals terminationSignals;
     QObject::connect(&terminationSignals, &app::TerminationSignals::terminationRequested, &window, &QWidget::close);
+    if (delegate.isFirstRun())
+        window.showFirstRun();
     delegate.applicationDidFinishLaunching();
     const int status = app::TMApplication::exec();
     delegate.applicationWillTerminate();

@@ -63,6 +63,17 @@ public:
     bool setData(const QModelIndex &index, const QVariant &value, int role) override;
     [[nodiscard]] Qt::ItemFlags flags(const QModelIndex &index) const override;
 
+    // Tasks are dropped onto rows, never between them: onto a folder or a context to be filed there, onto the Inbox,
+    // onto Today to start today, onto the Trash to be deleted.
+    [[nodiscard]] QStringList mimeTypes() const override;
+    [[nodiscard]] Qt::DropActions supportedDropActions() const override;
+    /// What a drop onto `target` would do; `Qt::IgnoreAction` where it is refused.
+    [[nodiscard]] Qt::DropAction dropAction(const QModelIndex &target) const;
+    [[nodiscard]] bool canDropMimeData(
+        const QMimeData *data, Qt::DropAction action, int row, int column, const QModelIndex &target) const override;
+    bool dropMimeData(
+        const QMimeData *data, Qt::DropAction action, int row, int column, const QModelIndex &target) override;
+
 Q_SIGNALS:
     /// The groups were read again; the list of the selected row may show other tasks now.
     void refreshed();
@@ -77,6 +88,7 @@ private:
     [[nodiscard]] QVariant badge(const QModelIndex &index) const;
     [[nodiscard]] objectstore::FetchRequest smartFolderTasks(const objectstore::ManagedObject &record) const;
     [[nodiscard]] QString title(const QModelIndex &index) const;
+    bool file(model::Tasks &task, const QModelIndex &target);
 
     app::TMApplicationDelegate &m_delegate;
     std::array<Records, topLevelItems.size()> m_children; ///< empty for the rows that have none

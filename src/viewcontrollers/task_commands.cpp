@@ -14,12 +14,14 @@ model::Tasks &TaskCommands::insertTask(model::Folders *folder)
     return task;
 }
 
-model::Tasks &TaskCommands::addTask(const QString &title, model::Folders *folder)
+model::Tasks &TaskCommands::addTask(const QString &title, model::Folders *folder, const QString &notes)
 {
     const UndoGroup group(moc(), tr("Add Task"));
     model::Tasks &task = insertTask(folder);
     const QString wanted = title.simplified();
     task.setTitle(app::toUtf8(wanted.isEmpty() ? tr("New Task") : wanted));
+    if (!notes.isEmpty())
+        task.setNotes(app::toUtf8(notes));
     return task;
 }
 

@@ -20,7 +20,7 @@ public:
     explicit TaskCommands(app::TMApplicationDelegate &delegate) : m_delegate(delegate) { }
 
     /// A new task in `folder`, or in the Inbox; an empty title stays the default one.
-    model::Tasks &addTask(const QString &title, model::Folders *folder);
+    model::Tasks &addTask(const QString &title, model::Folders *folder, const QString &notes = {});
     /// A new task without a title in `folder`, or in the Inbox; nothing is taken over from another task.
     model::Tasks &cloneTask(model::Folders *folder);
     /// Puts the tasks into the Trash.

@@ -2,7 +2,10 @@
 #include "viewcontrollers/tasks_array_controller.h"
 
 #include "viewcontrollers/task_cells.h"
+#include "viewcontrollers/task_drag.h"
 #include "viewcontrollers/undo_group.h"
+
+#include <set>
 
 namespace viewcontrollers {
 
@@ -189,6 +192,22 @@ Qt::ItemFlags TasksArrayController::flags(const QModelIndex &index) const
     Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDragEnabled | Qt::ItemNeverHasChildren;
     flags.setFlag(Qt::ItemIsEditable, isEditable(static_cast<TaskColumn>(index.column())));
     return flags;
+}
+
+QStringList TasksArrayController::mimeTypes() const
+{
+    return {taskDataType()};
+}
+
+QMimeData *TasksArrayController::mimeData(const QModelIndexList &indexes) const
+{
+    std::set<int> rows; // each once, in the order of the list
+    for (const QModelIndex &index : indexes)
+        rows.insert(index.row());
+    std::vector<const ManagedObject *> tasks;
+    for (const int row : rows)
+        tasks.push_back(task(row));
+    return makeTaskData(tasks);
 }
 
 void TasksArrayController::sort(int column, Qt::SortOrder order)

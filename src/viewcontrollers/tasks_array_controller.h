@@ -52,6 +52,9 @@ public:
     bool setData(const QModelIndex &index, const QVariant &value, int role) override;
     [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
     [[nodiscard]] Qt::ItemFlags flags(const QModelIndex &index) const override;
+    [[nodiscard]] QStringList mimeTypes() const override;
+    [[nodiscard]] QMimeData *mimeData(const QModelIndexList &indexes) const override;
+    [[nodiscard]] Qt::DropActions supportedDragActions() const override { return Qt::CopyAction | Qt::MoveAction; }
     void sort(int column, Qt::SortOrder order) override;
     [[nodiscard]] TaskColumn sortColumn() const { return m_sortColumn; }
     [[nodiscard]] Qt::SortOrder sortOrder() const { return m_sortOrder; }

@@ -12,7 +12,7 @@ namespace {
 
 using enum Command;
 
-constexpr std::array<CommandDescription, 42> commands{{
+constexpr std::array<CommandDescription, 40> commands{{
     {NewTask, CommandMenu::File, QT_TRANSLATE_NOOP("Commands", "New Task"), "add", "Ctrl+N"},
     {CloneTask, CommandMenu::File, QT_TRANSLATE_NOOP("Commands", "Clone Task"), "", "Ctrl+D"},
     {NewFolder, CommandMenu::File, QT_TRANSLATE_NOOP("Commands", "New Folder"), "folder", "Ctrl+Shift+N", false, true},
@@ -35,7 +35,6 @@ constexpr std::array<CommandDescription, 42> commands{{
     {Find, CommandMenu::Edit, QT_TRANSLATE_NOOP("Commands", "Find"), "search", "Ctrl+F", false, true},
 
     {Rename, CommandMenu::Lists, QT_TRANSLATE_NOOP("Commands", "Rename"), "edit", ""},
-    {EditSmartFolder, CommandMenu::Lists, QT_TRANSLATE_NOOP("Commands", "Edit Smart Folder…"), "", ""},
     {Archive, CommandMenu::Lists, QT_TRANSLATE_NOOP("Commands", "Archive"), "archive", ""},
     {Unarchive, CommandMenu::Lists, QT_TRANSLATE_NOOP("Commands", "Unarchive"), "archive", ""},
     {DeleteList, CommandMenu::Lists, QT_TRANSLATE_NOOP("Commands", "Delete"), "trash", ""},
@@ -60,7 +59,6 @@ constexpr std::array<CommandDescription, 42> commands{{
     {FocusTasks, CommandMenu::View, QT_TRANSLATE_NOOP("Commands", "Move to the Tasks"), "", "Alt+2"},
 
     {Shortcuts, CommandMenu::Help, QT_TRANSLATE_NOOP("Commands", "Keyboard Shortcuts"), "keyboard", "Ctrl+?"},
-    {Forums, CommandMenu::Help, QT_TRANSLATE_NOOP("Commands", "Support Forum"), "", ""},
     {About, CommandMenu::Help, QT_TRANSLATE_NOOP("Commands", "About Quelvin"), "", "", false, true},
 }};
 

@@ -33,7 +33,6 @@ enum class Command {
     DeleteList,
     Archive,
     Unarchive,
-    EditSmartFolder,
     EmptyTrash,
     ManageFolders,
     ManageContexts,
@@ -51,7 +50,6 @@ enum class Command {
     FocusLists,
     FocusTasks,
     Shortcuts,
-    Forums,
     About
 };
 

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// moc 6.4 stumbles over <compare> as the first header of all, so Qt's come first here
-#include <QFrame>
-#include <QLineEdit>
-
 #include "foundation/clock.h"
 
+#include <QFrame>
+#include <QLineEdit>
 #include <optional>
 
 class QCalendarWidget;

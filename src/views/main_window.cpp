@@ -2,6 +2,7 @@
 #include "views/main_window.h"
 
 #include "app/text.h"
+#include "model/settings_defaults.h"
 #include "viewcontrollers/task_cells.h"
 #include "views/detail_pane.h"
 #include "views/icons.h"
@@ -56,6 +57,7 @@ MainWindow::MainWindow(app::TMApplicationDelegate &delegate)
     connectTaskCommands();
     connectListCommands();
     connectViewCommands();
+    connectWindowCommands();
     restoreGeometryAndState();
     m_outline->restoreSelection();
     m_outline->setFocus();
@@ -103,6 +105,8 @@ QToolButton *MainWindow::makeToolButton(Command command)
 QWidget *MainWindow::makeHeader()
 {
     auto *header = new QWidget;
+    header->setObjectName(QStringLiteral("header"));
+    header->setAttribute(Qt::WA_StyledBackground);
     auto *layout = new QHBoxLayout(header);
     layout->setContentsMargins(20, 14, 12, 6);
     layout->setSpacing(4);
@@ -246,8 +250,11 @@ void MainWindow::updateHeadline()
 void MainWindow::updateStatusLine()
 {
     QString text = m_delegate.statusText();
-    if (text.isEmpty())
+    if (text.isEmpty()) {
         text = m_tasks.rowCount() == 1 ? tr("1 task") : tr("%1 tasks").arg(QLocale().toString(m_tasks.rowCount()));
+        if (const auto date = m_delegate.settings().date(model::keys::dateLastSynched))
+            text = tr("%1 · synchronized %2").arg(text, viewcontrollers::nearDate(date, m_delegate.clock().now()));
+    }
     m_statusLine->setText(text);
 }
 

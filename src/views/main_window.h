@@ -12,6 +12,7 @@
 #include <QMainWindow>
 #include <QSplitter>
 #include <QStackedWidget>
+#include <QTimer>
 #include <QToolButton>
 
 namespace views {
@@ -34,7 +35,14 @@ public:
 
     /// Brings the window to the front.
     void showMainApplicationWindow();
+    void openPreferencesWindow();
+    /// The window of a new user.
+    void showFirstRun();
     [[nodiscard]] QAction *action(Command command) const { return m_commandSet.action(command); }
+
+Q_SIGNALS:
+    /// The user has chosen other colours.
+    void appearanceChanged();
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -51,9 +59,11 @@ private:
     QToolButton *makeToolButton(Command command);
     void makeMenus();
     void connectParts();
+    void acceptDrops();
     void connectTaskCommands();
     void connectListCommands();
     void connectViewCommands();
+    void connectWindowCommands();
     void on(Command command, const std::function<void()> &run);
 
     // The list of tasks.
@@ -78,6 +88,7 @@ private:
     void search(const QString &text);
     void endSearch();
     void showSyncing(bool isSyncing);
+    void rotateSyncButton();
     void restoreGeometryAndState();
     void saveGeometryAndState();
 
@@ -88,6 +99,8 @@ private:
     viewcontrollers::MainMenuController m_listCommands;
     CommandSet m_commandSet;
     Shown m_shown = Shown::Source;
+    QTimer m_rotationTimer;
+    int m_syncAngle = 0;
 
     QSplitter *m_splitter = nullptr;
     QLineEdit *m_searchField = nullptr;

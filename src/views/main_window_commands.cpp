@@ -3,13 +3,22 @@
 #include "app/text.h"
 #include "model/settings_defaults.h"
 #include "views/detail_pane.h"
+#include "views/icons.h"
 #include "views/main_window.h"
+#include "views/management_window.h"
+#include "views/preferences_window.h"
+#include "views/shortcuts_window.h"
 #include "views/source_list_view.h"
 #include "views/tag_browser.h"
+#include "views/task_drop_zone.h"
 #include "views/tasks_table_view.h"
+#include "views/theme.h"
+#include "views/tip_view.h"
 
 #include <QKeyEvent>
 #include <QMenuBar>
+#include <QMessageBox>
+#include <QPainter>
 #include <QTimer>
 
 namespace views {
@@ -49,7 +58,7 @@ void MainWindow::makeMenus()
     m_outline->setMenus({
         .folder = menuOf({Command::Rename, Command::Archive, Command::DeleteList}),
         .context = menuOf({Command::Rename, Command::DeleteList}),
-        .smartFolder = menuOf({Command::EditSmartFolder, Command::Rename, Command::DeleteList}),
+        .smartFolder = menuOf({Command::Rename, Command::DeleteList}),
         .archivedFolder = menuOf({Command::Rename, Command::Unarchive, Command::DeleteList}),
         .trash = trashMenu,
     });
@@ -77,18 +86,33 @@ void MainWindow::connectParts()
     connect(&m_tasks, &TasksArrayController::contentChanged, this, &MainWindow::updateStatusLine);
     connect(&m_tasks, &TasksArrayController::contentChanged, this, &MainWindow::updateTip);
     connect(&m_tasks, &TasksArrayController::contentChanged, this, &MainWindow::showSelectedTasks);
+    acceptDrops();
     connect(m_newTask, &QLineEdit::returnPressed, this, &MainWindow::addTaskFromField);
     connect(m_searchField, &QLineEdit::textEdited, this, &MainWindow::search);
     connect(m_tagBrowser, &TagBrowser::tagSelectionChanged, this, [this] { showTasks(Shown::Tags); });
     connect(m_table, &TasksTableView::selectionMoved, this, &MainWindow::showSelectedTasks);
     connect(m_table, &TasksTableView::completeToggled, &m_commands, &TaskCommands::setComplete);
     connect(m_table, &TasksTableView::starToggled, &m_commands, &TaskCommands::setStar);
+    m_rotationTimer.setInterval(50);
+    connect(&m_rotationTimer, &QTimer::timeout, this, &MainWindow::rotateSyncButton);
     connect(&m_delegate, &TMApplicationDelegate::statusTextChanged, this, &MainWindow::updateStatusLine);
     connect(&m_delegate, &TMApplicationDelegate::syncDidBegin, this, [this] { showSyncing(true); });
     connect(&m_delegate, &TMApplicationDelegate::syncDidEnd, this, [this] { showSyncing(false); });
     connect(&m_delegate, &TMApplicationDelegate::columnsDidChange, m_table, &TasksTableView::configureColumns);
     connect(&m_delegate, &TMApplicationDelegate::objectsDidChange, this, &MainWindow::updateUndoCommands,
         Qt::QueuedConnection); // after the undo manager has closed the group
+}
+
+void MainWindow::acceptDrops()
+{
+    for (QWidget *target : {m_table->viewport(), static_cast<QWidget *>(m_tip)}) {
+        auto *zone = new TaskDropZone(target);
+        connect(zone, &TaskDropZone::dropped, this, [this](const viewcontrollers::DroppedTask &dropped) {
+            model::Tasks &task = m_commands.addTask(dropped.title, targetFolder(), dropped.notes);
+            refreshTasks();
+            m_table->selectTask(task);
+        });
+    }
 }
 
 void MainWindow::connectTaskCommands()
@@ -154,6 +178,39 @@ void MainWindow::connectListCommands()
     });
 }
 
+void MainWindow::connectWindowCommands()
+{
+    on(Command::Preferences, [this] { openPreferencesWindow(); });
+    on(Command::Shortcuts, [this] { (new ShortcutsWindow(m_commandSet, this))->show(); });
+    on(Command::About, [this] {
+        QMessageBox::about(this, tr("About Quelvin"),
+            tr("Quelvin %1\nTasks, the getting-things-done way.").arg(QCoreApplication::applicationVersion()));
+    });
+    const std::pair<Command, Managed> windows[]
+        = {{Command::ManageFolders, Managed::Folders}, {Command::ManageContexts, Managed::Contexts},
+            {Command::ManageTags, Managed::Tags}, {Command::ManageSmartFolders, Managed::SmartFolders}};
+    for (const auto &[command, kind] : windows)
+        on(command,
+            [this, managed = kind] { (new ManagementWindow(managed, m_delegate, m_listCommands, this))->show(); });
+}
+
+void MainWindow::openPreferencesWindow()
+{
+    auto *window = new PreferencesWindow(m_delegate, this);
+    connect(window, &PreferencesWindow::visibilityChanged, this, [this] {
+        const QSignalBlocker blocker(action(Command::ShowCompleted));
+        action(Command::ShowCompleted)->setChecked(m_delegate.settings().boolean(keys::ShowCompletedTasks));
+        m_sources.refreshOutlineView();
+    });
+    connect(window, &PreferencesWindow::appearanceChanged, this, &MainWindow::appearanceChanged);
+    window->show();
+}
+
+void MainWindow::showFirstRun()
+{
+    (new FirstRunController(m_delegate, this))->show();
+}
+
 void MainWindow::connectViewCommands()
 {
     on(Command::Find, [this] {
@@ -177,8 +234,12 @@ void MainWindow::connectViewCommands()
             {Command::GoToLocation, SourceKind::Location}, {Command::GoToTrash, SourceKind::Trash}};
     for (const auto &[command, kind] : places)
         on(command, [this, wanted = kind] {
-            m_outline->selectRow(m_sources.indexOf(wanted));
-            showSelectedSource(); // also when it was selected, under a search
+            const QModelIndex place = m_sources.indexOf(wanted);
+            action(Command::TagBrowser)->setChecked(false);
+            if (m_outline->selectedRow() == place)
+                showSelectedSource(); // under a search
+            else
+                m_outline->selectRow(place);
         });
     on(Command::FocusLists, [this] { m_sidebarPages->currentWidget()->setFocus(); });
     on(Command::FocusTasks, [this] {
@@ -205,7 +266,6 @@ void MainWindow::updateCommands()
         action(command)->setEnabled(record && m_sources.isRenamable(source));
     action(Command::Archive)->setEnabled(kind == SourceKind::Folder && m_sources.isRenamable(source));
     action(Command::Unarchive)->setEnabled(kind == SourceKind::ArchivedFolder);
-    action(Command::EditSmartFolder)->setEnabled(kind == SourceKind::SmartFolder);
     updateUndoCommands();
 }
 
@@ -320,9 +380,36 @@ bool MainWindow::eventFilter(QObject *watched, QEvent *event)
 
 void MainWindow::showSyncing(bool isSyncing)
 {
-    action(Command::Sync)->setEnabled(!isSyncing);
     action(Command::Sync)->setToolTip(isSyncing ? QString() : tr("Sync with Toodledo"));
+    m_syncAngle = 0;
+    if (isSyncing)
+        m_rotationTimer.start();
+    else
+        m_rotationTimer.stop();
+    rotateSyncButton();
     updateStatusLine();
+}
+
+/// Turns the button's arrows a step further while a synchronisation runs.
+void MainWindow::rotateSyncButton()
+{
+    constexpr int step = 15;
+    if (!m_rotationTimer.isActive()) {
+        action(Command::Sync)->setIcon(icon(QStringLiteral("sync")));
+        return;
+    }
+    m_syncAngle = (m_syncAngle + step) % 360;
+    const QPixmap upright = iconPixmap(QStringLiteral("sync"), Theme::current().accent, 20, devicePixelRatioF());
+    QPixmap turned(upright.size());
+    turned.setDevicePixelRatio(upright.devicePixelRatio());
+    turned.fill(Qt::transparent);
+    QPainter painter(&turned);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.translate(10, 10);
+    painter.rotate(m_syncAngle);
+    painter.drawPixmap(-10, -10, upright);
+    painter.end();
+    action(Command::Sync)->setIcon(turned);
 }
 
 } // namespace views

@@ -8,6 +8,7 @@
 
 #include <QContextMenuEvent>
 #include <QHeaderView>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QPainter>
 
@@ -38,6 +39,9 @@ FoldersOutlineView::FoldersOutlineView(
     setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setExpandsOnDoubleClick(false);
+    setDragDropMode(QAbstractItemView::DropOnly);
+    setDropIndicatorShown(false); // the row itself lights up
+    setAutoExpandDelay(500);
     header()->setStretchLastSection(true);
     restoreExpanded();
     hideDoubles();
@@ -150,6 +154,58 @@ void FoldersOutlineView::contextMenuEvent(QContextMenuEvent *event)
     if (!selectionModel()->isSelected(index))
         selectRow(index);
     menu->popup(isByKey ? viewport()->mapToGlobal(visualRect(index).bottomLeft()) : event->globalPos());
+}
+
+void FoldersOutlineView::setDropTarget(const QModelIndex &index)
+{
+    m_dropTarget = index;
+    viewport()->update();
+}
+
+void FoldersOutlineView::dragMoveEvent(QDragMoveEvent *event)
+{
+    QTreeView::dragMoveEvent(event); // scrolls and opens groups
+    const QModelIndex target = indexAt(event->position().toPoint());
+    const Qt::DropAction action = m_controller.dropAction(target);
+    const bool isPossible = event->mimeData()->hasFormat(m_controller.mimeTypes().first());
+    if (isPossible && action != Qt::IgnoreAction) {
+        event->setDropAction(action);
+        event->accept();
+        setDropTarget(target);
+    } else {
+        event->ignore();
+        setDropTarget({});
+    }
+}
+
+void FoldersOutlineView::dragLeaveEvent(QDragLeaveEvent *event)
+{
+    setDropTarget({});
+    QTreeView::dragLeaveEvent(event);
+}
+
+/// A drop means the row that it falls on, wherever on it: a row is no place to put something between.
+void FoldersOutlineView::dropEvent(QDropEvent *event)
+{
+    const QModelIndex target = indexAt(event->position().toPoint());
+    setDropTarget({});
+    if (m_controller.dropMimeData(event->mimeData(), m_controller.dropAction(target), -1, -1, target))
+        event->accept();
+    else
+        event->ignore();
+}
+
+void FoldersOutlineView::drawRow(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
+{
+    QTreeView::drawRow(painter, option, index);
+    if (!m_dropTarget.isValid() || m_dropTarget != index)
+        return;
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setPen(QPen(Theme::current().accent, 2));
+    painter->setBrush(Qt::NoBrush);
+    painter->drawRoundedRect(QRectF(9, option.rect.top() + 2, width() - 18, option.rect.height() - 4), 6, 6);
+    painter->restore();
 }
 
 QRect FoldersOutlineView::arrowRect(const QModelIndex &index) const

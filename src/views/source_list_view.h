@@ -43,6 +43,10 @@ protected:
     void selectionChanged(const QItemSelection &selected, const QItemSelection &deselected) override;
     void drawBranches(QPainter *painter, const QRect &rect, const QModelIndex &index) const override;
     void mousePressEvent(QMouseEvent *event) override;
+    void drawRow(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dragLeaveEvent(QDragLeaveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
     void rowsInserted(const QModelIndex &parent, int start, int end) override;
 
@@ -50,12 +54,14 @@ private:
     void saveExpanded();
     void restoreExpanded();
     void hideDoubles();
+    void setDropTarget(const QModelIndex &index);
     [[nodiscard]] QMenu *menuFor(const QModelIndex &index) const;
     [[nodiscard]] QRect arrowRect(const QModelIndex &index) const;
 
     viewcontrollers::SourceListController &m_controller;
     foundation::Settings &m_settings;
     SourceListMenus m_menus;
+    QPersistentModelIndex m_dropTarget; ///< the row under what is being dragged
 };
 
 } // namespace views

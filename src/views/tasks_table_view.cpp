@@ -6,8 +6,10 @@
 #include "views/theme.h"
 
 #include <QContextMenuEvent>
+#include <QDrag>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QPainter>
 
@@ -42,6 +44,7 @@ TasksTableView::TasksTableView(
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     setMouseTracking(true);
+    setDragEnabled(true);
     setSortingEnabled(true);
     setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::DoubleClicked);
     header()->setSectionsMovable(true);
@@ -178,6 +181,37 @@ void TasksTableView::keyPressEvent(QKeyEvent *event)
         return;
     }
     QTreeView::keyPressEvent(event);
+}
+
+/// What is dragged shows as one small label: the title of the task, or how many there are.
+void TasksTableView::startDrag(Qt::DropActions actions)
+{
+    const std::vector<model::Tasks *> tasks = selectedTasks();
+    if (tasks.empty())
+        return;
+    const QString text = tasks.size() == 1 ? app::toQString(tasks.front()->title())
+                                           : tr("%1 tasks").arg(QLocale().toString(tasks.size()));
+    const Theme &theme = Theme::current();
+    const QString shown = fontMetrics().elidedText(text, Qt::ElideRight, 260);
+    const QSize size(fontMetrics().horizontalAdvance(shown) + 28, fontMetrics().height() + 14);
+    QPixmap label(size * devicePixelRatioF());
+    label.setDevicePixelRatio(devicePixelRatioF());
+    label.fill(Qt::transparent);
+    QPainter painter(&label);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(theme.accent, 1));
+    painter.setBrush(theme.selection);
+    painter.drawRoundedRect(QRectF(QPointF(0.5, 0.5), QSizeF(size) - QSizeF(1, 1)), 8, 8);
+    painter.setPen(theme.text);
+    painter.setFont(font());
+    painter.drawText(QRect(QPoint(0, 0), size), Qt::AlignCenter, shown);
+    painter.end();
+
+    auto *drag = new QDrag(this);
+    drag->setMimeData(m_tasks.mimeData(selectedIndexes()));
+    drag->setPixmap(label);
+    drag->setHotSpot({-12, -8});
+    drag->exec(actions, Qt::MoveAction);
 }
 
 void TasksTableView::hover(const QModelIndex &index)

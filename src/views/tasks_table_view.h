@@ -40,6 +40,7 @@ Q_SIGNALS:
 protected:
     void drawRow(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
     void selectionChanged(const QItemSelection &selected, const QItemSelection &deselected) override;
+    void startDrag(Qt::DropActions actions) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;

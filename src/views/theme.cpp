@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "views/theme.h"
 
+#include "app/text.h"
+#include "model/settings_defaults.h"
 #include "views/icons.h"
+#include "views/quelvin_style.h"
 
 #include <QApplication>
 #include <QFile>
-#include <QStyleFactory>
 #include <array>
 
 namespace views {
@@ -83,8 +85,22 @@ Theme Theme::of(const QPalette &desktop, const QString &appearance)
     theme.selection = mixed(theme.accent, theme.list, dark ? 0.27 : 0.15);
     theme.selectionInactive = mixed(theme.text, theme.list, dark ? 0.12 : 0.08);
     theme.hover = mixed(theme.text, theme.list, dark ? 0.07 : 0.045);
+    theme.detail = theme.window;
+    theme.titleStart = theme.titleEnd = theme.list;
     theme.pressed = mixed(theme.text, theme.list, dark ? 0.14 : 0.10);
     return theme;
+}
+
+void Theme::takeUserColors(const foundation::Settings &settings)
+{
+    const std::pair<std::string_view, QColor *> colors[]
+        = {{model::keys::BackgroundColor, &list}, {model::keys::DetailBackgroundColor, &detail},
+            {model::keys::TitleStartColor, &titleStart}, {model::keys::TitleEndColor, &titleEnd}};
+    for (const auto &[key, color] : colors) {
+        const QColor chosen(app::toQString(settings.text(key)));
+        if (chosen.isValid() && settings.value(key) != settings.registeredDefault(key))
+            *color = chosen;
+    }
 }
 
 QPalette Theme::palette() const
@@ -121,7 +137,7 @@ QString Theme::styleSheet() const
     if (!file.open(QFile::ReadOnly))
         return {};
     QString sheet = QString::fromUtf8(file.readAll());
-    const std::array<std::pair<const char *, QColor>, 20> words{{
+    const std::array<std::pair<const char *, QColor>, 23> words{{
         {"window", window},
         {"sidebar", sidebar},
         {"list", list},
@@ -142,6 +158,9 @@ QString Theme::styleSheet() const
         {"scroll", mixed(text, list, 0.22)},
         {"scrollHover", mixed(text, list, 0.38)},
         {"overdue", overdue},
+        {"detail", detail},
+        {"titleStart", titleStart},
+        {"titleEnd", titleEnd},
     }};
     for (const auto &[word, color] : words)
         sheet.replace(QStringLiteral("@%1@").arg(QLatin1String(word)), color.name());
@@ -152,7 +171,7 @@ void Theme::apply() const
 {
     currentTheme() = *this;
     clearIconCache();
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setStyle(new QuelvinStyle);
     QApplication::setPalette(palette());
     qApp->setStyleSheet(styleSheet());
 }

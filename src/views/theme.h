@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "foundation/settings.h"
+
 #include <QColor>
 #include <QPalette>
 #include <QString>
@@ -31,10 +33,15 @@ struct Theme {
     QColor badgeInactive;
     QColor overdue;
     QColor star;
+    QColor detail; ///< behind the detail pane
+    QColor titleStart; ///< behind the headline, from top to bottom
+    QColor titleEnd;
 
     /// The theme for a desktop with this palette. `appearance` is "light" or "dark"; anything else follows the palette.
     [[nodiscard]] static Theme of(const QPalette &desktop, const QString &appearance);
 
+    /// Takes the colours that the user has chosen; those left at their defaults are the theme's own.
+    void takeUserColors(const foundation::Settings &settings);
     /// What the widgets are drawn with from now on: style, palette and style sheet of the application.
     void apply() const;
     [[nodiscard]] static const Theme &current();

@@ -7,8 +7,10 @@
 #include "support/temporary_folder.h"
 #include "support/test_clock.h"
 #include "views/main_window.h"
+#include "views/preferences_window.h"
 #include "views/theme.h"
 
+#include <QDialog>
 #include <QDir>
 #include <QLineEdit>
 #include <QTreeView>
@@ -141,6 +143,17 @@ public:
         table->setCurrentIndex(table->model()->index(0, 0));
         window.action(views::Command::ShowMenuBar)->setChecked(true);
         save(window, QStringLiteral("search"));
+        window.showFirstRun();
+        window.openPreferencesWindow();
+        window.action(views::Command::Shortcuts)->trigger();
+        window.action(views::Command::ManageFolders)->trigger();
+        for (QDialog *dialog : window.findChildren<QDialog *>())
+            save(*dialog, QString::fromLatin1(dialog->metaObject()->className()).remove(QStringLiteral("views::")));
+        auto *preferences = window.findChild<views::PreferencesWindow *>();
+        for (int pane = 1; pane < 4; ++pane) {
+            preferences->findChild<QButtonGroup *>()->button(pane)->click();
+            save(*preferences, QStringLiteral("preferences-%1").arg(pane));
+        }
     }
 
 private:

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "model/entities.h"
+
+#include <QString>
+#include <optional>
+#include <vector>
+
+class QMimeData;
+
+namespace viewcontrollers {
+
+/// The kind of data that dragged tasks are: their URIs, one a line.
+[[nodiscard]] QString taskDataType();
+[[nodiscard]] QMimeData *makeTaskData(const std::vector<const objectstore::ManagedObject *> &tasks);
+/// The dragged tasks that are still there, in the order in which they were dragged.
+[[nodiscard]] std::vector<model::Tasks *> tasksOf(const QMimeData &data, objectstore::ObjectContext &moc);
+
+/// What a dropped text or link makes a task of.
+struct DroppedTask {
+    QString title;
+    QString notes;
+};
+/// A link with its name becomes a task with the name as title and the link as notes; plain text becomes the title.
+[[nodiscard]] std::optional<DroppedTask> droppedTask(const QMimeData &data);
+
+/// "message:<id>", as mail programs write it, as the link "message://<id>"; a text that is shorter stays as it is.
+[[nodiscard]] QString createMessageLink(const QString &link);
+
+} // namespace viewcontrollers

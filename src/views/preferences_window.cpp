@@ -1,0 +1,335 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "views/preferences_window.h"
+
+#include "app/text.h"
+#include "model/settings_defaults.h"
+#include "viewcontrollers/task_columns.h"
+#include "views/icons.h"
+#include "views/theme.h"
+
+#include <QColorDialog>
+#include <QComboBox>
+#include <QFormLayout>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+namespace views {
+
+using app::toQString;
+using app::toUtf8;
+namespace keys = model::keys;
+
+namespace {
+
+constexpr std::pair<std::string_view, const char *> colorTexts[] = {
+    {keys::BackgroundColor, QT_TRANSLATE_NOOP("PreferencesWindow", "Task list")},
+    {keys::DetailBackgroundColor, QT_TRANSLATE_NOOP("PreferencesWindow", "Details")},
+    {keys::TitleStartColor, QT_TRANSLATE_NOOP("PreferencesWindow", "Title, from")},
+    {keys::TitleEndColor, QT_TRANSLATE_NOOP("PreferencesWindow", "Title, to")},
+};
+
+constexpr std::string_view tipKeys[]
+    = {"TodayTip", "InboxTip", "LocationTip", "TrashTip", "FolderTip", "ContextTip", "SmartFolderTip"};
+
+QVBoxLayout *paneLayout(QWidget *pane)
+{
+    auto *layout = new QVBoxLayout(pane);
+    layout->setContentsMargins(32, 24, 32, 24);
+    layout->setSpacing(10);
+    return layout;
+}
+
+QFormLayout *makeForm()
+{
+    auto *form = new QFormLayout;
+    form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    form->setHorizontalSpacing(12);
+    form->setVerticalSpacing(9);
+    return form;
+}
+
+} // namespace
+
+PreferencesWindow::PreferencesWindow(app::TMApplicationDelegate &delegate, QWidget *parent)
+    : QDialog(parent), m_delegate(delegate), m_connectionTest(delegate.settings(), delegate.clock())
+{
+    setAttribute(Qt::WA_DeleteOnClose);
+    auto *bar = new QWidget;
+    bar->setObjectName(QStringLiteral("paneBar"));
+    m_bar = new QHBoxLayout(bar);
+    m_bar->setContentsMargins(12, 8, 12, 8);
+    m_bar->setSpacing(4);
+    m_buttons = new QButtonGroup(this);
+    m_panes = new QStackedWidget;
+    addPane(tr("General"), QStringLiteral("settings"), makeGeneralPane());
+    addPane(tr("Colors"), QStringLiteral("palette"), makeColorsPane());
+    addPane(tr("Sync"), QStringLiteral("sync"), makeSyncPane());
+    addPane(tr("Columns"), QStringLiteral("detail"), makeColumnsPane());
+    m_bar->addStretch();
+    connect(m_buttons, &QButtonGroup::idClicked, this, [this](int pane) {
+        m_panes->setCurrentIndex(pane);
+        setWindowTitle(m_buttons->button(pane)->text());
+    });
+    m_buttons->button(0)->click();
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(bar);
+    layout->addWidget(m_panes);
+    setMinimumWidth(520);
+    for (QPushButton *button : findChildren<QPushButton *>())
+        button->setAutoDefault(false); // Return in a field must press nothing
+}
+
+void PreferencesWindow::addPane(const QString &title, const QString &iconName, QWidget *pane)
+{
+    auto *button = new QToolButton;
+    button->setText(title);
+    button->setIcon(icon(iconName));
+    button->setIconSize({24, 24});
+    button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+    button->setCheckable(true);
+    m_bar->addWidget(button);
+    m_buttons->addButton(button, m_panes->addWidget(pane));
+}
+
+QCheckBox *PreferencesWindow::checkBox(const QString &text, std::string_view key, const std::function<void()> &changed)
+{
+    auto *box = new QCheckBox(text);
+    box->setChecked(m_delegate.settings().boolean(key));
+    connect(box, &QCheckBox::toggled, this, [this, key, changed](bool isOn) {
+        m_delegate.settings().set(key, isOn);
+        changed();
+    });
+    return box;
+}
+
+QWidget *PreferencesWindow::makeGeneralPane()
+{
+    auto *pane = new QWidget;
+    QVBoxLayout *layout = paneLayout(pane);
+    const auto shown = [this] { Q_EMIT visibilityChanged(); };
+    const auto badge = [this] { m_delegate.updateDockBadge(); };
+    layout->addWidget(checkBox(tr("Show completed tasks"), keys::ShowCompletedTasks, shown));
+    layout->addWidget(checkBox(tr("In smart folders, too"), keys::SmartFoldersApplyShowCompleted, shown));
+    layout->addWidget(checkBox(tr("Use my location"), keys::UseLocation, [] {}));
+    layout->addSpacing(8);
+    layout->addWidget(checkBox(tr("Count Today in the badge"), keys::ShowTodayInBadge, badge));
+    layout->addWidget(checkBox(tr("Count the Inbox in the badge"), keys::ShowInboxInBadge, badge));
+    layout->addSpacing(8);
+    auto *appearance = new QComboBox;
+    for (const auto &[text, value] :
+        {std::pair{tr("As the desktop"), ""}, {tr("Light"), "light"}, {tr("Dark"), "dark"}})
+        appearance->addItem(text, QString::fromLatin1(value));
+    appearance->setCurrentIndex(std::max(0, appearance->findData(toQString(m_delegate.settings().text("Appearance")))));
+    connect(appearance, &QComboBox::activated, this, [this, appearance] {
+        m_delegate.settings().set("Appearance", toUtf8(appearance->currentData().toString()));
+        Q_EMIT appearanceChanged();
+    });
+    auto *form = makeForm();
+    form->addRow(tr("Appearance"), appearance);
+    layout->addLayout(form);
+    auto *tips = new QPushButton(tr("Show All Tips Again"));
+    connect(tips, &QPushButton::clicked, this, [this] {
+        for (const std::string_view key : tipKeys)
+            m_delegate.settings().set(key, true);
+        Q_EMIT visibilityChanged();
+    });
+    layout->addWidget(tips, 0, Qt::AlignLeft);
+    layout->addStretch();
+    return pane;
+}
+
+QWidget *PreferencesWindow::makeColorsPane()
+{
+    auto *pane = new QWidget;
+    QVBoxLayout *layout = paneLayout(pane);
+    auto *form = makeForm();
+    for (const auto &[key, text] : colorTexts) {
+        auto *well = new QToolButton;
+        well->setIconSize({56, 22});
+        well->setAccessibleName(tr(text));
+        connect(well, &QToolButton::clicked, this, [this, which = key] { pickColor(which); });
+        m_colorWells.emplace_back(key, well);
+        form->addRow(tr(text), well);
+    }
+    layout->addLayout(form);
+    auto *reset = new QPushButton(tr("Reset Colors"));
+    connect(reset, &QPushButton::clicked, this, &PreferencesWindow::resetColors);
+    layout->addWidget(reset, 0, Qt::AlignLeft);
+    layout->addStretch();
+    showColors();
+    return pane;
+}
+
+void PreferencesWindow::showColors()
+{
+    for (const auto &[key, well] : m_colorWells) {
+        QPixmap swatch(well->iconSize() * devicePixelRatioF());
+        swatch.setDevicePixelRatio(devicePixelRatioF());
+        swatch.fill(QColor(toQString(m_delegate.settings().text(key))));
+        well->setIcon(swatch);
+    }
+}
+
+void PreferencesWindow::pickColor(std::string_view key)
+{
+    const QColor picked = QColorDialog::getColor(QColor(toQString(m_delegate.settings().text(key))), this);
+    if (!picked.isValid())
+        return;
+    m_delegate.settings().set(key, toUtf8(picked.name()));
+    showColors();
+    Q_EMIT appearanceChanged();
+}
+
+void PreferencesWindow::resetColors()
+{
+    for (const auto &[key, well] : m_colorWells)
+        m_delegate.settings().set(key, *m_delegate.settings().registeredDefault(key));
+    showColors();
+    Q_EMIT appearanceChanged();
+}
+
+QWidget *PreferencesWindow::textField(std::string_view key, bool isSecret)
+{
+    auto *field = new QLineEdit(toQString(m_delegate.settings().text(key)));
+    field->setMinimumWidth(240);
+    if (isSecret)
+        field->setEchoMode(QLineEdit::Password);
+    connect(field, &QLineEdit::textChanged, this,
+        [this, key](const QString &text) { m_delegate.settings().set(key, toUtf8(text)); });
+    return field;
+}
+
+QWidget *PreferencesWindow::makeSyncPane()
+{
+    auto *pane = new QWidget;
+    QVBoxLayout *layout = paneLayout(pane);
+    layout->addWidget(checkBox(tr("Synchronize with Toodledo"), keys::SyncToToodledo, [] {}));
+    layout->addWidget(checkBox(tr("When Quelvin starts"), keys::SyncOnLaunch, [] {}));
+    auto *interval = new QSpinBox;
+    interval->setRange(0, 60 * 24);
+    interval->setSpecialValueText(tr("Never"));
+    interval->setSuffix(tr(" minutes"));
+    interval->setValue(static_cast<int>(m_delegate.settings().integer(keys::SyncInterval)));
+    connect(interval, &QSpinBox::valueChanged, this, [this](int minutes) {
+        m_delegate.settings().set(keys::SyncInterval, std::int64_t{minutes});
+        m_delegate.resetTimer();
+    });
+    auto *form = makeForm();
+    form->addRow(tr("Repeat every"), interval);
+    form->addRow(tr("E-mail"), textField(keys::ToodleDoUsername));
+    form->addRow(tr("Password"), textField(keys::ToodleDoPassword, true));
+    form->addRow(tr("Server"), textField(keys::ToodledoHost));
+    layout->addLayout(form);
+
+    auto *test = new QPushButton(tr("Test Connection"));
+    m_connectionStatus = new QLabel;
+    m_connectionStatus->setObjectName(QStringLiteral("subline"));
+    connect(test, &QPushButton::clicked, this, [this] {
+        m_connectionStatus->setText(tr("Connecting…"));
+        m_connectionTest.testConnection();
+    });
+    connect(&m_connectionTest, &app::ConnectionTest::finished, this, [this](bool isSuccessful) {
+        m_connectionStatus->setText(isSuccessful ? tr("Connection succeeded") : tr("Connection FAILED!"));
+    });
+    auto *row = new QHBoxLayout;
+    row->addWidget(test);
+    row->addWidget(m_connectionStatus, 1);
+    layout->addLayout(row);
+    auto *sendAll = new QPushButton(tr("Send All Tasks as New…"));
+    connect(sendAll, &QPushButton::clicked, this, &PreferencesWindow::setAllTasksToNew);
+    layout->addWidget(sendAll, 0, Qt::AlignLeft);
+    layout->addStretch();
+    return pane;
+}
+
+void PreferencesWindow::setAllTasksToNew()
+{
+    if (!m_delegate.user().ask(tr("Every task will be sent to the service as a new one at the next synchronization."),
+            tr("Send All"), tr("Cancel")))
+        return;
+    const auto tasks = m_delegate.managedObjectContext().fetch(model::everyTask());
+    if (!tasks) {
+        m_delegate.user().presentError(tasks.error());
+        return;
+    }
+    for (objectstore::ManagedObject *task : *tasks)
+        task->setValue("isNew", true);
+}
+
+QWidget *PreferencesWindow::makeColumnsPane()
+{
+    auto *pane = new QWidget;
+    QVBoxLayout *layout = paneLayout(pane);
+    for (const viewcontrollers::TaskColumnDescription &column : viewcontrollers::taskColumns) {
+        if (!column.setting.empty())
+            layout->addWidget(checkBox(QCoreApplication::translate("TaskTable", column.title), column.setting,
+                [this] { Q_EMIT m_delegate.columnsDidChange(); }));
+    }
+    layout->addStretch();
+    return pane;
+}
+
+FirstRunController::FirstRunController(app::TMApplicationDelegate &delegate, QWidget *parent)
+    : QDialog(parent), m_delegate(delegate), m_connectionTest(delegate.settings(), delegate.clock())
+{
+    setAttribute(Qt::WA_DeleteOnClose);
+    setWindowTitle(tr("Welcome"));
+    auto *title = new QLabel(tr("Welcome to Quelvin"));
+    title->setObjectName(QStringLiteral("windowTitle"));
+    auto *text = new QLabel(tr("Your tasks stay on this computer. If you have an account at a service that speaks the "
+                               "Toodledo protocol, they can be kept the same there, too. You can set this up later."));
+    text->setObjectName(QStringLiteral("subline"));
+    text->setWordWrap(true);
+    auto *email = new QLineEdit(toQString(m_delegate.settings().text(keys::ToodleDoUsername)));
+    auto *password = new QLineEdit(toQString(m_delegate.settings().text(keys::ToodleDoPassword)));
+    password->setEchoMode(QLineEdit::Password);
+    const std::pair<QLineEdit *, std::string_view> fields[]
+        = {{email, keys::ToodleDoUsername}, {password, keys::ToodleDoPassword}};
+    for (const auto &[field, key] : fields)
+        connect(field, &QLineEdit::textChanged, this,
+            [this, which = key](const QString &typed) { m_delegate.settings().set(which, toUtf8(typed)); });
+    auto *form = makeForm();
+    form->addRow(tr("E-mail"), email);
+    form->addRow(tr("Password"), password);
+    auto *status = new QLabel;
+    status->setObjectName(QStringLiteral("subline"));
+    auto *create = new QPushButton(tr("Create Account"));
+    auto *test = new QPushButton(tr("Test Connection"));
+    auto *done = new QPushButton(tr("Done"));
+    done->setDefault(true);
+    connect(create, &QPushButton::clicked, &m_connectionTest, &app::ConnectionTest::createAccount);
+    connect(test, &QPushButton::clicked, this, [this, status] {
+        status->setText(tr("Connecting…"));
+        m_connectionTest.testConnection();
+    });
+    connect(&m_connectionTest, &app::ConnectionTest::finished, this, [this, status](bool isSuccessful) {
+        status->setText(isSuccessful ? tr("Connection succeeded") : tr("Connection FAILED!"));
+        if (isSuccessful)
+            m_delegate.settings().set(keys::HasBeenRun, true);
+    });
+    connect(done, &QPushButton::clicked, this, [this] {
+        m_delegate.settings().set(keys::HasBeenRun, true);
+        close();
+    });
+    auto *buttons = new QHBoxLayout;
+    buttons->addWidget(create);
+    buttons->addWidget(test);
+    buttons->addStretch();
+    buttons->addWidget(done);
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(32, 28, 32, 24);
+    layout->setSpacing(14);
+    layout->addWidget(title);
+    layout->addWidget(text);
+    layout->addLayout(form);
+    layout->addWidget(status);
+    layout->addLayout(buttons);
+    setFixedWidth(480);
+}
+
+} // namespace views

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "views/quelvin_style.h"
+
+#include "views/task_cell.h"
+
+#include <QStyleFactory>
+#include <QStyleOption>
+
+namespace views {
+
+namespace {
+constexpr int boxSize = 18;
+} // namespace
+
+QuelvinStyle::QuelvinStyle() : QProxyStyle(QStyleFactory::create(QStringLiteral("Fusion"))) { }
+
+void QuelvinStyle::drawPrimitive(
+    PrimitiveElement element, const QStyleOption *option, QPainter *painter, const QWidget *widget) const
+{
+    if (element == PE_IndicatorCheckBox || element == PE_IndicatorItemViewItemCheck) {
+        QRect box(0, 0, boxSize, boxSize);
+        box.moveCenter(option->rect.center());
+        drawTickBox(painter, box, option->state.testFlag(State_On), option->state.testFlag(State_MouseOver));
+        return;
+    }
+    QProxyStyle::drawPrimitive(element, option, painter, widget);
+}
+
+int QuelvinStyle::pixelMetric(PixelMetric metric, const QStyleOption *option, const QWidget *widget) const
+{
+    if (metric == PM_IndicatorWidth || metric == PM_IndicatorHeight)
+        return boxSize;
+    return QProxyStyle::pixelMetric(metric, option, widget);
+}
+
+} // namespace views

@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "views/main_window.h"
+
+#include "support/test_application.h"
+#include "views/source_list_view.h"
+#include "views/tasks_table_view.h"
+#include "views/tip_view.h"
+
+#include <QLineEdit>
+#include <QTest>
+
+using support::aTask;
+using viewcontrollers::SourceKind;
+using views::Command;
+
+namespace {
+
+class Window : public testing::Test
+{
+protected:
+    void open()
+    {
+        window = std::make_unique<views::MainWindow>(application.delegate());
+        window->show();
+        application.delegate().applicationDidFinishLaunching();
+    }
+    template <class Widget> Widget &child(const char *name)
+    {
+        return *window->findChild<Widget *>(QString::fromLatin1(name));
+    }
+    views::FoldersOutlineView &outline() { return child<views::FoldersOutlineView>("sidebarList"); }
+    views::TasksTableView &table() { return child<views::TasksTableView>("taskTable"); }
+    std::string titles()
+    {
+        QStringList titles;
+        for (int row = 0; row < table().model()->rowCount(); ++row)
+            titles.append(table().model()->index(row, 0).data().toString());
+        return titles.join(QLatin1Char('|')).toStdString();
+    }
+    void type(const char *field, const char *text)
+    {
+        child<QLineEdit>(field).selectAll();
+        QTest::keyClicks(&child<QLineEdit>(field), QString::fromUtf8(text));
+    }
+    void trigger(Command command) { window->action(command)->trigger(); }
+
+    support::TestApplication application;
+    std::unique_ptr<views::MainWindow> window;
+};
+
+} // namespace
+
+TEST_F(Window, addsATypedTaskToTheInboxWhileTodayIsShown)
+{
+    open();
+    type("newTaskField", "Buy milk");
+    QTest::keyClick(&child<QLineEdit>("newTaskField"), Qt::Key_Return);
+    EXPECT_EQ(outline().selectedRow().data().toString(), QStringLiteral("Inbox"));
+    EXPECT_EQ(titles(), "Buy milk");
+    EXPECT_EQ(table().selectedTasks().size(), 1U);
+    EXPECT_EQ(child<QLineEdit>("newTaskField").text(), QString());
+}
+
+TEST_F(Window, showsWhatAnotherProgramAddsWithoutLosingTheSelection)
+{
+    application.add(aTask().titled("Milk"));
+    application.delegate().saveAction();
+    open();
+    trigger(Command::GoToInbox);
+    table().selectAll();
+    const auto other = application.openStore();
+    aTask().titled("Bread").addTo({other->managedObjectContext(), application.user});
+    ASSERT_TRUE(other->managedObjectContext().save());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return titles() == "Bread|Milk"; }, 8000)) << titles();
+    ASSERT_EQ(table().selectedTasks().size(), 1U);
+    EXPECT_EQ(table().selectedTasks().front()->title(), "Milk");
+}
+
+TEST_F(Window, movesTheSelectedTasksToTheTrashAndUndoBringsThemBack)
+{
+    application.add(aTask().titled("Milk"));
+    application.add(aTask().titled("Bread"));
+    open();
+    trigger(Command::GoToInbox);
+    table().selectAll();
+    trigger(Command::RemoveTask);
+    EXPECT_EQ(titles(), "");
+    trigger(Command::Undo);
+    EXPECT_EQ(titles(), "Bread|Milk");
+}
+
+TEST_F(Window, searchesAllTasksAndEscapeReturnsToTheList)
+{
+    application.add(aTask().titled("Milk").in("House"));
+    application.add(aTask().titled("Old milk").inTheTrash());
+    application.add(aTask().titled("Bread").noted("not MILK"));
+    application.add(aTask().titled("Butter"));
+    open();
+    trigger(Command::GoToInbox);
+    type("searchField", "milk");
+    EXPECT_EQ(titles(), "Bread|Milk|Old milk");
+    QTest::keyClick(&child<QLineEdit>("searchField"), Qt::Key_Escape);
+    EXPECT_EQ(titles(), "Bread|Butter");
+    type("searchField", "milk");
+    trigger(Command::GoToInbox);
+    EXPECT_EQ(titles(), "Bread|Butter");
+    EXPECT_EQ(child<QLineEdit>("searchField").text(), QString());
+}
+
+TEST_F(Window, aTipThatIsClosedStaysAway)
+{
+    open();
+    trigger(Command::GoToInbox);
+    auto &tip = *window->findChild<views::TipPlaceHolderView *>();
+    ASSERT_TRUE(tip.isVisible());
+    auto &close = child<QToolButton>("tipClose");
+    close.click();
+    EXPECT_FALSE(application.settings.boolean("InboxTip"));
+    EXPECT_TRUE(application.settings.boolean("TodayTip"));
+}
+
+TEST_F(Window, hidesAColumnAtOnceWhenItsSettingChanges)
+{
+    open();
+    const int folder = static_cast<int>(viewcontrollers::TaskColumn::Folder);
+    ASSERT_FALSE(table().isColumnHidden(folder));
+    application.settings.set("ShowFolderColumn", false);
+    Q_EMIT application.delegate().columnsDidChange();
+    EXPECT_TRUE(table().isColumnHidden(folder));
+}
+
+TEST_F(Window, opensWithTheListThatWasSelectedAndTheGroupsAsTheyWere)
+{
+    application.addRecord<model::Folders>("Garden");
+    application.delegate().saveAction();
+    open();
+    auto &sources = *static_cast<viewcontrollers::SourceListController *>(outline().model());
+    outline().selectRow(sources.indexOf(*application.records().getFolderByTitle("Garden")));
+    outline().setExpanded(sources.indexOf(SourceKind::ContextsGroup), false);
+    window->close();
+    window.reset();
+    open();
+    auto &reopened = *static_cast<viewcontrollers::SourceListController *>(outline().model());
+    EXPECT_EQ(outline().selectedRow().data().toString(), QStringLiteral("Garden"));
+    EXPECT_FALSE(outline().isExpanded(reopened.indexOf(SourceKind::ContextsGroup)));
+    EXPECT_TRUE(outline().isExpanded(reopened.indexOf(SourceKind::FoldersGroup)));
+}
+
+TEST_F(Window, everyCommandHasATextAndNoKeyTwice)
+{
+    open();
+    QStringList keys;
+    for (const views::CommandDescription &description : views::CommandSet::descriptions()) {
+        const QAction *action = window->action(description.command);
+        EXPECT_FALSE(action->text().isEmpty());
+        for (const QKeySequence &sequence : action->shortcuts())
+            keys.append(sequence.toString());
+    }
+    EXPECT_EQ(keys.removeDuplicates(), 0) << keys.join(QLatin1Char(' ')).toStdString();
+}
