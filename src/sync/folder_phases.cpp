@@ -64,9 +64,13 @@ std::optional<std::vector<Folders *>> FolderPhases::localFolders()
 bool FolderPhases::getNewFolders()
 {
     const auto listed = listFolders();
-    if (!listed)
-        return false;
-    for (const GtdFolder &folder : *listed) {
+    return listed && makeMissing(*listed);
+}
+
+/// Makes a folder here for each listed one that is missing; false when it could not be saved.
+bool FolderPhases::makeMissing(const GtdFolders &listed)
+{
+    for (const GtdFolder &folder : listed) {
         if (m_session.records().getFolderById(folder.folderId))
             continue;
         if (Folders *adopted = adoptableFolder(folder))
@@ -159,6 +163,9 @@ bool FolderPhases::sendNewFolders()
     m_session.beginPhase();
     const auto listed = listFolders();
     if (!listed)
+        return false;
+    // A folder that another computer sent since the first list may hold tasks that the task list told of.
+    if (m_session.isGuarding() && !makeMissing(*listed))
         return false;
     const auto folders = localFolders();
     if (!folders)

@@ -26,6 +26,7 @@ private:
     using GtdFolders = std::vector<toodledo::GtdFolder>;
 
     [[nodiscard]] std::optional<GtdFolders> listFolders();
+    bool makeMissing(const GtdFolders &listed);
     [[nodiscard]] std::optional<std::vector<model::Folders *>> localFolders();
     [[nodiscard]] model::Folders *adoptableFolder(const toodledo::GtdFolder &folder);
     void giveId(model::Folders &folder, std::int64_t id);

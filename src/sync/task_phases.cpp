@@ -124,8 +124,28 @@ void TaskPhases::takeOver(const GtdTask &listed, Tasks &task, ContentMark server
         return;
     }
     mapping.copyWholeToodledoTaskToLocalTask(listed, task);
+    noteAgreement(listed, task, server);
+}
+
+/// The task is here as the service has it, except perhaps for a folder that is not known here.
+void TaskPhases::noteAgreement(const GtdTask &listed, Tasks &task, ContentMark server)
+{
     m_session.ledger().agree(
         task, {server, listed.modifiedDate, listed.folder, listed.context}, contentOf(asSent(task)));
+    const model::Folders *folder = task.folders();
+    if (isServiceId(listed.folder) && (!folder || folder->folderID() != listed.folder))
+        m_withoutFolder.emplace_back(&task, &listed);
+}
+
+void TaskPhases::placeInLateFolders()
+{
+    for (const auto &[task, listed] : std::exchange(m_withoutFolder, {})) {
+        model::Folders *folder = m_session.records().getFolderById(listed->folder);
+        if (!folder || task->isDeleted() || m_session.ledger().isChangedHere(*task, contentOf(asSent(*task))))
+            continue; // what the user has done to it since counts for more
+        task->setRelated("folders", folder);
+        noteAgreement(*listed, *task, contentOf(*listed));
+    }
 }
 
 bool TaskPhases::synchEditedTasks()
@@ -229,8 +249,7 @@ void TaskPhases::makeTask(const GtdTask &listed, TaskMapping &mapping)
     if (model::Folders *folder = mapping.folderOrInbox(listed.folder))
         made.setRelated("folders", folder);
     if (m_session.isGuarding())
-        m_session.ledger().agree(
-            made, {contentOf(listed), listed.modifiedDate, listed.folder, listed.context}, contentOf(asSent(made)));
+        noteAgreement(listed, made, contentOf(listed));
 }
 
 bool TaskPhases::deleteListed(const GtdTask &listed, Tasks &task)

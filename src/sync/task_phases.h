@@ -23,6 +23,8 @@ public:
     bool synchEditedTasks();
     /// Makes a task here for each of the service's that is missing, and deletes there what is in the Trash here.
     bool getNewTasks();
+    /// Puts tasks of this list where they belong whose folder has become known only since.
+    void placeInLateFolders();
     /// Deletes here what was deleted there.
     bool getDeletedTasks();
     /// Sends the tasks made here, which get their ids by it.
@@ -47,6 +49,7 @@ private:
     [[nodiscard]] static GtdTask asAdded(GtdTask task);
     [[nodiscard]] Winner whoWins(
         const GtdTask &listed, const model::Tasks &task, ContentMark server, ContentMark local);
+    void noteAgreement(const GtdTask &listed, model::Tasks &task, ContentMark server);
     void takeOver(const GtdTask &listed, model::Tasks &task, ContentMark server, TaskMapping &mapping);
     [[nodiscard]] bool sendEdits(std::vector<Edit> edits);
     void sendEdit(Edit &edit);
@@ -65,6 +68,7 @@ private:
     std::unordered_set<std::int64_t> m_sentIds; ///< of tasks that the service has since the list was fetched
     std::unordered_set<std::int64_t> m_listedIds;
     std::vector<model::Tasks *> m_adopted;
+    std::vector<std::pair<model::Tasks *, const GtdTask *>> m_withoutFolder; ///< their folder is not known here
 };
 
 } // namespace syncing

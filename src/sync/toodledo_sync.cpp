@@ -206,6 +206,7 @@ void Run::push(SyncSession &session, FolderPhases &folders, ContextPhases &conte
         {"Sending new folders",
             [&] {
                 folders.sendNewFolders();
+                tasks.placeInLateFolders();
                 folders.sendDeletedFolders();
                 contexts.sendNewContexts();
                 contexts.sendDeletedContexts();
