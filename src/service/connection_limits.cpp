@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "service/connection_limits.h"
 
+#include <sys/socket.h>
+
 namespace service {
 
 bool ConnectionLimits::admit(int descriptor, const std::string &host)
@@ -19,6 +21,15 @@ void ConnectionLimits::closed(int descriptor)
 {
     const std::scoped_lock lock(m_mutex);
     forget(descriptor);
+    m_oneClosed.notify_all();
+}
+
+void ConnectionLimits::endAll(std::chrono::milliseconds patience)
+{
+    std::unique_lock lock(m_mutex);
+    for (const auto &[descriptor, host] : m_hosts)
+        ::shutdown(descriptor, SHUT_RD);
+    m_oneClosed.wait_for(lock, patience, [this] { return m_hosts.empty(); });
 }
 
 void ConnectionLimits::forget(int descriptor)

@@ -18,6 +18,7 @@ namespace service {
 namespace {
 
 constexpr std::string_view path = "/api.php";
+constexpr std::chrono::seconds patienceAtTheEnd{2};
 
 /// A request while it arrives. The library's own copy of the target is split at "&", so it is kept here whole.
 struct Arriving {
@@ -228,7 +229,13 @@ Result<std::unique_ptr<HttpServer>> HttpServer::start(Service &service, HttpOpti
 
 HttpServer::HttpServer(std::unique_ptr<State> state) : m_state(std::move(state)) { }
 
-HttpServer::~HttpServer() = default;
+HttpServer::~HttpServer()
+{
+    // A daemon that is stopped just when it refuses a request reads a response that it did not keep, so every
+    // connection ends first.
+    m_state->sorter.reset();
+    m_state->watch.limits.endAll(patienceAtTheEnd);
+}
 
 const std::string &HttpServer::address() const
 {

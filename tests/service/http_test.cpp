@@ -86,6 +86,17 @@ TEST_F(Http, survivesTornRequests)
     EXPECT_EQ(countOf(ana.ask("getTasks"), "<task>"), 1);
 }
 
+TEST_F(Http, endsWhileRequestsThatItRefusesArrive)
+{
+    for (int i = 0; i < 200; ++i) {
+        start();
+        for (int client = 0; client < 8; ++client)
+            RawSocket(server->address()).send("POST /api.php HTTP/1.1\r\nContent-Length: -1\r\n\r\n");
+        std::this_thread::sleep_for(i % 20 * 10us);
+        server.reset();
+    }
+}
+
 TEST_F(Http, takesARequestInPieces)
 {
     start();
