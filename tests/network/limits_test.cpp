@@ -36,9 +36,12 @@ long mostMemory()
 }
 
 /// How many KiB more than before a child process held at most while it did `work`; -1 when it did not end well.
-/// `work` tells whether all went as it should.
+/// `work` tells whether all went as it should. Under a sanitizer there is no child and nothing is measured: a process
+/// that forks while a thread of it allocates gets a child that cannot.
 template <typename Work> long memoryFor(const char *name, Work work)
 {
+    if (!memoryIsOurs)
+        return work() ? 0 : -1;
     int ends[2];
     if (::pipe(ends) != 0)
         return -1;
@@ -64,7 +67,7 @@ template <typename Work> void expectLittleMemory(const char *name, Work work, lo
 {
     const long memory = memoryFor(name, work);
     EXPECT_GE(memory, 0) << name;
-    EXPECT_TRUE(memory <= limit || !memoryIsOurs) << name << ": " << memory << " KiB";
+    EXPECT_LE(memory, limit) << name;
 }
 
 std::string repeated(std::string_view text, std::size_t times)
