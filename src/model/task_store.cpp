@@ -6,8 +6,11 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <system_error>
+#include <unistd.h>
 
 namespace model {
 
@@ -47,6 +50,29 @@ std::error_code makePrivateFolder(fs::path folder)
     return {};
 }
 
+/// The turn of one process to open a store and set it up, so that two that start together do not both make the default
+/// records. A folder that takes no lock file gives the turn to everybody.
+class SetUpTurn
+{
+public:
+    explicit SetUpTurn(const fs::path &folder)
+        : m_descriptor(::open((folder / lockName).c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR))
+    {
+        while (m_descriptor >= 0 && ::flock(m_descriptor, LOCK_EX) != 0 && errno == EINTR) { }
+    }
+    SetUpTurn(const SetUpTurn &) = delete;
+    SetUpTurn &operator=(const SetUpTurn &) = delete;
+    ~SetUpTurn()
+    {
+        if (m_descriptor >= 0)
+            ::close(m_descriptor);
+    }
+
+private:
+    static constexpr const char *lockName = "Quelvin.setup.lock";
+    int m_descriptor;
+};
+
 } // namespace
 
 fs::path applicationSupportFolder()
@@ -70,11 +96,15 @@ Result<std::unique_ptr<TaskStore>> TaskStore::open(
         presenter.presentError({"TaskStoreErrorDomain", error.value(),
             "The folder \"" + folder.string() + "\" could not be created: " + error.message() + ".", {}});
 
+    const SetUpTurn turn(folder);
     auto store = objectstore::Store::open(objectModel(), folder / fileName, clock);
     if (!store)
         return foundation::Failure(std::move(store.error()));
     std::unique_ptr<TaskStore> tasks(new TaskStore(std::move(*store)));
-    initializeDataStore(tasks->managedObjectContext(), presenter);
+    if (const std::string &notice = tasks->store().notice(); !notice.empty())
+        presenter.presentError({"TaskStoreErrorDomain", EROFS, notice, {}});
+    else
+        initializeDataStore(tasks->managedObjectContext(), presenter);
     return tasks;
 }
 

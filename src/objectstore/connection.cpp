@@ -14,6 +14,7 @@ namespace objectstore {
 
 namespace {
 constexpr int busyTimeout = 10000; // milliseconds; a first pull of 100,000 tasks holds the lock for seconds at most
+constexpr int longestValue = 64 * 1024 * 1024; // bytes; a longer one is no text that a person wrote
 
 void check(int code, sqlite3 *database)
 {
@@ -111,11 +112,14 @@ Connection::Connection(const std::filesystem::path &file, const std::string &vfs
             | (mode == Mode::Immutable ? SQLite::OPEN_READONLY | SQLite::OPEN_URI : SQLite::OPEN_READWRITE),
         busyTimeout, vfs)
 {
+    keepFilesOnClose(true);
     sqlite3_extended_result_codes(handle(), 1);
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    sqlite3_limit(handle(), SQLITE_LIMIT_LENGTH, longestValue);
     execute("PRAGMA synchronous=FULL; PRAGMA cell_size_check=ON; PRAGMA temp_store=MEMORY;");
     installPredicateFunctions(handle());
+    keepFilesOnClose(mode == Mode::Create); // who opens to create has yet to see whether this is a store
 }
 
 Statement Connection::prepare(const std::string &sql)

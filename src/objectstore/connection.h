@@ -67,6 +67,12 @@ public:
     /// Whether the file was moved, replaced or deleted since it was opened.
     [[nodiscard]] bool hasMoved() const;
 
+    /// Whether closing leaves the files as they are, instead of moving what the write-ahead log holds into the store.
+    void keepFilesOnClose(bool keep)
+    {
+        sqlite3_db_config(handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, keep ? 1 : 0, nullptr);
+    }
+
     /// A number that changes whenever another connection has committed.
     [[nodiscard]] std::int64_t dataVersion();
 

@@ -141,7 +141,7 @@ Result<std::vector<const Property *>> columnsFor(const std::vector<std::string> 
 Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &request)
 {
     processPendingChanges();
-    if (!m_state->connection)
+    if (!connected())
         return Failure(m_state->connectError);
     const auto plan = planFor(request, m_store.model(), hasChanges());
     if (!plan)
@@ -180,6 +180,7 @@ Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &re
                 found.push_back(kept.get());
         }
     } catch (const SQLite::Exception &exception) {
+        disconnect(exception);
         return Failure(
             storeError(StoreErrorCode::Unreadable, "The tasks could not be read from the store.", exception));
     }
@@ -204,7 +205,7 @@ Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &re
 Result<std::int64_t> ObjectContext::count(const FetchRequest &request)
 {
     processPendingChanges();
-    if (!m_state->connection)
+    if (!connected())
         return Failure(m_state->connectError);
     const auto plan = planFor(request, m_store.model(), hasChanges());
     if (!plan)
@@ -230,6 +231,7 @@ Result<std::int64_t> ObjectContext::count(const FetchRequest &request)
             number += kept == objects.end() || !m_state->isChanged(*kept->second) ? 1 : 0;
         }
     } catch (const SQLite::Exception &exception) {
+        disconnect(exception);
         return Failure(storeError(StoreErrorCode::Unreadable, "The tasks could not be counted.", exception));
     }
     if (unsaved) {
@@ -245,7 +247,7 @@ Result<void> ObjectContext::fetchValues(const FetchRequest &request, const std::
     const std::function<void(const ObjectID &, std::span<const ValueView>)> &visit)
 {
     processPendingChanges();
-    if (!m_state->connection)
+    if (!connected())
         return Failure(m_state->connectError);
     if (!request.sortDescriptors.empty())
         return Failure(badRequest("Values are read in the order of insertion and in no other."));
@@ -301,6 +303,7 @@ Result<void> ObjectContext::fetchValues(const FetchRequest &request, const std::
             --left;
         }
     } catch (const SQLite::Exception &exception) {
+        disconnect(exception);
         return Failure(
             storeError(StoreErrorCode::Unreadable, "The tasks could not be read from the store.", exception));
     }

@@ -25,10 +25,11 @@ std::optional<bool> ObjectContext::isLinked(
     const auto &changes = m_state->joins[relationship.joinTable].byOwner;
     if (const auto changed = changes.find(link); changed != changes.end())
         return changed->second;
-    if (!m_state->connection || owner.m_inserted || member.m_inserted)
+    Connection *connection = owner.m_inserted || member.m_inserted ? nullptr : connected();
+    if (!connection)
         return false;
     try {
-        Statement statement = m_state->connection->prepare(
+        Statement statement = connection->prepare(
             "SELECT 1 FROM " + identifier(relationship.joinTable) + " WHERE owner = ? AND member = ?");
         statement.bind(link.first).bind(link.second);
         return statement.step();
@@ -82,9 +83,10 @@ std::vector<ManagedObject *> ObjectContext::readMembers(const ManagedObject &own
                                  : "SELECT _key FROM " + identifier(relationship.destination->name()) + " WHERE "
             + identifier(relationship.inverse->name) + " = ?";
     std::set<std::int64_t> keys;
-    if (m_state->connection && !owner.m_inserted) {
+    Connection *connection = owner.m_inserted ? nullptr : connected();
+    if (connection) {
         try {
-            Statement statement = m_state->connection->prepare(sql);
+            Statement statement = connection->prepare(sql);
             statement.bind(owner.m_id.key);
             while (statement.step())
                 keys.insert(statement.integer(0));

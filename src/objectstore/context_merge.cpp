@@ -16,6 +16,17 @@ ManagedObject *ObjectContext::known(const ObjectID &id) const
     return found == objects.end() ? nullptr : found->second.get();
 }
 
+/// Makes an object that is here a fault again, because its row has changed in the store.
+void ObjectContext::forgetRow(const ObjectID &id)
+{
+    ManagedObject *object = known(id);
+    if (!object || !object->m_row || object->m_inserted)
+        return;
+    object->m_row.reset();
+    object->didTurnIntoFault();
+    m_state->faults[static_cast<std::size_t>(id.entity->index())].push_back(id.key);
+}
+
 void ObjectContext::mergeChanges(const ChangeSet &changes)
 {
     forgetMembers();
@@ -41,6 +52,7 @@ void ObjectContext::mergeChanges(const ChangeSet &changes)
         }
         m_state->pendingUpdated.insert(updated);
     }
+    m_state->linksMayDangle = m_state->linksMayDangle || !changes.deleted.empty();
     for (const ObjectID &id : changes.deleted) {
         ManagedObject *deleted = known(id);
         if (!deleted || deleted->m_deleted)
@@ -112,7 +124,7 @@ ChangeSet ObjectContext::comparedChanges() const
 
 Result<bool> ObjectContext::mergeExternalChanges()
 {
-    if (!m_state->connection)
+    if (!connected())
         return Failure(m_state->connectError);
     ChangeSet changes;
     try {
@@ -130,6 +142,7 @@ Result<bool> ObjectContext::mergeExternalChanges()
         m_state->ownSaves.clear();
     } catch (const SQLite::Exception &exception) {
         sqlite3_exec(m_state->connection->handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+        disconnect(exception);
         return Failure(storeError(StoreErrorCode::Unreadable, "The task store could not be read.", exception));
     }
     const bool some = !changes.isEmpty();

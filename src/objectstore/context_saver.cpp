@@ -20,7 +20,7 @@ Result<SaveReport> ContextSaver::save()
             object->willSave();
     }
     m_objects = m_state.allChanged();
-    if (!m_context.hasChanges())
+    if (!m_context.hasChanges() && m_state.unsureSaves.empty())
         return adopt();
     if (m_connection.hasMoved())
         return Failure({"ObjectStoreErrorDomain", static_cast<int>(StoreErrorCode::Moved),
@@ -38,6 +38,7 @@ Result<SaveReport> ContextSaver::save()
                 throw exception;
         }
     } catch (const SQLite::Exception &exception) {
+        m_context.disconnect(exception);
         return Failure(storeError(
             StoreErrorCode::NotSaved, "Your changes could not be saved. They are kept in the program.", exception));
     }
@@ -48,18 +49,49 @@ void ContextSaver::write()
 {
     static thread_local std::mt19937_64 random{std::random_device{}()};
     m_save = m_log.lastSave() + 1;
+    m_unsureSave = unsureSave();
     m_token = std::to_string(random());
+    m_state.unsureSaves.emplace_back(m_save, m_token);
     for (ManagedObject *object : m_objects) {
         if (object->m_inserted && !object->m_deleted)
             insert(*object);
-        else if (object->m_deleted && !object->m_inserted)
+        else if (isToBeRemoved(*object))
             remove(*object);
         else if (!object->m_deleted && object->m_unsaved)
             update(*object);
     }
     writeJoins();
+    for (const ManagedObject *object : m_objects) { // after the updates, which may have taken the links already
+        if (isToBeRemoved(*object))
+            unlink(*object);
+    }
+    if (m_state.linksMayDangle || othersSaved()) {
+        dropDanglingReferences();
+        dropDanglingLinks();
+    }
     for (const auto &[group, keys] : m_written)
         m_log.append(m_save, m_token, *group.first, group.second, keys);
+}
+
+/// The number of a save that failed here and of which the store tells that it was made all the same.
+std::int64_t ContextSaver::unsureSave()
+{
+    for (const auto &[save, token] : m_state.unsureSaves) {
+        if (m_log.holds(save, token))
+            return save;
+    }
+    return 0;
+}
+
+bool ContextSaver::othersSaved() const
+{
+    return m_save - 1 - m_state.seenSave != static_cast<std::int64_t>(m_state.ownSaves.size());
+}
+
+/// What was inserted and deleted here is in no store, unless a save between that failed was made after all.
+bool ContextSaver::isToBeRemoved(const ManagedObject &object) const
+{
+    return object.m_deleted && (!object.m_inserted || m_unsureSave > 0);
 }
 
 void ContextSaver::note(const ManagedObject &object, SaveLog::Kind kind)
@@ -92,7 +124,8 @@ void ContextSaver::update(ManagedObject &object)
         slots.push_back(slot);
     std::sort(slots.begin(), slots.end());
     // a row whose links alone changed is still written, so that other contexts see its number of save change
-    if (writeColumns(object, slots, object.m_row ? object.m_row->save() : 0) || resolve(object))
+    if (writeColumns(object, slots, object.m_row ? object.m_row->save() : 0)
+        || (m_unsureSave > 0 && writeColumns(object, slots, m_unsureSave)) || resolve(object))
         note(object, SaveLog::Kind::Updated);
 }
 
@@ -142,18 +175,84 @@ bool ContextSaver::resolve(ManagedObject &object)
     return written;
 }
 
-void ContextSaver::remove(ManagedObject &object)
+void ContextSaver::remove(const ManagedObject &object)
 {
     Statement statement = m_connection.prepare("DELETE FROM " + identifier(object.entity().name()) + " WHERE _key = ?");
     statement.bind(object.m_id.key).run();
-    for (const Property *relationship : object.entity().toManyRelationships()) {
-        if (relationship->joinTable.empty())
-            continue;
-        Statement links = m_connection.prepare(
-            "DELETE FROM " + identifier(relationship->joinTable) + " WHERE " + relationship->joinOwner + " = ?");
-        links.bind(object.m_id.key).run();
-    }
     note(object, SaveLog::Kind::Deleted);
+}
+
+/// Takes away all that still points at a deleted record: another context may have made a link since this one looked, or
+/// looking may have failed.
+void ContextSaver::unlink(const ManagedObject &object)
+{
+    const auto drop = [this, &object](const Property &relationship, const std::string &end) {
+        Statement statement
+            = m_connection.prepare("DELETE FROM " + identifier(relationship.joinTable) + " WHERE " + end + " = ?");
+        statement.bind(object.m_id.key).run();
+    };
+    for (const auto &entity : m_context.m_store.model().entities()) {
+        for (const Property *column : entity->columns()) {
+            if (column->destination != &object.entity())
+                continue;
+            const std::string name = identifier(column->name);
+            Statement statement = m_connection.prepare("UPDATE " + identifier(entity->name()) + " SET _save = ?, "
+                + name + " = NULL WHERE " + name + " = ? RETURNING _key");
+            statement.bind(m_save).bind(object.m_id.key);
+            while (statement.step()) {
+                m_unlinked.push_back({entity.get(), statement.integer(0)});
+                m_written[{entity.get(), SaveLog::Kind::Updated}].push_back(statement.integer(0));
+            }
+        }
+        for (const Property *relationship : entity->toManyRelationships()) {
+            if (!relationship->joinTable.empty() && entity.get() == &object.entity())
+                drop(*relationship, relationship->joinOwner);
+            if (!relationship->joinTable.empty() && relationship->destination == &object.entity())
+                drop(*relationship, relationship->joinMember);
+        }
+    }
+}
+
+/// Of the records that this save made others point at, lets go of those that another context deleted.
+void ContextSaver::dropDanglingReferences()
+{
+    for (const ManagedObject *object : m_objects) {
+        if (object->m_deleted)
+            continue;
+        for (const Property *column : object->entity().columns()) {
+            if (!column->isToOne() || (!object->m_inserted && !object->unsavedValue(column->slot)))
+                continue;
+            const std::string name = identifier(column->name);
+            Statement statement = m_connection.prepare("UPDATE " + identifier(object->entity().name()) + " SET " + name
+                + " = NULL WHERE _key = ? AND " + name + " IS NOT NULL AND NOT EXISTS (SELECT 1 FROM "
+                + identifier(column->destination->name()) + " d WHERE d._key = " + name + ")");
+            statement.bind(object->m_id.key).run();
+            if (m_connection.changes() > 0)
+                m_unlinked.push_back(object->m_id);
+        }
+    }
+}
+
+/// The same for the links of join tables.
+void ContextSaver::dropDanglingLinks()
+{
+    const auto exists = [](const EntityDescription &end, const char *column) {
+        return "EXISTS (SELECT 1 FROM " + identifier(end.name()) + " e WHERE e._key = " + column + ")";
+    };
+    for (const auto &entity : m_context.m_store.model().entities()) {
+        for (const Property *relationship : entity->toManyRelationships()) {
+            const auto changes = m_state.joins.find(relationship->joinTable);
+            if (changes == m_state.joins.end() || relationship->joinOwner != "owner")
+                continue;
+            for (const auto &[pair, there] : changes->second.byOwner) {
+                Statement statement = m_connection.prepare("DELETE FROM " + identifier(relationship->joinTable)
+                    + " WHERE owner = ? AND member = ? AND NOT (" + exists(*entity, "owner") + " AND "
+                    + exists(*relationship->destination, "member") + ")");
+                statement.bind(pair.first).bind(pair.second).run();
+                m_linksDropped = m_linksDropped || m_connection.changes() > 0;
+            }
+        }
+    }
 }
 
 void ContextSaver::writeJoins()
@@ -179,6 +278,8 @@ bool ContextSaver::wasCommitted()
 SaveReport ContextSaver::adopt()
 {
     SaveReport report;
+    m_state.unsureSaves.clear();
+    m_state.linksMayDangle = false;
     for (const Conflict &conflict : m_conflicts) {
         ManagedObject &object = *conflict.object;
         for (const int slot : conflict.discardedSlots) {
@@ -223,11 +324,17 @@ SaveReport ContextSaver::adopt()
         changes.clear();
     for (auto &set : m_state.changed)
         set = {};
-    if (m_save == m_state.seenSave + 1)
-        m_state.seenSave = m_save;
-    else if (m_save > 0)
-        m_state.ownSaves.insert(m_save);
-    if (!m_conflicts.empty())
+    if (!m_written.empty()) { // a save of which nothing remained has taken no number of the log
+        if (m_save == m_state.seenSave + 1)
+            m_state.seenSave = m_save;
+        else
+            m_state.ownSaves.insert(m_save);
+    }
+    for (const ObjectID &id : m_unlinked) {
+        report.changes.updated.push_back(id);
+        m_context.forgetRow(id);
+    }
+    if (!m_conflicts.empty() || !m_unlinked.empty() || m_linksDropped)
         m_context.forgetMembers();
     m_context.processPendingChanges();
     return report;

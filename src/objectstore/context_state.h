@@ -51,6 +51,9 @@ struct ObjectContext::State {
     std::int64_t seenDataVersion = 0;
     std::int64_t seenSave = 0; ///< the last save up to which everything is known here
     std::unordered_set<std::int64_t> ownSaves; ///< of this context, after that
+    std::vector<std::pair<std::int64_t, std::string>>
+        unsureSaves; ///< number and token of saves that failed, of which the store may hold one all the same
+    bool linksMayDangle = false; ///< records were deleted elsewhere that unsaved changes here may point at
     bool announcing = false;
 
     [[nodiscard]] ObjectSet &changedOf(const EntityDescription &entity)
@@ -85,8 +88,14 @@ private:
     void update(ManagedObject &object);
     [[nodiscard]] bool resolve(ManagedObject &object);
     bool writeColumns(ManagedObject &object, const std::vector<int> &slots, std::int64_t expectedSave);
-    void remove(ManagedObject &object);
+    [[nodiscard]] bool isToBeRemoved(const ManagedObject &object) const;
+    void remove(const ManagedObject &object);
+    void unlink(const ManagedObject &object);
     void writeJoins();
+    [[nodiscard]] std::int64_t unsureSave();
+    [[nodiscard]] bool othersSaved() const;
+    void dropDanglingReferences();
+    void dropDanglingLinks();
     void note(const ManagedObject &object, SaveLog::Kind kind);
     [[nodiscard]] bool wasCommitted();
     SaveReport adopt();
@@ -95,6 +104,7 @@ private:
     ObjectContext::State &m_state;
     Connection &m_connection;
     std::int64_t m_save = 0;
+    std::int64_t m_unsureSave = 0; ///< an earlier save that failed here and yet was made; 0 for none
     std::string m_token;
     SaveLog m_log;
     std::map<std::pair<const EntityDescription *, SaveLog::Kind>, std::vector<std::int64_t>> m_written;
@@ -103,6 +113,8 @@ private:
     std::vector<int> m_updateSlots;
     std::string m_updateSql;
     std::vector<Conflict> m_conflicts;
+    std::vector<ObjectID> m_unlinked; ///< rows that pointed at a deleted record
+    bool m_linksDropped = false;
     RowBuilder m_builder;
 };
 

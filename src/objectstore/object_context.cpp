@@ -7,6 +7,7 @@
 
 #include <SQLiteCpp/Exception.h>
 #include <algorithm>
+#include <array>
 #include <random>
 
 namespace objectstore {
@@ -57,28 +58,50 @@ std::vector<ManagedObject *> ObjectContext::State::allChanged() const
 ObjectContext::ObjectContext(Store &store, MergePolicy policy)
     : m_store(store), m_policy(policy), m_state(std::make_unique<State>())
 {
-    if (auto connection = store.connect()) {
-        m_state->connection = std::move(*connection);
-        try {
-            m_state->seenDataVersion = m_state->connection->dataVersion();
-            m_state->seenSave = SaveLog(*m_state->connection).lastSave();
-        } catch (const SQLite::Exception &exception) {
-            m_state->connectError
-                = storeError(StoreErrorCode::Unreadable, "The task store could not be read.", exception);
-            m_state->connection.reset();
-        }
-    } else {
-        m_state->connectError = connection.error();
-    }
     const std::size_t entities = store.model().entities().size();
     m_state->objects.resize(entities);
     m_state->changed.resize(entities);
     m_state->faults.resize(entities);
     for (const auto &entity : store.model().entities())
         m_state->defaults.push_back(defaultRow(*entity));
+    if (Connection *connection = connected()) {
+        try {
+            m_state->seenDataVersion = connection->dataVersion();
+            m_state->seenSave = SaveLog(*connection).lastSave();
+        } catch (const SQLite::Exception &exception) {
+            disconnect(exception);
+        }
+    }
 }
 
 ObjectContext::~ObjectContext() = default;
+
+/// The connection, made anew where there is none; null when that fails, and then `connectError` tells why.
+Connection *ObjectContext::connected() const
+{
+    if (!m_state->connection) {
+        if (auto connection = m_store.connect())
+            m_state->connection = std::move(*connection);
+        else
+            m_state->connectError = connection.error();
+    }
+    return m_state->connection.get();
+}
+
+/// Gives up a connection that can be of no more use: one that met an error while it opened or mapped the files beside
+/// the store may stay unable to write for good. The next one finds the disk as it is then.
+void ObjectContext::disconnect(const SQLite::Exception &exception) const
+{
+    constexpr std::array useless{SQLITE_READONLY, SQLITE_CANTOPEN, SQLITE_PROTOCOL};
+    constexpr std::array uselessErrors{
+        SQLITE_IOERR_SHMOPEN, SQLITE_IOERR_SHMSIZE, SQLITE_IOERR_SHMMAP, SQLITE_IOERR_SHMLOCK};
+    if (std::ranges::count(useless, primaryCode(exception)) == 0
+        && std::ranges::count(uselessErrors, exception.getExtendedErrorCode()) == 0)
+        return;
+    m_state->connectError = storeError(StoreErrorCode::Unreadable, "The task store could not be read.", exception);
+    m_state->connection.reset();
+    m_state->seenDataVersion = -1; // counts anew with each connection
+}
 
 ManagedObject &ObjectContext::registered(const ObjectID &id)
 {
@@ -198,7 +221,8 @@ std::string ObjectContext::uri(const ManagedObject &object) const
 /// will read the others.
 void ObjectContext::load(const ManagedObject &fault) const
 {
-    if (fault.m_deleted || !m_state->connection)
+    Connection *connection = fault.m_deleted ? nullptr : connected();
+    if (!connection)
         return;
     const EntityDescription &entity = fault.entity();
     const auto index = static_cast<std::size_t>(entity.index());
@@ -218,14 +242,16 @@ void ObjectContext::load(const ManagedObject &fault) const
     sql += ")";
     std::vector<ManagedObject *> loaded;
     try {
-        Statement statement = m_state->connection->prepare(sql);
+        Statement statement = connection->prepare(sql);
         for (std::size_t i = 0; i < (single ? 1 : faultBatch); ++i)
             statement.bind(keys[std::min(i, keys.size() - 1)]);
         RowBuilder builder;
         while (statement.step()) {
-            ManagedObject &object = *objects[statement.integer(0)];
-            object.m_row = readRow(builder, statement, entity);
-            loaded.push_back(&object);
+            const auto found = objects.find(statement.integer(0));
+            if (found == objects.end())
+                continue; // a damaged index gives rows that were not asked for
+            found->second->m_row = readRow(builder, statement, entity);
+            loaded.push_back(found->second.get());
         }
     } catch (const SQLite::Exception &) {
         return; // reads as nothing now and is tried again at the next read; the next fetch or save reports the cause
@@ -269,7 +295,7 @@ void ObjectContext::processPendingChanges()
 Result<SaveReport> ObjectContext::save()
 {
     processPendingChanges();
-    if (!m_state->connection)
+    if (!connected())
         return foundation::Failure(m_state->connectError);
     return ContextSaver(*this).save();
 }

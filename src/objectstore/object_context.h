@@ -13,6 +13,10 @@
 #include <span>
 #include <unordered_map>
 
+namespace SQLite {
+class Exception;
+}
+
 namespace objectstore {
 
 using foundation::Error;
@@ -163,6 +167,8 @@ private:
     friend class UndoManager;
     struct State;
 
+    [[nodiscard]] Connection *connected() const;
+    void disconnect(const SQLite::Exception &exception) const;
     void load(const ManagedObject &fault) const;
     [[nodiscard]] ManagedObject &registered(const ObjectID &id);
     [[nodiscard]] ManagedObject *known(const ObjectID &id) const;
@@ -175,6 +181,7 @@ private:
     void markDeleted(ManagedObject &object);
     void applyDeleteRules(ManagedObject &object);
     void forgetMembers();
+    void forgetRow(const ObjectID &id);
     [[nodiscard]] std::optional<ChangeSet> loggedChanges() const;
     [[nodiscard]] ChangeSet comparedChanges() const;
 

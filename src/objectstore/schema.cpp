@@ -22,8 +22,13 @@ void createTable(Connection &connection, const EntityDescription &entity)
     while (columns.step())
         present.insert(columns.text(0));
     for (const Property *column : entity.columns()) {
-        if (!present.contains(column->name))
-            connection.execute("ALTER TABLE " + identifier(entity.name()) + " ADD COLUMN " + identifier(column->name));
+        if (present.contains(column->name))
+            continue;
+        connection.execute("ALTER TABLE " + identifier(entity.name()) + " ADD COLUMN " + identifier(column->name));
+        // what was made before the column has its default, as what is made from now on
+        Statement fill
+            = connection.prepare("UPDATE " + identifier(entity.name()) + " SET " + identifier(column->name) + " = ?");
+        fill.bind(view(column->defaultValue)).run();
     }
 }
 

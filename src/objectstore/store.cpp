@@ -7,6 +7,7 @@
 
 #include <SQLiteCpp/Exception.h>
 #include <charconv>
+#include <fcntl.h>
 #include <random>
 #include <set>
 #include <unistd.h>
@@ -60,8 +61,8 @@ bool isEmptyFile(Connection &connection)
     return statement.step() && statement.integer(0) == 0;
 }
 
-/// Triggers, views, tables and indexes of unknown make do not come from this program; a store that has some is not
-/// believed. Tables of an older model may since have gone from it.
+/// Triggers, views, tables and indexes of unknown make and computed columns do not come from this program; a store that
+/// has some is not believed. Tables of an older model may since have gone from it.
 bool hasForeignSchema(Connection &connection, const ObjectModel &model)
 {
     const std::set<std::string> known = schemaNames(model);
@@ -74,7 +75,10 @@ bool hasForeignSchema(Connection &connection, const ObjectModel &model)
         if (!data || (!older && !known.contains(statement.text(0))))
             return true;
     }
-    return false;
+    Statement computed = connection.prepare(
+        "SELECT EXISTS (SELECT 1 FROM sqlite_schema WHERE sql LIKE 'CREATE VIRTUAL%') OR EXISTS (SELECT 1 FROM "
+        "sqlite_schema s, pragma_table_xinfo(s.name) c WHERE s.type = 'table' AND c.hidden <> 0)");
+    return computed.step() && computed.integer(0) != 0;
 }
 
 foundation::Error refusal(StoreErrorCode code, std::string sentence, std::string detail = {})
@@ -103,8 +107,14 @@ std::unique_ptr<Connection> Store::openFile()
         const auto log = std::filesystem::file_size(m_file.string() + "-wal", none);
         const bool nothingLogged = static_cast<bool>(none) || log == 0;
         const int code = primaryCode(exception);
-        if ((code != SQLITE_CANTOPEN && code != SQLITE_READONLY) || !nothingLogged
-            || ::access(m_file.c_str(), R_OK) != 0)
+        // a full disk gives the same error, and it will have room again
+        const auto allowed = [](const std::string &path, int how) {
+            return ::faccessat(AT_FDCWD, path.c_str(), how, AT_EACCESS) == 0;
+        };
+        const std::string folder = m_file.has_parent_path() ? m_file.parent_path().string() : ".";
+        const bool forbidden = !allowed(m_file.string(), W_OK) || !allowed(folder, W_OK);
+        if ((code != SQLITE_CANTOPEN && code != SQLITE_READONLY) || !forbidden || !nothingLogged
+            || !allowed(m_file.string(), R_OK))
             throw;
         m_immutable = true;
         connection = std::make_unique<Connection>(m_file, m_vfs, Connection::Mode::Immutable);
@@ -142,6 +152,7 @@ Result<std::unique_ptr<Store>> Store::open(
             transaction.commit();
         }
         store->m_uuid = storeValue(connection, "uuid");
+        connection.keepFilesOnClose(false);
         store->m_first = std::move(first);
     } catch (const std::filesystem::filesystem_error &error) {
         return Failure(
@@ -183,8 +194,12 @@ Result<std::unique_ptr<Connection>> Store::connect() const
     if (const std::scoped_lock lock(m_mutex); m_first)
         return std::move(m_first);
     try {
-        return std::make_unique<Connection>(
+        auto connection = std::make_unique<Connection>(
             m_file, m_vfs, m_immutable ? Connection::Mode::Immutable : Connection::Mode::Existing);
+        if (storeValue(*connection, "uuid") != m_uuid)
+            return Failure(refusal(StoreErrorCode::Moved,
+                "Another store lies in the place of \"" + m_file.filename().string() + "\".", m_file.string()));
+        return connection;
     } catch (const SQLite::Exception &exception) {
         return Failure(storeError(StoreErrorCode::CannotOpen,
             "The store \"" + m_file.filename().string() + "\" could not be opened.", exception));

@@ -160,6 +160,20 @@ TEST(MergeExternalChanges, bringsInOnlyWhatOthersDidAndWhatBecameOfItInTheEnd)
     EXPECT_EQ(count(*readers.ours, "Book", "TRUEPREDICATE"), 3);
 }
 
+TEST(MergeExternalChanges, aSaveThatWroteNothingHidesNoneOfTheOthers)
+{
+    TwoReaders readers(MergePolicy::Rollback);
+    readers.our->setValue("title", std::string("Ours"));
+    readers.their->setValue("title", std::string("Theirs"));
+    value(readers.theirs->save());
+    EXPECT_TRUE(value(readers.ours->mergeExternalChanges()));
+    EXPECT_THAT(value(readers.ours->save()).discarded, testing::SizeIs(1)) << "all that there was to save";
+    readers.their->setValue("title", std::string("Theirs again"));
+    value(readers.theirs->save());
+    EXPECT_TRUE(value(readers.ours->mergeExternalChanges()));
+    EXPECT_EQ(readers.our->text("title"), "Theirs again");
+}
+
 TEST(MergeExternalChanges, aContextThatLiesFarBehindComparesEveryRecord)
 {
     TwoReaders readers(MergePolicy::Rollback);

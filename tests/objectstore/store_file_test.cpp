@@ -65,12 +65,13 @@ TEST(StoreFile, anOlderStoreIsMigratedAndItsLastStateKept)
 
     auto schemas = entities();
     schemas[1].properties.push_back({.name = "isbn", .kind = PropertyKind::Attribute, .type = AttributeType::Text});
+    schemas[1].properties.push_back({.name = "lost", .type = AttributeType::Boolean, .defaultValue = false});
     schemas.push_back({.name = "Reader", .properties = {{.name = "name"}}, .indexes = {{"name"}}});
     const ObjectModel newer(2, std::move(schemas));
     const auto store = value(Store::open(newer, library.store->file(), library.clock));
     EXPECT_EQ(store->uuid(), library.store->uuid());
     ObjectContext migrated(*store, MergePolicy::Rollback);
-    EXPECT_THAT(titles(fetch(migrated, "Book", "pages == 5 AND isbn == NULL")), ElementsAre("Novel"));
+    EXPECT_THAT(titles(fetch(migrated, "Book", "pages == 5 AND isbn == NULL AND lost == NO")), ElementsAre("Novel"));
     migrated.insert("Reader").setValue("name", std::string("Ana"));
     EXPECT_TRUE(migrated.save());
     EXPECT_TRUE(std::filesystem::exists(library.store->file().string() + ".before-2"));
