@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace faults {
+
+/// A program that tries numbered cases; all of them share one command line, so that one table and one script run all.
+///
+///     harness [--count N] [--first K] [--seed S]   N cases from case K on (0: all that there are)
+///     harness --seed S --case K                    one case, to look at a failure again
+///     harness --control NAME                       with a bug planted: fails when the cases do not find it
+///
+/// A case depends on nothing but the seed and its number.
+struct Harness {
+    std::string name;
+    /// How many cases there are for a seed; 0 where they never end. Called once, after bugs were planted.
+    std::function<std::int64_t(std::uint64_t seed)> prepare;
+    /// What was wrong in the case; nothing when all was well.
+    std::function<std::optional<std::string>(std::int64_t number)> run;
+    /// Words on what was seen in all cases, for the summary; throws when the harness cannot have tested anything.
+    std::function<std::string()> seen;
+};
+
+/// The main function of a harness.
+[[nodiscard]] int runHarness(int argc, char **argv, const Harness &harness);
+
+} // namespace faults
