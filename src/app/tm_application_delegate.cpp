@@ -44,7 +44,6 @@ TMApplicationDelegate::TMApplicationDelegate(Environment environment)
     connect(&m_saveTimer, &QTimer::timeout, this, &TMApplicationDelegate::saveAction);
     connect(&m_externalChangesTimer, &QTimer::timeout, this, &TMApplicationDelegate::mergeExternalChanges);
     connect(&m_secondsTimer, &QTimer::timeout, this, &TMApplicationDelegate::checkSecondActions);
-    connect(&m_syncTimer, &QTimer::timeout, this, &TMApplicationDelegate::synchronizeTasks);
 }
 
 TMApplicationDelegate::~TMApplicationDelegate()
@@ -85,7 +84,7 @@ bool TMApplicationDelegate::applicationShouldTerminate()
 
 void TMApplicationDelegate::applicationWillTerminate()
 {
-    for (QTimer *timer : {&m_saveTimer, &m_externalChangesTimer, &m_secondsTimer, &m_syncTimer})
+    for (QTimer *timer : {&m_saveTimer, &m_externalChangesTimer, &m_secondsTimer})
         timer->stop();
     m_syncHost.stopServing();
     m_sync.reset();
@@ -205,18 +204,22 @@ void TMApplicationDelegate::initTimers()
 void TMApplicationDelegate::resetTimer()
 {
     const auto minutes = m_settings.integer(keys::SyncInterval);
-    m_syncTimer.stop();
+    m_syncSchedule.stop();
     if (minutes > 0)
-        m_syncTimer.start(std::chrono::minutes(std::min<std::int64_t>(minutes, 60 * 24 * 7)));
+        m_syncSchedule.start(m_clock.now(), std::chrono::minutes(std::min<std::int64_t>(minutes, 60 * 24 * 7)));
 }
 
 void TMApplicationDelegate::checkSecondActions()
 {
-    const foundation::Instant midnight = foundation::startOfLocalDay(m_clock.now());
-    if (midnight == m_today)
-        return;
-    m_today = midnight;
-    newDay();
+    const bool isElsewhere = m_zone.hasChanged();
+    const foundation::Instant now = m_clock.now();
+    const foundation::Instant midnight = foundation::startOfLocalDay(now);
+    if (midnight != m_today || isElsewhere) {
+        m_today = midnight;
+        newDay();
+    }
+    if (m_syncSchedule.isDue(now))
+        synchronizeTasks();
 }
 
 void TMApplicationDelegate::newDay()
@@ -243,7 +246,10 @@ QString TMApplicationDelegate::dockBadge()
 
 void TMApplicationDelegate::updateDockBadge()
 {
-    m_badge = dockBadge();
+    QString badge = dockBadge();
+    if (badge == m_badge)
+        return;
+    m_badge = std::move(badge);
     Q_EMIT dockBadgeChanged(m_badge);
 }
 

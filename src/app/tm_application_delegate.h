@@ -2,8 +2,10 @@
 #pragma once
 
 #include "app/main_thread_sync_host.h"
+#include "app/repeating_schedule.h"
 #include "app/tm_application.h"
 #include "app/user_interaction.h"
+#include "foundation/local_zone_watch.h"
 #include "foundation/settings.h"
 #include "model/data_utilities.h"
 #include "model/edit_tracking.h"
@@ -77,10 +79,14 @@ public:
     void initTimers();
     /// Schedules the synchronisations anew after the setting `SyncInterval` changed.
     void resetTimer();
+    /// The tick of every two seconds: whether a day has turned, the computer has moved to another time zone, or a
+    /// synchronisation is due. The clock decides, so that a computer that slept is up to date as soon as it wakes.
     void checkSecondActions();
     void newDay();
-    /// "3/7", "3", or nothing: what waits today and in the Inbox.
+    /// "3/7", "3", or nothing: what waits today and in the Inbox, counted now.
     [[nodiscard]] QString dockBadge();
+    /// The badge as it was last counted.
+    [[nodiscard]] const QString &badge() const { return m_badge; }
     void updateDockBadge();
 
 Q_SIGNALS:
@@ -118,7 +124,8 @@ private:
     QTimer m_saveTimer;
     QTimer m_externalChangesTimer;
     QTimer m_secondsTimer;
-    QTimer m_syncTimer;
+    RepeatingSchedule m_syncSchedule;
+    foundation::LocalZoneWatch m_zone;
     foundation::Instant m_today;
     QString m_statusText;
     QString m_badge;

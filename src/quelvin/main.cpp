@@ -4,9 +4,11 @@
 #include "app/tm_application_delegate.h"
 #include "foundation/file_lock.h"
 #include "model/settings_defaults.h"
+#include "platform/launcher_badge.h"
 #include "views/icons.h"
 #include "views/main_window.h"
 #include "views/theme.h"
+#include "views/tray_icon.h"
 #include "views/window_user_interaction.h"
 
 #include <QCommandLineParser>
@@ -86,6 +88,13 @@ int main(int argc, char **argv)
     window.showMainApplicationWindow();
 
     QObject::connect(&window, &views::MainWindow::appearanceChanged, &window, applyTheme);
+    platform::LauncherBadge launcherBadge(QDBusConnection::sessionBus(), application.desktopFileName());
+    const auto showBadge = [&launcherBadge](const QString &badge) { launcherBadge.show(badge); };
+    showBadge(delegate.badge());
+    QObject::connect(&delegate, &app::TMApplicationDelegate::dockBadgeChanged, &window, showBadge);
+    const views::TrayIcon tray(delegate, {window.action(views::Command::Sync), window.action(views::Command::Quit)});
+    QObject::connect(&tray, &views::TrayIcon::activated, &window, &views::MainWindow::showMainApplicationWindow);
+
     app::TerminationSignals terminationSignals;
     QObject::connect(&terminationSignals, &app::TerminationSignals::terminationRequested, &window, &QWidget::close);
     if (delegate.isFirstRun())

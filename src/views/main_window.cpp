@@ -244,7 +244,14 @@ void MainWindow::updateHeadline()
     }
     m_headline->setText(title);
     m_subline->setText(more);
-    setWindowTitle(title);
+    updateWindowTitle();
+}
+
+/// The badge stands first, where a task bar shows it, too.
+void MainWindow::updateWindowTitle()
+{
+    const QString &badge = m_delegate.badge();
+    setWindowTitle(badge.isEmpty() ? m_headline->text() : tr("(%1) %2").arg(badge, m_headline->text()));
 }
 
 void MainWindow::updateStatusLine()

@@ -73,6 +73,7 @@ private:
     void refreshTasks();
     void showSelectedTasks();
     void updateHeadline();
+    void updateWindowTitle();
     void updateStatusLine();
     void updateTip();
     void updateCommands();

@@ -98,6 +98,7 @@ void MainWindow::connectParts()
     connect(&m_delegate, &TMApplicationDelegate::statusTextChanged, this, &MainWindow::updateStatusLine);
     connect(&m_delegate, &TMApplicationDelegate::syncDidBegin, this, [this] { showSyncing(true); });
     connect(&m_delegate, &TMApplicationDelegate::syncDidEnd, this, [this] { showSyncing(false); });
+    connect(&m_delegate, &TMApplicationDelegate::dockBadgeChanged, this, &MainWindow::updateWindowTitle);
     connect(&m_delegate, &TMApplicationDelegate::columnsDidChange, m_table, &TasksTableView::configureColumns);
     connect(&m_delegate, &TMApplicationDelegate::objectsDidChange, this, &MainWindow::updateUndoCommands,
         Qt::QueuedConnection); // after the undo manager has closed the group

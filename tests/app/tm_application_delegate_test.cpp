@@ -113,6 +113,85 @@ TEST_F(Delegate, findsANewDayAtTheFirstTickAndAtMidnight)
     EXPECT_EQ(delegate().today(), at("2026-11-25"));
 }
 
+TEST_F(Delegate, findsANewDayWhenTheClockIsSetBackOrTheComputerIsInAnotherZone)
+{
+    delegate().initTimers();
+    delegate().checkSecondActions();
+    QSignalSpy days(&delegate(), &TMApplicationDelegate::newDayDidBegin);
+    application.clock.set(at("2026-11-22 23:59")); // set back
+    delegate().checkSecondActions();
+    EXPECT_EQ(days.count(), 1);
+    application.clock.set(at("2026-11-27 07:00")); // slept over more than one midnight
+    delegate().checkSecondActions();
+    EXPECT_EQ(days.count(), 2);
+
+    const QByteArray zone = qgetenv("TZ");
+    qputenv("TZ", "Pacific/Kiritimati");
+    delegate().checkSecondActions();
+    EXPECT_EQ(days.count(), 3);
+    EXPECT_EQ(delegate().today(), foundation::startOfLocalDay(application.clock.now()));
+    zone.isNull() ? qunsetenv("TZ") : qputenv("TZ", zone);
+    delegate().checkSecondActions();
+    EXPECT_EQ(days.count(), 4);
+    EXPECT_EQ(delegate().today(), at("2026-11-27"));
+}
+
+TEST_F(Delegate, aDayOfAClockChangeBeginsOnceThoughItHas23Or25Hours)
+{
+    const QByteArray zone = qgetenv("TZ");
+    qputenv("TZ", "Europe/Berlin");
+    foundation::localZoneChanged();
+    delegate().initTimers();
+    for (const char *midnight : {"2026-03-29", "2026-10-25"}) {
+        application.clock.set(at(midnight));
+        delegate().checkSecondActions();
+        QSignalSpy days(&delegate(), &TMApplicationDelegate::newDayDidBegin);
+        for (const foundation::Instant end = foundation::addLocalDays(at(midnight), 1); application.clock.now() < end;
+             application.clock.advance(600))
+            delegate().checkSecondActions();
+        EXPECT_EQ(days.count(), 0) << midnight;
+        delegate().checkSecondActions();
+        EXPECT_EQ(days.count(), 1) << midnight;
+    }
+    zone.isNull() ? qunsetenv("TZ") : qputenv("TZ", zone);
+    foundation::localZoneChanged();
+}
+
+TEST(RepeatingSchedule, isDueByTheClockThroughSleepAndAClockSetBack)
+{
+    using namespace std::chrono_literals;
+    app::RepeatingSchedule schedule;
+    EXPECT_FALSE(schedule.isDue(at("2026-11-24 09:00"))) << "not started";
+    schedule.start(at("2026-11-24 09:00"), 15min);
+    EXPECT_FALSE(schedule.isDue(at("2026-11-24 09:14:59")));
+    EXPECT_TRUE(schedule.isDue(at("2026-11-24 09:15")));
+    EXPECT_FALSE(schedule.isDue(at("2026-11-24 09:29")));
+    EXPECT_TRUE(schedule.isDue(at("2026-11-24 17:00"))) << "after a sleep, at once";
+    EXPECT_FALSE(schedule.isDue(at("2026-11-24 17:01"))) << "and not once for each quarter slept through";
+    EXPECT_FALSE(schedule.isDue(at("2026-11-24 11:00"))) << "set back by six hours";
+    EXPECT_TRUE(schedule.isDue(at("2026-11-24 11:15"))) << "which must not be waited for";
+    schedule.stop();
+    EXPECT_FALSE(schedule.isDue(at("2026-11-25 09:00")));
+}
+
+TEST_F(Delegate, synchronisesWheneverTheIntervalHasPassedAndNeverWithoutOne)
+{
+    application.settings.set("ToodledoHost", std::string("127.0.0.1:9")); // nothing listens there
+    delegate().initTimers();
+    application.clock.advance(86'400);
+    delegate().checkSecondActions();
+    EXPECT_FALSE(delegate().isSyncing());
+    application.settings.set("SyncInterval", std::int64_t{15});
+    delegate().resetTimer();
+    application.clock.advance(899);
+    delegate().checkSecondActions();
+    EXPECT_FALSE(delegate().isSyncing());
+    application.clock.advance(1);
+    delegate().checkSecondActions();
+    EXPECT_TRUE(delegate().isSyncing());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !delegate().isSyncing(); }, 15000));
+}
+
 TEST_F(Delegate, badgeCountsTodayAndTheInbox)
 {
     EXPECT_EQ(delegate().dockBadge(), QString());

@@ -9,10 +9,12 @@
 #include "views/main_window.h"
 #include "views/preferences_window.h"
 #include "views/theme.h"
+#include "views/tray_icon.h"
 
 #include <QDialog>
 #include <QDir>
 #include <QLineEdit>
+#include <QPainter>
 #include <QTreeView>
 #include <cstdio>
 
@@ -156,6 +158,23 @@ public:
         }
     }
 
+    void trayIcons()
+    {
+        QPixmap strip(600, 160);
+        strip.fill(views::Theme::current().window);
+        QPainter painter(&strip);
+        int y = 8;
+        for (const int size : {16, 22, 24, 64}) {
+            int x = 8;
+            for (const char *badge : {"", "3", "42", "3/7", "12/34", "128/1024"}) {
+                painter.drawPixmap(x, y, views::badgedIcon(QString::fromLatin1(badge)).pixmap(size));
+                x += 96;
+            }
+            y += size + 8;
+        }
+        strip.save(QDir(m_folder).filePath(QStringLiteral("tray") + m_suffix + QStringLiteral(".png")));
+    }
+
 private:
     void save(QWidget &widget, const QString &name)
     {
@@ -186,6 +205,8 @@ int main(int argc, char **argv)
     }
     QDir().mkpath(arguments[1]);
     views::Theme::of(QGuiApplication::palette(), arguments[2]).apply();
-    Gallery(application, arguments[1], arguments[3]).everyday();
+    Gallery gallery(application, arguments[1], arguments[3]);
+    gallery.everyday();
+    gallery.trayIcons();
     return 0;
 }

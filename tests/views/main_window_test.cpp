@@ -5,6 +5,7 @@
 #include "views/source_list_view.h"
 #include "views/tasks_table_view.h"
 #include "views/tip_view.h"
+#include "views/tray_icon.h"
 
 #include <QLineEdit>
 #include <QTest>
@@ -157,4 +158,30 @@ TEST_F(Window, everyCommandHasATextAndNoKeyTwice)
             keys.append(sequence.toString());
     }
     EXPECT_EQ(keys.removeDuplicates(), 0) << keys.join(QLatin1Char(' ')).toStdString();
+}
+
+TEST_F(Window, itsTitleBeginsWithTheBadgeAndFollowsIt)
+{
+    open();
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Today"));
+    for (int number = 0; number < 2; ++number)
+        application.add(aTask().due("2026-11-24"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return window->windowTitle() == QStringLiteral("(2/2) Today"); }))
+        << window->windowTitle().toStdString();
+    application.settings.set("ShowInboxInBadge", false);
+    application.delegate().updateDockBadge();
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("(2) Today"));
+}
+
+TEST(BadgedIcon, carriesItsTextWithinTheIconAtEverySize)
+{
+    for (const int size : {16, 22, 64}) {
+        const QImage plain = views::badgedIcon({}).pixmap(size).toImage();
+        const QImage brief = views::badgedIcon(QStringLiteral("7")).pixmap(size).toImage();
+        const QImage lengthy = views::badgedIcon(QStringLiteral("128/1024")).pixmap(size).toImage();
+        EXPECT_EQ(brief.size(), QSize(size, size));
+        EXPECT_NE(brief, plain) << size;
+        EXPECT_NE(lengthy, brief) << size;
+        EXPECT_EQ(brief.pixelColor(size / 4, size / 4), plain.pixelColor(size / 4, size / 4)) << "the icon shows";
+    }
 }
