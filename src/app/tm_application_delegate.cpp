@@ -30,6 +30,7 @@ TMApplicationDelegate::TMApplicationDelegate(Environment environment)
     , m_makeTransport(std::move(environment.makeTransport))
     , m_tracking(managedObjectContext(), m_clock)
     , m_syncHost(managedObjectContext(), m_tracking, m_user, [this] { saveAction(); })
+    , m_reminderTimer(managedObjectContext(), m_clock, m_user, [this] { saveAction(); })
 {
     managedObjectContext().enableUndo();
     m_changes = managedObjectContext().onObjectsDidChange(
@@ -86,6 +87,7 @@ void TMApplicationDelegate::applicationWillTerminate()
 {
     for (QTimer *timer : {&m_saveTimer, &m_externalChangesTimer, &m_secondsTimer})
         timer->stop();
+    m_reminderTimer.stopTimer();
     m_syncHost.stopServing();
     m_sync.reset();
     if (const auto written = m_settings.synchronize(); !written)
@@ -195,6 +197,7 @@ void TMApplicationDelegate::endSync()
 
 void TMApplicationDelegate::initTimers()
 {
+    m_reminderTimer.startTimer();
     resetTimer();
     m_today = m_clock.now(); // no midnight, so that the first tick finds a new day
     m_secondsTimer.start(tickInterval);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/main_thread_sync_host.h"
+#include "app/reminder_timer.h"
 #include "app/repeating_schedule.h"
 #include "app/tm_application.h"
 #include "app/user_interaction.h"
@@ -121,6 +122,7 @@ private:
     std::unique_ptr<syncing::ToodledoSync> m_sync;
     objectstore::Subscription m_changes;
 
+    ReminderTimer m_reminderTimer;
     QTimer m_saveTimer;
     QTimer m_externalChangesTimer;
     QTimer m_secondsTimer;

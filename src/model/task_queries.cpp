@@ -112,6 +112,11 @@ FetchRequest locationBadgeTasks(bool showCompleted)
                                        : "(isCurrentLocation==YES) && (complete==0) && (deleteOnSync==0)");
 }
 
+FetchRequest tasksToRemindOf(Instant now)
+{
+    return tasksMatching("reminder != 0 AND (dueDate - reminder * 60 <= %@ AND deleteOnSync == NO)", {Value(now)});
+}
+
 FetchRequest deletedTasks()
 {
     return tasksMatching("deleteOnSync == YES");

@@ -29,6 +29,9 @@ struct ListFilter {
 [[nodiscard]] objectstore::FetchRequest todayBadgeTasks(Instant now, bool showCompleted);
 [[nodiscard]] objectstore::FetchRequest locationBadgeTasks(bool showCompleted);
 
+/// Tasks whose reminder has come at `now`, completed ones included.
+[[nodiscard]] objectstore::FetchRequest tasksToRemindOf(Instant now);
+
 /// Everything that was deleted, emptied from the Trash or not.
 [[nodiscard]] objectstore::FetchRequest deletedTasks();
 /// Tasks, of all that are stored, whose title or notes contain `text` without regard to case; empty text finds all.

@@ -4,6 +4,7 @@
 #include "app/tm_application_delegate.h"
 #include "foundation/file_lock.h"
 #include "model/settings_defaults.h"
+#include "platform/desktop_notifications.h"
 #include "platform/launcher_badge.h"
 #include "views/icons.h"
 #include "views/main_window.h"
@@ -69,7 +70,9 @@ int main(int argc, char **argv)
     };
     applyTheme();
     QGuiApplication::setWindowIcon(views::icon(QStringLiteral("quelvin")));
-    views::WindowUserInteraction user;
+    platform::DesktopNotifications notifications(
+        QDBusConnection::sessionBus(), QStringLiteral("Quelvin"), application.desktopFileName());
+    views::WindowUserInteraction user(notifications);
     if (settings.loadError())
         user.presentError(*settings.loadError());
 

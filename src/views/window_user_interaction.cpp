@@ -53,9 +53,41 @@ bool WindowUserInteraction::ask(const QString &message, const QString &confirm, 
     return box.clickedButton() == yes;
 }
 
+app::ReminderAnswer WindowUserInteraction::remind(const QString &message)
+{
+    QMessageBox box(m_window);
+    box.setText(message);
+    auto answer = app::ReminderAnswer::Seen;
+    const auto chosen = [this, &box, &answer](const QString &action) {
+        if (action == QStringLiteral("default")) {
+            for (QWidget *window : {m_window.data(), static_cast<QWidget *>(&box)}) {
+                if (window) {
+                    window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
+                    window->raise();
+                    window->activateWindow();
+                }
+            }
+            return;
+        }
+        if (action == QStringLiteral("stop"))
+            answer = app::ReminderAnswer::StopReminding;
+        box.accept();
+    };
+    const int notification = m_notifications.show(
+        {.title = message.section(QLatin1Char('\n'), 0, 0).trimmed(),
+            .body = message.section(QLatin1Char('\n'), 1).trimmed(),
+            .actions = {{QStringLiteral("default"), QCoreApplication::translate("Alerts", "Show")},
+                {QStringLiteral("seen"), QCoreApplication::translate("Alerts", "OK")},
+                {QStringLiteral("stop"), QCoreApplication::translate("Alerts", "No Reminder")}}},
+        chosen);
+    show(box);
+    m_notifications.close(notification); // after which `chosen` is not called any more
+    return answer;
+}
+
 void WindowUserInteraction::displayNotification(const QString &title, const QString &description)
 {
-    foundation::logLine(app::toUtf8(title + QStringLiteral(": ") + description));
+    m_notifications.show({.title = title, .body = description});
 }
 
 } // namespace views

@@ -21,6 +21,11 @@ public:
     {
         return then([title](model::Tasks &task, auto &) { task.setTitle(title); });
     }
+    /// Minutes before the due date.
+    TaskBuilder &reminding(std::int64_t minutes)
+    {
+        return then([minutes](model::Tasks &task, auto &) { task.setReminder(minutes); });
+    }
     TaskBuilder &noted(std::string notes)
     {
         return then([notes](model::Tasks &task, auto &) { task.setNotes(notes); });
