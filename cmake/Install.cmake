@@ -5,3 +5,10 @@ install(FILES completions/qvl.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-com
 install(FILES completions/_qvl DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
 install(FILES README.md CHANGELOG.md docs/service.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES resources/demo/tasks.json DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
+# How the desktop finds the window, and starts it for a call over D-Bus.
+configure_file(${PROJECT_SOURCE_DIR}/resources/org.quelvin.Quelvin.service.in org.quelvin.Quelvin.service @ONLY)
+install(FILES resources/org.quelvin.Quelvin.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/org.quelvin.Quelvin.service
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/dbus-1/services)
+install(FILES resources/icons/quelvin.svg DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps
+    RENAME org.quelvin.Quelvin.svg)

@@ -163,6 +163,11 @@ void TMApplicationDelegate::mergeExternalChanges()
         Q_EMIT storeDidChangeElsewhere();
 }
 
+void TMApplicationDelegate::quickTask(const QString &title)
+{
+    Q_EMIT quickTaskRequested(title);
+}
+
 bool TMApplicationDelegate::isFirstRun() const
 {
     return !m_settings.boolean(keys::HasBeenRun);

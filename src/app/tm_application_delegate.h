@@ -67,6 +67,9 @@ public:
     /// Takes over what other programs have written to the store.
     void mergeExternalChanges();
 
+    /// Opens a window to take down a task, with a title where there is one already.
+    void quickTask(const QString &title = {});
+
     [[nodiscard]] bool isFirstRun() const;
     [[nodiscard]] QString statusText() const { return m_statusText; }
     void updateStatus(const QString &text);
@@ -98,6 +101,7 @@ Q_SIGNALS:
     void storeDidChangeElsewhere();
     void statusTextChanged(const QString &text);
     void newDayDidBegin();
+    void quickTaskRequested(const QString &title);
     void syncDidBegin();
     void syncDidEnd();
     void columnsDidChange();

@@ -6,19 +6,28 @@
 #include "model/settings_defaults.h"
 #include "platform/desktop_notifications.h"
 #include "platform/launcher_badge.h"
+#include "platform/running_instance.h"
 #include "views/icons.h"
 #include "views/main_window.h"
+#include "views/quick_task_controller.h"
 #include "views/theme.h"
 #include "views/tray_icon.h"
 #include "views/window_user_interaction.h"
 
 #include <QCommandLineParser>
+#include <QCryptographicHash>
 
 namespace {
+
+/// The actions of the desktop file, by which one start of the program also speaks to the other.
+const QString quickTaskAction = QStringLiteral("quick-task");
+const QString addSelectedTextAction = QStringLiteral("add-selected-text");
 
 struct Arguments {
     std::filesystem::path store;
     std::filesystem::path settings;
+    QString action; ///< empty for none
+    QStringList actionArguments;
 };
 
 QString tr(const char *text)
@@ -32,16 +41,46 @@ Arguments parse(const QCoreApplication &application)
     parser.setApplicationDescription(tr("Tasks, the getting-things-done way."));
     const QCommandLineOption store(QStringLiteral("store"), tr("The folder of the task store."), tr("folder"));
     const QCommandLineOption settings(QStringLiteral("settings"), tr("The file of the settings."), tr("file"));
-    parser.addOptions({store, settings});
+    const QCommandLineOption add(
+        QStringLiteral("add"), tr("Open the quick entry with this title, which may be empty."), tr("text"));
+    const QCommandLineOption addSelection(
+        QStringLiteral("add-selection"), tr("Open the quick entry with the text that is selected on the desktop."));
+    parser.addOptions({store, settings, add, addSelection});
     parser.addHelpOption();
     parser.addVersionOption();
     parser.process(application);
-    Arguments arguments{model::applicationSupportFolder(), model::settingsFile()};
+    Arguments arguments{model::applicationSupportFolder(), model::settingsFile(), {}, {}};
     if (parser.isSet(store))
         arguments.store = parser.value(store).toStdString();
     if (parser.isSet(settings))
         arguments.settings = parser.value(settings).toStdString();
+    if (parser.isSet(add)) {
+        arguments.action = quickTaskAction;
+        arguments.actionArguments = {parser.value(add)};
+    } else if (parser.isSet(addSelection)) {
+        arguments.action = addSelectedTextAction;
+    }
     return arguments;
+}
+
+/// One program runs for each store; the user's own store has the plain name.
+QString busName(const QString &name, const std::filesystem::path &store)
+{
+    std::error_code ignored;
+    const auto place = std::filesystem::weakly_canonical(store, ignored);
+    if (place == std::filesystem::weakly_canonical(model::applicationSupportFolder(), ignored))
+        return name;
+    const QByteArray hash
+        = QCryptographicHash::hash(QByteArray::fromStdString(place.string()), QCryptographicHash::Sha256).toHex();
+    return name + QStringLiteral(".Store_") + QString::fromLatin1(hash.left(16));
+}
+
+void runAction(views::QuickEntry &quickEntry, const QString &action, const QStringList &arguments)
+{
+    if (action == quickTaskAction)
+        quickEntry.quickTask(arguments.value(0));
+    else if (action == addSelectedTextAction)
+        quickEntry.addSelectedText();
 }
 
 int fail(app::UserInteraction &user, const foundation::Error &error)
@@ -59,6 +98,11 @@ int main(int argc, char **argv)
     application.setApplicationVersion(QStringLiteral(QUELVIN_VERSION));
     const Arguments arguments = parse(application);
 
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    platform::RunningInstance instance(bus, busName(application.desktopFileName(), arguments.store));
+    if (instance.handsOver(arguments.action, arguments.actionArguments))
+        return 0;
+
     foundation::JsonSettingsFile settingsFile(arguments.settings);
     foundation::Settings settings(settingsFile, model::settingsDefaults());
     const foundation::SystemClock clock;
@@ -70,8 +114,7 @@ int main(int argc, char **argv)
     };
     applyTheme();
     QGuiApplication::setWindowIcon(views::icon(QStringLiteral("quelvin")));
-    platform::DesktopNotifications notifications(
-        QDBusConnection::sessionBus(), QStringLiteral("Quelvin"), application.desktopFileName());
+    platform::DesktopNotifications notifications(bus, QStringLiteral("Quelvin"), application.desktopFileName());
     views::WindowUserInteraction user(notifications);
     if (settings.loadError())
         user.presentError(*settings.loadError());
@@ -91,18 +134,28 @@ int main(int argc, char **argv)
     window.showMainApplicationWindow();
 
     QObject::connect(&window, &views::MainWindow::appearanceChanged, &window, applyTheme);
-    platform::LauncherBadge launcherBadge(QDBusConnection::sessionBus(), application.desktopFileName());
+    platform::LauncherBadge launcherBadge(bus, application.desktopFileName());
     const auto showBadge = [&launcherBadge](const QString &badge) { launcherBadge.show(badge); };
     showBadge(delegate.badge());
     QObject::connect(&delegate, &app::TMApplicationDelegate::dockBadgeChanged, &window, showBadge);
-    const views::TrayIcon tray(delegate, {window.action(views::Command::Sync), window.action(views::Command::Quit)});
+    const views::TrayIcon tray(delegate,
+        {window.action(views::Command::QuickTask), window.action(views::Command::Sync),
+            window.action(views::Command::Quit)});
     QObject::connect(&tray, &views::TrayIcon::activated, &window, &views::MainWindow::showMainApplicationWindow);
 
+    views::QuickEntry quickEntry(delegate);
     app::TerminationSignals terminationSignals;
     QObject::connect(&terminationSignals, &app::TerminationSignals::terminationRequested, &window, &QWidget::close);
     if (delegate.isFirstRun())
         window.showFirstRun();
     delegate.applicationDidFinishLaunching();
+    instance.serve({
+        .activate = [&window] { window.showMainApplicationWindow(); },
+        .activateAction
+        = [&quickEntry](const QString &action, const QStringList &texts) { runAction(quickEntry, action, texts); },
+        .addTask = [&quickEntry](const QString &text) { return quickEntry.addTaskService(text); },
+    });
+    runAction(quickEntry, arguments.action, arguments.actionArguments);
     const int status = app::TMApplication::exec();
     delegate.applicationWillTerminate();
     return status;

@@ -12,9 +12,10 @@ namespace {
 
 using enum Command;
 
-constexpr std::array<CommandDescription, 40> commands{{
+constexpr std::array<CommandDescription, 41> commands{{
     {NewTask, CommandMenu::File, QT_TRANSLATE_NOOP("Commands", "New Task"), "add", "Ctrl+N"},
     {CloneTask, CommandMenu::File, QT_TRANSLATE_NOOP("Commands", "Clone Task"), "", "Ctrl+D"},
+    {QuickTask, CommandMenu::File, QT_TRANSLATE_NOOP("Commands", "Quick Entry"), "bolt", "Ctrl+Shift+T"},
     {NewFolder, CommandMenu::File, QT_TRANSLATE_NOOP("Commands", "New Folder"), "folder", "Ctrl+Shift+N", false, true},
     {NewContext, CommandMenu::File, QT_TRANSLATE_NOOP("Commands", "New Context"), "context", "Ctrl+Shift+C"},
     {NewSmartFolder, CommandMenu::File, QT_TRANSLATE_NOOP("Commands", "New Smart Folder"), "smartfolder",

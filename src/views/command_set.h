@@ -13,6 +13,7 @@ namespace views {
 enum class Command {
     NewTask,
     CloneTask,
+    QuickTask,
     NewFolder,
     NewContext,
     NewSmartFolder,

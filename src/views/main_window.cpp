@@ -281,6 +281,7 @@ void MainWindow::updateTip()
 
 void MainWindow::showMainApplicationWindow()
 {
+    setWindowState(windowState() & ~Qt::WindowMinimized);
     QMainWindow::show();
     raise();
     activateWindow();

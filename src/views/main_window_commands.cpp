@@ -121,6 +121,7 @@ void MainWindow::connectTaskCommands()
     const auto selected = [this] { return m_table->selectedTasks(); };
     on(Command::NewTask, [this] { newTask(false); });
     on(Command::CloneTask, [this] { newTask(true); });
+    on(Command::QuickTask, [this] { m_delegate.quickTask(); });
     on(Command::EditTitle, [this] { m_detail->isVisible() ? m_detail->editTitle() : m_table->editTitle(); });
     on(Command::ToggleComplete, [this, selected] {
         const auto tasks = selected();

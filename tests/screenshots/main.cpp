@@ -8,6 +8,7 @@
 #include "support/test_clock.h"
 #include "views/main_window.h"
 #include "views/preferences_window.h"
+#include "views/quick_task_controller.h"
 #include "views/theme.h"
 #include "views/tray_icon.h"
 
@@ -151,6 +152,12 @@ public:
         window.action(views::Command::ManageFolders)->trigger();
         for (QDialog *dialog : window.findChildren<QDialog *>())
             save(*dialog, QString::fromLatin1(dialog->metaObject()->className()).remove(QStringLiteral("views::")));
+        auto *quickTask = new views::QuickTaskController(*m_delegate, QStringLiteral("Ask Zoë for the Łódź tickets"));
+        quickTask->showWindow();
+        save(*quickTask, QStringLiteral("quick-entry"));
+        quickTask->taskTitleField().clear();
+        save(*quickTask, QStringLiteral("quick-entry-empty"));
+        quickTask->close();
         auto *preferences = window.findChild<views::PreferencesWindow *>();
         for (int pane = 1; pane < 4; ++pane) {
             preferences->findChild<QButtonGroup *>()->button(pane)->click();
