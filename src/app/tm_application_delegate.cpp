@@ -3,6 +3,7 @@
 
 #include "app/text.h"
 #include "foundation/log.h"
+#include "hotkeys/qvl_key_code_translator.h"
 #include "model/settings_defaults.h"
 
 #include <QAbstractEventDispatcher>
@@ -28,6 +29,8 @@ TMApplicationDelegate::TMApplicationDelegate(Environment environment)
     , m_clock(environment.clock)
     , m_user(environment.user)
     , m_makeTransport(std::move(environment.makeTransport))
+    , m_hotKeyCenter(environment.hotKeyCenter)
+    , m_hotKey(makeHotKey())
     , m_tracking(managedObjectContext(), m_clock)
     , m_syncHost(managedObjectContext(), m_tracking, m_user, [this] { saveAction(); })
     , m_reminderTimer(managedObjectContext(), m_clock, m_user, [this] { saveAction(); })
@@ -50,11 +53,17 @@ TMApplicationDelegate::TMApplicationDelegate(Environment environment)
 TMApplicationDelegate::~TMApplicationDelegate()
 {
     applicationWillTerminate();
+    suspendHotKey();
+    if (m_hotKeyCenter)
+        m_hotKeyCenter->onLateFailure({});
 }
 
 void TMApplicationDelegate::applicationDidFinishLaunching()
 {
     updateStatus({});
+    initializeHotKey();
+    if (!m_hotKeyProblem.isEmpty())
+        updateStatus(tr("The hot key opens no quick entry. %1").arg(m_hotKeyProblem));
     m_tracking.registerForChangeNotifications();
     if (auto *dispatcher = QAbstractEventDispatcher::instance())
         connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, this,
@@ -90,6 +99,7 @@ void TMApplicationDelegate::applicationWillTerminate()
     m_reminderTimer.stopTimer();
     m_syncHost.stopServing();
     m_sync.reset();
+    m_settings.set(keys::GlobalHotKey, m_hotKey->keyCombo().plistRepresentation());
     if (const auto written = m_settings.synchronize(); !written)
         logError(written.error());
 }
@@ -161,6 +171,68 @@ void TMApplicationDelegate::mergeExternalChanges()
         foundation::logLine("Other programs' changes could not be read: " + merged.error().message);
     else if (*merged)
         Q_EMIT storeDidChangeElsewhere();
+}
+
+std::unique_ptr<hotkeys::QVLHotKey> TMApplicationDelegate::makeHotKey()
+{
+    const auto stored = m_settings.value(keys::GlobalHotKey);
+    const auto *plist = stored ? std::get_if<hotkeys::QVLKeyCombo::Plist>(&*stored) : nullptr;
+    return std::make_unique<hotkeys::QVLHotKey>(std::string(keys::GlobalHotKey), toUtf8(tr("Quick Entry")),
+        plist ? hotkeys::QVLKeyCombo::initWithPlistRepresentation(*plist) : hotkeys::QVLKeyCombo(),
+        [this](hotkeys::QVLHotKey &hotKey) { hotKeyPressed(hotKey); });
+}
+
+void TMApplicationDelegate::initializeHotKey()
+{
+    suspendHotKey();
+    m_hotKey = makeHotKey();
+    if (m_hotKeyCenter)
+        m_hotKeyCenter->onLateFailure([this](const Error &error) {
+            foundation::logLine(error.message + " " + error.detail);
+            setHotKeyProblem(toQString(error.message));
+        });
+    registerHotKey();
+}
+
+void TMApplicationDelegate::suspendHotKey()
+{
+    if (m_hotKeyCenter)
+        m_hotKeyCenter->unregisterHotKey(*m_hotKey);
+}
+
+void TMApplicationDelegate::registerHotKey()
+{
+    if (!m_hotKeyCenter)
+        return;
+    const bool isRegistered = m_hotKeyCenter->registerHotKey(*m_hotKey);
+    if (!isRegistered)
+        foundation::logLine(m_hotKeyCenter->lastError()->message);
+    setHotKeyProblem(isRegistered ? QString() : toQString(m_hotKeyCenter->lastError()->message));
+}
+
+void TMApplicationDelegate::setHotKeyProblem(const QString &problem)
+{
+    m_hotKeyProblem = problem;
+    Q_EMIT hotKeyProblemChanged(problem);
+}
+
+void TMApplicationDelegate::changeHotKey(const hotkeys::QVLKeyCombo &keyCombo)
+{
+    m_hotKey->setKeyCombo(keyCombo);
+    registerHotKey();
+    m_settings.set(keys::GlobalHotKey, keyCombo.plistRepresentation());
+    if (const auto written = m_settings.synchronize(); !written)
+        m_user.presentError(written.error());
+}
+
+std::vector<std::string> TMApplicationDelegate::parts(const hotkeys::QVLKeyCombo &keyCombo) const
+{
+    return m_hotKeyCenter ? m_hotKeyCenter->parts(keyCombo) : hotkeys::QVLKeyCodeTranslator::parts(keyCombo);
+}
+
+void TMApplicationDelegate::hotKeyPressed(hotkeys::QVLHotKey &)
+{
+    quickTask();
 }
 
 void TMApplicationDelegate::quickTask(const QString &title)

@@ -8,6 +8,7 @@
 #include "app/user_interaction.h"
 #include "foundation/local_zone_watch.h"
 #include "foundation/settings.h"
+#include "hotkeys/qvl_hot_key_center.h"
 #include "model/data_utilities.h"
 #include "model/edit_tracking.h"
 #include "model/task_queries.h"
@@ -30,6 +31,8 @@ struct Environment {
     UserInteraction &user;
     /// The transport of synchronisation; empty means libcurl.
     std::function<std::unique_ptr<toodledo::HttpTransport>()> makeTransport = {};
+    /// Where the global hot key is registered; null for none.
+    hotkeys::QVLHotKeyCenter *hotKeyCenter = nullptr;
 };
 
 /// The hub of the program: owns the store with its main context, the tracking of edits, the timers and the running
@@ -67,6 +70,18 @@ public:
     /// Takes over what other programs have written to the store.
     void mergeExternalChanges();
 
+    /// Registers the hot key of the settings with the desktop, anew if it was registered.
+    void initializeHotKey();
+    [[nodiscard]] hotkeys::QVLHotKey &hotKey() { return *m_hotKey; }
+    /// Takes another combination for the hot key, which holds and is in the settings' file at once.
+    void changeHotKey(const hotkeys::QVLKeyCombo &keyCombo);
+    /// Lets the hot key do nothing until `initializeHotKey`.
+    void suspendHotKey();
+    /// Why the desktop refuses the hot key; empty while it does not.
+    [[nodiscard]] const QString &hotKeyProblem() const { return m_hotKeyProblem; }
+    /// What the parts of a combination are called on this keyboard.
+    [[nodiscard]] std::vector<std::string> parts(const hotkeys::QVLKeyCombo &keyCombo) const;
+
     /// Opens a window to take down a task, with a title where there is one already.
     void quickTask(const QString &title = {});
 
@@ -102,6 +117,7 @@ Q_SIGNALS:
     void statusTextChanged(const QString &text);
     void newDayDidBegin();
     void quickTaskRequested(const QString &title);
+    void hotKeyProblemChanged(const QString &problem);
     void syncDidBegin();
     void syncDidEnd();
     void columnsDidChange();
@@ -113,6 +129,10 @@ private:
     void announce(const objectstore::ObjectsChange &change);
     void saveSoon();
     void endSync();
+    [[nodiscard]] std::unique_ptr<hotkeys::QVLHotKey> makeHotKey();
+    void registerHotKey();
+    void hotKeyPressed(hotkeys::QVLHotKey &hotKey);
+    void setHotKeyProblem(const QString &problem);
 
     TMApplication &m_application;
     std::unique_ptr<model::TaskStore> m_store;
@@ -120,6 +140,10 @@ private:
     const foundation::Clock &m_clock;
     UserInteraction &m_user;
     std::function<std::unique_ptr<toodledo::HttpTransport>()> m_makeTransport;
+
+    hotkeys::QVLHotKeyCenter *m_hotKeyCenter;
+    std::unique_ptr<hotkeys::QVLHotKey> m_hotKey;
+    QString m_hotKeyProblem;
 
     model::EditTracking m_tracking;
     MainThreadSyncHost m_syncHost;

@@ -5,6 +5,7 @@
 #include "foundation/file_lock.h"
 #include "model/settings_defaults.h"
 #include "platform/desktop_notifications.h"
+#include "platform/hot_key_back_ends.h"
 #include "platform/launcher_badge.h"
 #include "platform/running_instance.h"
 #include "views/icons.h"
@@ -127,8 +128,14 @@ int main(int argc, char **argv)
         return fail(
             user, {"ApplicationErrorDomain", 1, app::toUtf8(tr("Quelvin is already open with these tasks.")), {}});
 
-    app::TMApplicationDelegate delegate(
-        {.application = application, .store = std::move(*store), .settings = settings, .clock = clock, .user = user});
+    const auto hotKeys = platform::makeHotKeyBackEnd(bus);
+    hotkeys::QVLHotKeyCenter hotKeyCenter(*hotKeys);
+    app::TMApplicationDelegate delegate({.application = application,
+        .store = std::move(*store),
+        .settings = settings,
+        .clock = clock,
+        .user = user,
+        .hotKeyCenter = &hotKeyCenter});
     views::MainWindow window(delegate);
     user.setWindow(&window);
     window.showMainApplicationWindow();

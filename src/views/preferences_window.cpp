@@ -5,6 +5,7 @@
 #include "model/settings_defaults.h"
 #include "viewcontrollers/task_columns.h"
 #include "views/icons.h"
+#include "views/shortcut_recorder.h"
 #include "views/theme.h"
 
 #include <QColorDialog>
@@ -68,6 +69,7 @@ PreferencesWindow::PreferencesWindow(app::TMApplicationDelegate &delegate, QWidg
     addPane(tr("Colors"), QStringLiteral("palette"), makeColorsPane());
     addPane(tr("Sync"), QStringLiteral("sync"), makeSyncPane());
     addPane(tr("Columns"), QStringLiteral("detail"), makeColumnsPane());
+    addPane(tr("Shortcut"), QStringLiteral("keyboard"), makeShortcutPane());
     m_bar->addStretch();
     connect(m_buttons, &QButtonGroup::idClicked, this, [this](int pane) {
         m_panes->setCurrentIndex(pane);
@@ -271,6 +273,36 @@ QWidget *PreferencesWindow::makeColumnsPane()
                 [this] { Q_EMIT m_delegate.columnsDidChange(); }));
     }
     layout->addStretch();
+    return pane;
+}
+
+QWidget *PreferencesWindow::makeShortcutPane()
+{
+    auto *pane = new QWidget;
+    QVBoxLayout *layout = paneLayout(pane);
+    auto *recorder
+        = new ShortcutRecorder([this](const hotkeys::QVLKeyCombo &keyCombo) { return m_delegate.parts(keyCombo); });
+    recorder->setKeyCombo(m_delegate.hotKey().keyCombo());
+    recorder->setAccessibleName(tr("Quick entry"));
+    recorder->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    auto *form = makeForm();
+    form->addRow(tr("Quick entry"), recorder);
+    layout->addLayout(form);
+    auto *text = new QLabel(tr("Opens a small window for a new task, whatever program you are working in. Click the "
+                               "button, then type the new keys; Backspace removes them."));
+    text->setObjectName(QStringLiteral("subline"));
+    text->setWordWrap(true);
+    layout->addWidget(text);
+    auto *problem = new QLabel(m_delegate.hotKeyProblem());
+    problem->setObjectName(QStringLiteral("problem"));
+    problem->setWordWrap(true);
+    layout->addWidget(problem);
+    layout->addStretch();
+    connect(recorder, &ShortcutRecorder::recordingChanged, this,
+        [this](bool isRecording) { isRecording ? m_delegate.suspendHotKey() : m_delegate.initializeHotKey(); });
+    connect(recorder, &ShortcutRecorder::keyComboDidChange, this,
+        [this](const hotkeys::QVLKeyCombo &keyCombo) { m_delegate.changeHotKey(keyCombo); });
+    connect(&m_delegate, &app::TMApplicationDelegate::hotKeyProblemChanged, problem, &QLabel::setText);
     return pane;
 }
 

@@ -35,6 +35,7 @@ private:
     QWidget *makeColorsPane();
     QWidget *makeSyncPane();
     QWidget *makeColumnsPane();
+    QWidget *makeShortcutPane();
     QCheckBox *checkBox(const QString &text, std::string_view key, const std::function<void()> &changed);
     QWidget *textField(std::string_view key, bool isSecret = false);
     void pickColor(std::string_view key);

@@ -78,3 +78,14 @@ TEST_F(RunningInstance, worksAloneWithoutASessionBus)
     EXPECT_EQ(program.exitCode(), 0);
     EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
 }
+
+TEST_F(RunningInstance, opensTheQuickEntryByItsHotKeyWhateverIsInFront)
+{
+    start();
+    ASSERT_TRUE(comesUp("Today"));
+    screen.press(QStringLiteral("ctrl+super+t"));
+    ASSERT_TRUE(comesUp("Quick Entry"));
+    screen.xdotool(QStringLiteral("type Apples"));
+    screen.press(QStringLiteral("Return"));
+    EXPECT_EQ(storedTasks(), QStringList{QStringLiteral("Apples")});
+}

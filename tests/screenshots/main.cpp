@@ -159,7 +159,7 @@ public:
         save(*quickTask, QStringLiteral("quick-entry-empty"));
         quickTask->close();
         auto *preferences = window.findChild<views::PreferencesWindow *>();
-        for (int pane = 1; pane < 4; ++pane) {
+        for (int pane = 1; pane < 5; ++pane) {
             preferences->findChild<QButtonGroup *>()->button(pane)->click();
             save(*preferences, QStringLiteral("preferences-%1").arg(pane));
         }
