@@ -3,6 +3,7 @@
 
 #include "app/text.h"
 #include "model/settings_defaults.h"
+#include "platform/window_activation.h"
 #include "viewcontrollers/task_cells.h"
 #include "views/detail_pane.h"
 #include "views/icons.h"
@@ -283,8 +284,7 @@ void MainWindow::showMainApplicationWindow()
 {
     setWindowState(windowState() & ~Qt::WindowMinimized);
     QMainWindow::show();
-    raise();
-    activateWindow();
+    platform::bringToFront(*windowHandle());
 }
 
 void MainWindow::restoreGeometryAndState()

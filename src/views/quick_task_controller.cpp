@@ -2,6 +2,7 @@
 #include "views/quick_task_controller.h"
 
 #include "app/text.h"
+#include "platform/window_activation.h"
 #include "viewcontrollers/task_choices.h"
 #include "viewcontrollers/undo_group.h"
 #include "views/date_field.h"
@@ -61,6 +62,7 @@ QuickTaskController::QuickTaskController(app::TMApplicationDelegate &delegate, c
     layout->addLayout(makeFields());
     layout->addLayout(makeButtons());
     layout->setSizeConstraint(QLayout::SetFixedSize);
+    connect(qApp, &QCoreApplication::aboutToQuit, this, &QuickTaskController::saveTyped);
 
     const model::DataUtilities records = m_delegate.records();
     setPlace(Folder, records.getFolderById(0));
@@ -140,8 +142,7 @@ void QuickTaskController::choose(Place place, const QString &uri)
 void QuickTaskController::showWindow()
 {
     show();
-    raise();
-    activateWindow();
+    platform::bringToFront(*windowHandle());
     m_title->setFocus();
 }
 
@@ -160,6 +161,12 @@ void QuickTaskController::saveAction()
     }
     m_delegate.saveAction();
     close();
+}
+
+void QuickTaskController::saveTyped()
+{
+    if (isVisible() && m_title->isModified() && !m_title->text().isEmpty())
+        saveAction();
 }
 
 void QuickTaskController::dontSaveAction()

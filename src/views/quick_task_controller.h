@@ -37,6 +37,8 @@ public:
     void dontSaveAction();
 
 private:
+    /// What the user was typing when the program ends becomes a task rather than nothing.
+    void saveTyped();
     QLayout *makeFields();
     QLayout *makeButtons();
     void choose(Place place, const QString &uri);

@@ -3,6 +3,7 @@
 
 #include "app/text.h"
 #include "foundation/log.h"
+#include "platform/window_activation.h"
 
 #include <QMessageBox>
 #include <QPushButton>
@@ -56,6 +57,7 @@ bool WindowUserInteraction::ask(const QString &message, const QString &confirm, 
 app::ReminderAnswer WindowUserInteraction::remind(const QString &message)
 {
     QMessageBox box(m_window);
+    box.setWindowModality(Qt::WindowModal); // a task can still be taken down meanwhile
     box.setText(message);
     auto answer = app::ReminderAnswer::Seen;
     const auto chosen = [this, &box, &answer](const QString &action) {
@@ -63,8 +65,7 @@ app::ReminderAnswer WindowUserInteraction::remind(const QString &message)
             for (QWidget *window : {m_window.data(), static_cast<QWidget *>(&box)}) {
                 if (window) {
                     window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
-                    window->raise();
-                    window->activateWindow();
+                    platform::bringToFront(*window->windowHandle());
                 }
             }
             return;
