@@ -29,7 +29,7 @@ public:
     [[nodiscard]] virtual foundation::Result<void> registerEventHotKey(const QVLHotKey &hotKey) = 0;
     virtual void unregisterEventHotKey(HotKeyID id) = 0;
     /// What the user's keyboard layout has on a key; empty where that is not known.
-    [[nodiscard]] virtual std::string keyLabel(std::int64_t) const { return {}; }
+    [[nodiscard]] virtual std::string keyLabel(std::int64_t) { return {}; }
 };
 
 } // namespace hotkeys

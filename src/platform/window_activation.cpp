@@ -46,7 +46,8 @@ void bringToFront(QWindow &window)
 {
     window.raise();
     window.requestActivate();
-    if (const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>())
+    const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    if (x11 && x11->connection()) // without one where Qt draws off screen
         activateOnX11(x11->connection(), window);
 }
 

@@ -129,6 +129,8 @@ bool X11HotKeys::grab(const Grab &wanted)
         isGranted &= !Owned<xcb_generic_error_t>(xcb_request_check(m_connection, request));
     if (!isGranted)
         ungrab(wanted); // all of it or nothing
+    // An event that came with the answers lies in the queue already, so that the socket does not tell of it.
+    QMetaObject::invokeMethod(this, &X11HotKeys::readEvents, Qt::QueuedConnection);
     return isGranted;
 }
 
@@ -205,13 +207,14 @@ void X11HotKeys::keyboardChanged()
 
 /// Layouts put Latin letters and signs, or others as Unicode, on the first level of a key; names such as "Return" are
 /// left to the table.
-std::string X11HotKeys::keyLabel(std::int64_t keyCode) const
+std::string X11HotKeys::keyLabel(std::int64_t keyCode)
 {
     const hotkeys::KeyCode *key = QVLKeyCodeTranslator::withKeyCode(keyCode);
     if (!key)
         return {};
     const Owned<xcb_get_keyboard_mapping_reply_t> mapping(xcb_get_keyboard_mapping_reply(
         m_connection, xcb_get_keyboard_mapping(m_connection, keycode(key->linuxCode), 1), nullptr));
+    QMetaObject::invokeMethod(this, &X11HotKeys::readEvents, Qt::QueuedConnection);
     if (!mapping || xcb_get_keyboard_mapping_keysyms_length(mapping.get()) == 0)
         return {};
     const xcb_keysym_t keysym = xcb_get_keyboard_mapping_keysyms(mapping.get())[0];

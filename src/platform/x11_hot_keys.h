@@ -28,7 +28,7 @@ public:
     void installEventHandler(Handlers handlers) override { m_handlers = std::move(handlers); }
     [[nodiscard]] foundation::Result<void> registerEventHotKey(const hotkeys::QVLHotKey &hotKey) override;
     void unregisterEventHotKey(hotkeys::HotKeyID id) override;
-    [[nodiscard]] std::string keyLabel(std::int64_t keyCode) const override;
+    [[nodiscard]] std::string keyLabel(std::int64_t keyCode) override;
 
 private:
     struct Grab {

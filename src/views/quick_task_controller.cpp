@@ -9,6 +9,7 @@
 #include "views/picker.h"
 
 #include <QClipboard>
+#include <QCloseEvent>
 #include <QGridLayout>
 #include <QGuiApplication>
 #include <QLabel>
@@ -62,7 +63,6 @@ QuickTaskController::QuickTaskController(app::TMApplicationDelegate &delegate, c
     layout->addLayout(makeFields());
     layout->addLayout(makeButtons());
     layout->setSizeConstraint(QLayout::SetFixedSize);
-    connect(qApp, &QCoreApplication::aboutToQuit, this, &QuickTaskController::saveTyped);
 
     const model::DataUtilities records = m_delegate.records();
     setPlace(Folder, records.getFolderById(0));
@@ -148,6 +148,13 @@ void QuickTaskController::showWindow()
 
 void QuickTaskController::saveAction()
 {
+    addTask();
+    m_isAnswered = true;
+    close();
+}
+
+void QuickTaskController::addTask()
+{
     m_due->commit();
     objectstore::ObjectContext &moc = m_delegate.managedObjectContext();
     {
@@ -160,18 +167,27 @@ void QuickTaskController::saveAction()
                 m_chosen[place].isEmpty() ? nullptr : moc.objectWithURI(toUtf8(m_chosen[place])));
     }
     m_delegate.saveAction();
-    close();
-}
-
-void QuickTaskController::saveTyped()
-{
-    if (isVisible() && m_title->isModified() && !m_title->text().isEmpty())
-        saveAction();
 }
 
 void QuickTaskController::dontSaveAction()
 {
+    m_isAnswered = true;
     close();
+}
+
+void QuickTaskController::reject()
+{
+    m_isAnswered = true;
+    QDialog::reject();
+}
+
+/// A close by neither the user nor us is the end of the program: what was being typed becomes a task, not nothing.
+void QuickTaskController::closeEvent(QCloseEvent *event)
+{
+    if (!event->spontaneous() && !m_isAnswered && m_title->isModified() && !m_title->text().isEmpty())
+        addTask();
+    m_isAnswered = true;
+    QDialog::closeEvent(event);
 }
 
 QuickEntry::QuickEntry(app::TMApplicationDelegate &delegate) : m_delegate(delegate)

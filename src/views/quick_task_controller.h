@@ -35,10 +35,13 @@ public:
     void saveAction();
     /// Closes without adding anything.
     void dontSaveAction();
+    void reject() override;
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
 
 private:
-    /// What the user was typing when the program ends becomes a task rather than nothing.
-    void saveTyped();
+    void addTask();
     QLayout *makeFields();
     QLayout *makeButtons();
     void choose(Place place, const QString &uri);
@@ -49,6 +52,7 @@ private:
     std::array<QString, 4> m_chosen; ///< URIs, since a record may go while the window is open; empty for none
     DateField *m_due = nullptr;
     std::optional<foundation::Instant> m_dueDate;
+    bool m_isAnswered = false;
 };
 
 /// Opens quick-entry windows, and is the service that makes a task of a text from another program. Main thread.

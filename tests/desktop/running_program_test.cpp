@@ -89,3 +89,16 @@ TEST_F(RunningInstance, opensTheQuickEntryByItsHotKeyWhateverIsInFront)
     screen.press(QStringLiteral("Return"));
     EXPECT_EQ(storedTasks(), QStringList{QStringLiteral("Apples")});
 }
+
+TEST_F(RunningInstance, keepsWhatWasBeingTypedWhenItEnds)
+{
+    QProcess &program = start({QStringLiteral("--add"), QStringLiteral("Only offered")});
+    ASSERT_TRUE(comesUp("Quick Entry"));
+    screen.press(QStringLiteral("ctrl+super+t"));
+    ASSERT_TRUE(comesUp("Quick Entry", 2));
+    screen.xdotool(QStringLiteral("type Plums"));
+    QTest::qWait(200);
+    program.terminate();
+    ASSERT_TRUE(program.waitForFinished(patience));
+    EXPECT_EQ(storedTasks(), QStringList{QStringLiteral("Plums")});
+}
