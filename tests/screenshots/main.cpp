@@ -9,13 +9,16 @@
 #include "views/main_window.h"
 #include "views/preferences_window.h"
 #include "views/quick_task_controller.h"
+#include "views/shortcut_recorder.h"
 #include "views/theme.h"
 #include "views/tray_icon.h"
+#include "views/window_user_interaction.h"
 
 #include <QDialog>
 #include <QDir>
 #include <QLineEdit>
 #include <QPainter>
+#include <QTimer>
 #include <QTreeView>
 #include <cstdio>
 
@@ -163,6 +166,17 @@ public:
             preferences->findChild<QButtonGroup *>()->button(pane)->click();
             save(*preferences, QStringLiteral("preferences-%1").arg(pane));
         }
+        preferences->findChild<views::ShortcutRecorder *>()->click();
+        save(*preferences, QStringLiteral("preferences-recording"));
+        QTimer::singleShot(300, &window, [this] {
+            QWidget *alert = QApplication::activeModalWidget();
+            save(*alert, QStringLiteral("reminder"));
+            alert->close();
+        });
+        platform::DesktopNotifications nowhere(QDBusConnection(QString()), {}, {});
+        views::WindowUserInteraction user(nowhere);
+        user.setWindow(&window);
+        user.remind(QStringLiteral("Upcoming event(s): \nCall the movers about the piano \nReturn the library books "));
     }
 
     void trayIcons()
