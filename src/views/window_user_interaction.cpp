@@ -4,6 +4,8 @@
 #include "app/text.h"
 #include "foundation/log.h"
 #include "platform/window_activation.h"
+#include "views/icons.h"
+#include "views/theme.h"
 
 #include <QMessageBox>
 #include <QPushButton>
@@ -58,6 +60,7 @@ app::ReminderAnswer WindowUserInteraction::remind(const QString &message)
 {
     QMessageBox box(m_window);
     box.setWindowModality(Qt::WindowModal); // a task can still be taken down meanwhile
+    box.setIconPixmap(iconPixmap(QStringLiteral("bell"), Theme::current().accent, 36, box.devicePixelRatioF()));
     box.setText(message);
     auto answer = app::ReminderAnswer::Seen;
     const auto chosen = [this, &box, &answer](const QString &action) {
