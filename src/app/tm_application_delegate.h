@@ -102,6 +102,7 @@ private:
     void announce(const objectstore::ObjectsChange &change);
     void saveSoon();
     void endSync();
+    void renewSmartFolders();
 
     TMApplication &m_application;
     std::unique_ptr<model::TaskStore> m_store;
