@@ -12,7 +12,7 @@ namespace {
 
 using enum Command;
 
-constexpr std::array<CommandDescription, 40> commands{{
+constexpr std::array<CommandDescription, 41> commands{{
     {NewTask, CommandMenu::File, QT_TRANSLATE_NOOP("Commands", "New Task"), "add", "Ctrl+N"},
     {CloneTask, CommandMenu::File, QT_TRANSLATE_NOOP("Commands", "Clone Task"), "", "Ctrl+D"},
     {NewFolder, CommandMenu::File, QT_TRANSLATE_NOOP("Commands", "New Folder"), "folder", "Ctrl+Shift+N", false, true},
@@ -35,6 +35,7 @@ constexpr std::array<CommandDescription, 40> commands{{
     {Find, CommandMenu::Edit, QT_TRANSLATE_NOOP("Commands", "Find"), "search", "Ctrl+F", false, true},
 
     {Rename, CommandMenu::Lists, QT_TRANSLATE_NOOP("Commands", "Rename"), "edit", ""},
+    {EditSmartFolder, CommandMenu::Lists, QT_TRANSLATE_NOOP("Commands", "Edit Smart Folder…"), "smartfolder", ""},
     {Archive, CommandMenu::Lists, QT_TRANSLATE_NOOP("Commands", "Archive"), "archive", ""},
     {Unarchive, CommandMenu::Lists, QT_TRANSLATE_NOOP("Commands", "Unarchive"), "archive", ""},
     {DeleteList, CommandMenu::Lists, QT_TRANSLATE_NOOP("Commands", "Delete"), "trash", ""},

@@ -30,6 +30,7 @@ enum class Command {
     ClearDueDate,
     Find,
     Rename,
+    EditSmartFolder,
     DeleteList,
     Archive,
     Unarchive,

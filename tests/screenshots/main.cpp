@@ -8,6 +8,7 @@
 #include "support/test_clock.h"
 #include "views/main_window.h"
 #include "views/preferences_window.h"
+#include "views/smart_folder_edit_controller.h"
 #include "views/theme.h"
 
 #include <QDialog>
@@ -156,6 +157,38 @@ public:
         }
     }
 
+    void smartFolderEditor()
+    {
+        using objectstore::Predicate;
+        const std::pair<const char *, const char *> folders[] = {
+            {"New Smart Folder", "title CONTAINS 'task'"},
+            {"Waiting for others",
+                "complete == NO AND states.state == 'Waiting' AND folders.title != 'House move'"
+                " AND dueDate <= RELATIVE(1209600.0, 1209600.0, 1, NO) AND priorities.priority >= 1"
+                " AND tags.title == 'insurance' AND length >= 30"},
+            {"What the winter needs",
+                "complete == NO AND (dueDate <= RELATIVE(604800.0, 604800.0, 1, NO) OR star == YES OR NOT "
+                "(folders.title"
+                " == 'Garden' OR contexts.title == 'Errands' OR (notes CONTAINS[c] 'snow' AND reminder != 0)))"
+                " AND title MATCHES '(?i).*(winter|frost).*' AND startDate == nil"},
+            {"A smart folder whose name is so long that it will not fit, however wide the window is made by its owner",
+                "title CONTAINS[c] 'Renew the passport before the trip; two photographs, the old passport and proof of"
+                " address are needed' AND folders.title == 'A folder that was renamed after the smart folder was made,"
+                " and whose title was long' AND (title MATCHES '.*(photographs|proof of address|the office closes at"
+                " noon on Wednesdays).*' OR modifiedDate >= RELATIVE(-2592000.0, -2592000.0, 0, YES))"},
+        };
+        int number = 0;
+        for (const auto &[title, predicate] : folders) {
+            auto &folder = model::insert<model::SmartFolder>(m_delegate->managedObjectContext());
+            folder.setTitle(title);
+            folder.setPredicate(Predicate::format(predicate));
+            views::SmartFolderEditController editor(*m_delegate, folder);
+            editor.setAttribute(Qt::WA_DeleteOnClose, false);
+            editor.show();
+            save(editor, QStringLiteral("smart-folder-%1").arg(++number));
+        }
+    }
+
 private:
     void save(QWidget &widget, const QString &name)
     {
@@ -186,6 +219,8 @@ int main(int argc, char **argv)
     }
     QDir().mkpath(arguments[1]);
     views::Theme::of(QGuiApplication::palette(), arguments[2]).apply();
-    Gallery(application, arguments[1], arguments[3]).everyday();
+    Gallery gallery(application, arguments[1], arguments[3]);
+    gallery.everyday();
+    gallery.smartFolderEditor();
     return 0;
 }
