@@ -8,7 +8,8 @@
 #include "viewcontrollers/task_cells.h"
 
 #include <algorithm>
-#include <rapidcheck/gtest.h>
+#include <gtest/gtest.h>
+#include <rapidcheck.h>
 
 using foundation::Instant;
 using objectstore::Predicate;
@@ -32,27 +33,33 @@ template <class T> T oneOf(const std::vector<T> &choices)
 const std::vector<std::string> words{"", "a", "A", "Milk", "milk", "buy MILK", "it's \"a\"", "Zo\xc3\xab", "%K"};
 const std::vector<std::int64_t> numbers{0, 15, 30, 60, 1440, -1, 3};
 const std::vector<std::string> dates{"2026-03-31 10:00", "2026-03-31", "2026-03-30 23:59", "2026-04-01", "2026-02-28",
-    "2026-04-30 10:00", "2026-04-07 10:00", "2026-03-24 09:59", "2025-12-31"};
+    "2026-04-30 10:00", "2026-04-07 10:00", "2026-03-24 10:00", "2026-03-24 09:59", "2026-02-28 10:00", "2025-12-31"};
 
-Operand drawOperand(OperandKind kind)
+std::vector<Operand> operandsOf(OperandKind kind)
 {
+    std::vector<Operand> operands;
     switch (kind) {
     case OperandKind::None:
-        return {};
+        return {Operand()};
     case OperandKind::Text:
     case OperandKind::Title:
-        return oneOf(words);
+        return {words.begin(), words.end()};
     case OperandKind::Number:
     case OperandKind::Minutes:
-        return oneOf(numbers);
+        return {numbers.begin(), numbers.end()};
     case OperandKind::Flag:
-        return draw(2) == 0;
+        return {true, false};
     case OperandKind::Day:
-        return at(oneOf(dates));
+        std::transform(
+            dates.begin(), dates.end(), std::back_inserter(operands), [](const auto &date) { return at(date); });
+        return operands;
     case OperandKind::Span:
-        return DateSpan{draw(3), draw(3)};
+        for (const std::int64_t number : {0, 1, 2}) {
+            for (const int unit : {0, 1, 2})
+                operands.emplace_back(DateSpan{number, unit});
+        }
     }
-    return {};
+    return operands;
 }
 
 CriterionRow drawRow()
@@ -62,7 +69,7 @@ CriterionRow drawRow()
         .test = static_cast<std::size_t>(draw(static_cast<int>(criterion.tests.size()))),
         .operand = {},
         .options = {}};
-    row.operand = drawOperand(row.description().operand);
+    row.operand = oneOf(operandsOf(row.description().operand));
     if (row.description().operand == OperandKind::Text)
         row.options.foldCase = draw(2) == 0;
     return row;
@@ -282,43 +289,61 @@ bool isWhollyInRows(const CriteriaGroup &group)
 
 } // namespace
 
-/// One store for all draws: to make it costs more than to ask it.
-class DrawnCriteria : public testing::Test
+TEST(SmartCriteria, eachRowFindsWhatItSays)
 {
-protected:
-    static void SetUpTestSuite()
-    {
-        application = std::make_unique<support::TestApplication>();
-        addTasks(*application);
+    support::TestApplication application;
+    addTasks(application);
+    const auto everyTask = application.moc().fetch(model::everyTask());
+    const auto check = [&](const CriterionRow &row) {
+        const Predicate predicate = predicateOf({.items = {{row}}}, now);
+        const auto found = application.moc().fetch({.entity = "Tasks", .predicate = predicate, .sortDescriptors = {}});
+        std::vector<objectstore::ManagedObject *> expected;
+        std::copy_if(everyTask->begin(), everyTask->end(), std::back_inserter(expected),
+            [&](const auto *task) { return answers(*model::as<model::Tasks>(task), row); });
+        EXPECT_TRUE(found == expected) << predicate.text();
+        EXPECT_EQ(predicateOf(readBack(predicate), now), predicate);
+    };
+    for (const CriterionDescription &criterion : criteria()) {
+        for (std::size_t test = 0; test < criterion.tests.size(); ++test) {
+            for (const Operand &operand : operandsOf(criterion.tests[test].operand)) {
+                check({.criterion = criterion.criterion, .test = test, .operand = operand, .options = {}});
+                if (criterion.tests[test].operand == OperandKind::Text)
+                    check({.criterion = criterion.criterion,
+                        .test = test,
+                        .operand = operand,
+                        .options = {.foldCase = true}});
+            }
+        }
     }
-    static void TearDownTestSuite() { application.reset(); }
+}
 
-    static inline std::unique_ptr<support::TestApplication> application;
-};
-
-RC_GTEST_FIXTURE_PROP(DrawnCriteria, comeBackFromTheStoreAndFindWhatTheySay, ())
+TEST(SmartCriteria, comeBackFromTheStoreAndFindWhatTheySay)
 {
-    const CriteriaGroup rows = drawGroup(2);
-    auto &folder = model::insert<model::SmartFolder>(application->moc());
-    folder.setPredicate(predicateOf(rows, now));
-    application->delegate().saveAction();
+    support::TestApplication application; // one for all draws: to fill a store costs more than to ask it
+    addTasks(application);
+    EXPECT_TRUE(rc::check([&] {
+        const CriteriaGroup rows = drawGroup(2);
+        auto &folder = model::insert<model::SmartFolder>(application.moc());
+        folder.setPredicate(predicateOf(rows, now));
+        application.delegate().saveAction();
 
-    const auto stored = folder.predicate();
-    RC_ASSERT(stored);
-    const CriteriaGroup shown = criteriaOf(*stored);
-    RC_ASSERT(isWhollyInRows(shown));
-    RC_ASSERT(predicateOf(shown, now) == *stored);
+        const auto stored = folder.predicate();
+        RC_ASSERT(stored);
+        const CriteriaGroup shown = criteriaOf(*stored);
+        RC_ASSERT(isWhollyInRows(shown));
+        RC_ASSERT(predicateOf(shown, now) == *stored);
 
-    std::vector<objectstore::ManagedObject *> expected;
-    const auto everyTask = application->moc().fetch(model::everyTask());
-    for (objectstore::ManagedObject *task : *everyTask) {
-        RC_ASSERT(answers(*model::as<model::Tasks>(task), rows) == answers(*model::as<model::Tasks>(task), shown));
-        if (answers(*model::as<model::Tasks>(task), rows))
-            expected.push_back(task);
-    }
-    RC_LOG() << stored->text();
-    RC_ASSERT(folder.tasks(application->user) == expected);
-    application->moc().remove(folder);
+        std::vector<objectstore::ManagedObject *> expected;
+        const auto everyTask = application.moc().fetch(model::everyTask());
+        for (objectstore::ManagedObject *task : *everyTask) {
+            RC_ASSERT(answers(*model::as<model::Tasks>(task), rows) == answers(*model::as<model::Tasks>(task), shown));
+            if (answers(*model::as<model::Tasks>(task), rows))
+                expected.push_back(task);
+        }
+        RC_LOG() << stored->text();
+        RC_ASSERT(folder.tasks(application.user) == expected);
+        application.moc().remove(folder);
+    }));
 }
 
 TEST(SmartCriteria, keepWhatNoRowCanSayAndSaveItUnchanged)
