@@ -18,6 +18,9 @@ using objectstore::Value;
 namespace {
 
 constexpr double lastMoment = 0.001; // of a day: instants have milliseconds
+constexpr std::size_t largestRow = 8; // nodes of the longest question that a row can say
+constexpr int deepestGroup = 10;
+constexpr std::size_t mostRows = 200; // more would be no help to anybody
 
 Operand defaultOperand(OperandKind kind, Instant now)
 {
@@ -188,6 +191,8 @@ std::optional<CriterionRow> readAs(const CriterionDescription &criterion, std::s
 std::optional<CriterionRow> rowOf(const Predicate &predicate)
 {
     const Instant moment{objectstore::referenceDate};
+    if (objectstore::sizeOf(predicate.root()).nodes > largestRow)
+        return std::nullopt;
     for (const CriterionDescription &criterion : criteria()) {
         for (std::size_t place = 0; place < criterion.tests.size(); ++place) {
             auto row = readAs(criterion, place, predicate);
@@ -213,30 +218,32 @@ Predicate withFlags(const Predicate &predicate)
     return Predicate(std::move(result));
 }
 
-CriteriaItem itemOf(const Predicate &predicate);
+CriteriaItem itemOf(const Predicate &predicate, int depth);
 
-CriteriaGroup groupOf(CriteriaGroup::Kind kind, const std::vector<PredicateNode::Pointer> &children)
+CriteriaGroup groupOf(CriteriaGroup::Kind kind, const std::vector<PredicateNode::Pointer> &children, int depth)
 {
     CriteriaGroup group{.kind = kind, .items = {}};
     for (const PredicateNode::Pointer &child : children)
-        group.items.push_back(itemOf(Predicate(child)));
+        group.items.push_back(itemOf(Predicate(child), depth + 1));
     return group;
 }
 
-CriteriaItem itemOf(const Predicate &predicate)
+CriteriaItem itemOf(const Predicate &predicate, int depth)
 {
     if (auto row = rowOf(withFlags(predicate)))
         return {std::move(*row)};
+    if (depth > deepestGroup)
+        return {predicate};
     const PredicateNode &node = predicate.root();
     switch (node.kind) {
     case PredicateNode::Kind::And:
-        return {groupOf(CriteriaGroup::Kind::All, node.children)};
+        return {groupOf(CriteriaGroup::Kind::All, node.children, depth)};
     case PredicateNode::Kind::Or:
-        return {groupOf(CriteriaGroup::Kind::Any, node.children)};
+        return {groupOf(CriteriaGroup::Kind::Any, node.children, depth)};
     case PredicateNode::Kind::Not: {
         const PredicateNode &denied = *node.children.front();
         const bool isList = denied.kind == PredicateNode::Kind::Or && !rowOf(Predicate(node.children.front()));
-        return {groupOf(CriteriaGroup::Kind::None, isList ? denied.children : node.children)};
+        return {groupOf(CriteriaGroup::Kind::None, isList ? denied.children : node.children, depth)};
     }
     default:
         return {predicate};
@@ -279,9 +286,12 @@ Predicate predicateOf(const CriteriaGroup &group, Instant now)
 
 CriteriaGroup criteriaOf(const Predicate &predicate)
 {
-    CriteriaItem item = itemOf(predicate);
-    if (auto *group = std::get_if<CriteriaGroup>(&item.content))
+    CriteriaItem item = itemOf(predicate, 0);
+    auto *group = std::get_if<CriteriaGroup>(&item.content);
+    if (group && rowCount(*group) <= mostRows)
         return std::move(*group);
+    if (group)
+        item.content = predicate;
     return {.kind = CriteriaGroup::Kind::All, .items = {std::move(item)}};
 }
 

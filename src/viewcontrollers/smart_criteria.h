@@ -55,8 +55,8 @@ struct CriteriaItem {
 /// The predicate that the rows say; its relative dates count from `now`. A condition that was kept is left alone.
 [[nodiscard]] objectstore::Predicate predicateOf(const CriteriaGroup &group, foundation::Instant now);
 
-/// The rows that say `predicate`: the way back of `predicateOf`, for whatever predicate. What no rows can say becomes a
-/// condition that is kept.
+/// The rows that say `predicate`: the way back of `predicateOf`, for whatever predicate. What no rows can say, and what
+/// would take more rows or deeper groups than a person can read, becomes a condition that is kept.
 [[nodiscard]] CriteriaGroup criteriaOf(const objectstore::Predicate &predicate);
 
 /// How many rows stand below one another when the group is shown, its own heading included.

@@ -6,7 +6,8 @@
 #include "views/theme.h"
 
 #include <QLineEdit>
-#include <QPainter>
+#include <QStyleOption>
+#include <QStylePainter>
 #include <QWheelEvent>
 #include <algorithm>
 
@@ -36,11 +37,16 @@ void StillComboBox::wheelEvent(QWheelEvent *event)
     event->ignore();
 }
 
-void StillComboBox::paintEvent(QPaintEvent *event)
+void StillComboBox::paintEvent(QPaintEvent *)
 {
     constexpr int arrowSize = 14;
-    QComboBox::paintEvent(event);
-    QPainter painter(this);
+    constexpr int aroundText = 38;
+    QStylePainter painter(this);
+    QStyleOptionComboBox option;
+    initStyleOption(&option);
+    option.currentText = fontMetrics().elidedText(option.currentText, Qt::ElideRight, width() - aroundText);
+    painter.drawComplexControl(QStyle::CC_ComboBox, option);
+    painter.drawControl(QStyle::CE_ComboBoxLabel, option);
     painter.drawPixmap(width() - arrowSize - 8, (height() - arrowSize) / 2,
         iconPixmap(QStringLiteral("chevron-down"), Theme::current().muted, arrowSize, devicePixelRatioF()));
 }

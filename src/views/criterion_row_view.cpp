@@ -232,6 +232,8 @@ QWidget *CriterionRowView::makeChoices()
     list->setCurrentIndex(static_cast<int>(given - choices.begin()));
     list->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon); // a long title must not widen the row
     list->setMinimumContentsLength(12);
+    list->setToolTip(list->currentText());
+    connect(list, &QComboBox::currentTextChanged, list, &QWidget::setToolTip);
     connect(list, &QComboBox::activated, this,
         [this, choices](int place) { setOperand(choices[static_cast<std::size_t>(place)].value); });
     return list;

@@ -362,6 +362,22 @@ TEST(SmartCriteria, keepWhatNoRowCanSayAndSaveItUnchanged)
     EXPECT_FALSE(isWhollyInRows(readBack(Predicate::format("star == 2"))));
 }
 
+TEST(SmartCriteria, keepWhatNobodyCouldReadAsRowsUnchanged)
+{
+    Predicate deep = Predicate::format("star == YES");
+    for (int depth = 0; depth < 40; ++depth)
+        deep = depth % 2 == 0 ? Predicate::conjunction({deep, Predicate::format("complete == NO")})
+                              : Predicate::disjunction({Predicate::negation(deep), Predicate::format("length > 3")});
+    const auto many = [](std::size_t count) {
+        return Predicate::disjunction(std::vector(count, Predicate::format("title CONTAINS 'a'")));
+    };
+    for (const Predicate &predicate : {deep, many(1300)}) {
+        EXPECT_EQ(predicateOf(readBack(predicate), now), predicate);
+        EXPECT_LT(rowCount(readBack(predicate)), 60U);
+    }
+    EXPECT_EQ(rowCount(readBack(many(150))), 151U);
+}
+
 TEST(SmartCriteria, showTheNumbersOneAndZeroAsYesAndNo)
 {
     const CriteriaGroup group = readBack(Predicate::format("complete == 1 AND star == 0"));
