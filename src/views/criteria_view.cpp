@@ -163,6 +163,7 @@ void CriteriaGroupView::insert(std::size_t place, const CriteriaItem &item)
             [this, view](bool isGroup) { addAt(placeOf(view) + 1, isGroup); });
     m_rows->insertWidget(static_cast<int>(place), view);
     m_views.insert(m_views.begin() + static_cast<std::ptrdiff_t>(place), view);
+    view->show(); // now, so that it can take the focus
 }
 
 void CriteriaGroupView::addAt(std::size_t place, bool isGroup)

@@ -168,6 +168,7 @@ void CriterionRowView::showOperand()
     m_operand->deleteLater();
     m_operand = made;
     m_line->setStretchFactor(made, 1);
+    made->show();
 }
 
 QWidget *CriterionRowView::makeOperand()

@@ -6,6 +6,7 @@
 #include "model/task_queries.h"
 #include "viewcontrollers/undo_group.h"
 #include "views/criteria_view.h"
+#include "views/date_field.h"
 #include "views/icons.h"
 
 #include <QHBoxLayout>
@@ -222,8 +223,23 @@ void SmartFolderEditController::updateCount()
     m_count->setText(text);
 }
 
+/// A date that is being corrected must not be saved as the one that stood there before.
+bool SmartFolderEditController::isWaitingForDate()
+{
+    for (DateField *field : m_predicateEditor->findChildren<DateField *>()) {
+        field->commit();
+        if (field->property("isWrong").toBool()) {
+            field->setFocus();
+            return true;
+        }
+    }
+    return false;
+}
+
 void SmartFolderEditController::persistPredicate()
 {
+    if (isWaitingForDate())
+        return;
     const Predicate wanted = predicate();
     if (!objectstore::fromArchive(objectstore::archive(wanted))) {
         m_delegate.user().displayAlert(tr("These are more conditions than can be saved."), tr("Remove some of them."));

@@ -37,7 +37,8 @@ public:
     void editTitle();
     /// Shows other conditions in place of those that are there.
     void setCriteria(const viewcontrollers::CriteriaGroup &group);
-    /// Writes name and conditions into the record and closes the window; says so and stays where they are too many.
+    /// Writes name and conditions into the record and closes the window; stays where a date is not understood, or
+    /// says so where there are too many conditions.
     void persistPredicate();
 
 Q_SIGNALS:
@@ -51,6 +52,7 @@ private:
     void predicateEditorChanged();
     void fitWindow(std::size_t rows);
     void orderFocus();
+    [[nodiscard]] bool isWaitingForDate();
     void updateCount();
 
     app::TMApplicationDelegate &m_delegate;

@@ -43,7 +43,13 @@ protected:
     {
         return rowsFirst(editor->findChildren<Widget *>(QString::fromLatin1(name)));
     }
-    template <class Widget> Widget &nth(const char *name, int place) { return *all<Widget>(name).at(place); }
+    template <class Widget> Widget &nth(const char *name, int place)
+    {
+        const auto found = all<Widget>(name);
+        if (place >= found.size())
+            throw std::out_of_range(name);
+        return *found.at(place);
+    }
     /// What is seen, from top to bottom: a row that was removed may not be deleted yet.
     template <class Widget> QList<Widget *> rowsFirst(QList<Widget *> found)
     {
@@ -168,6 +174,23 @@ TEST_F(Editor, countsTheTasksThatTheListWouldShowWhileOneTypes)
     EXPECT_TRUE(countBecomes("2 tasks"));
     application.add(aTask().titled("Cheese"));
     EXPECT_TRUE(countBecomes("3 tasks"));
+}
+
+TEST_F(Editor, takesADateAsItIsTypedAndWaitsForOneThatIsNone)
+{
+    open();
+    choose(nth<QComboBox>("criterion", 0), "Start date");
+    choose(nth<QComboBox>("test", 0), "is before");
+    auto &field = nth<QLineEdit>("operand", 0);
+    field.selectAll();
+    QTest::keyClicks(&field, QStringLiteral("someday"));
+    save();
+    EXPECT_TRUE(editor && editor->isVisible());
+    EXPECT_EQ(folder->predicate(), Predicate::format("title CONTAINS 'task'"));
+    field.selectAll();
+    QTest::keyClicks(&field, QStringLiteral("2026-12-01"));
+    save();
+    EXPECT_EQ(folder->predicate(), Predicate::format("startDate < %@", {objectstore::Value(at("2026-12-01"))}));
 }
 
 TEST_F(Editor, keepsAConditionThatHasNoRow)
