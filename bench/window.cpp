@@ -6,6 +6,7 @@
 #include "app/tm_application_delegate.h"
 #include "model/settings_defaults.h"
 #include "views/main_window.h"
+#include "views/smart_folder_edit_controller.h"
 #include "views/source_list_view.h"
 #include "views/tasks_table_view.h"
 #include "views/theme.h"
@@ -72,6 +73,21 @@ void measure(app::TMApplication &application, const std::filesystem::path &folde
         outline->selectRow(sources->index(3, 0, folders));
         open->paint();
     });
+    auto &smartFolder = model::insert<model::SmartFolder>(open->delegate().managedObjectContext());
+    std::unique_ptr<views::SmartFolderEditController> editor;
+    figure("open the editor of a smart folder and count", "100", [&] {
+        editor = std::make_unique<views::SmartFolderEditController>(open->delegate(), smartFolder);
+        editor->setAttribute(Qt::WA_DeleteOnClose, false);
+        editor->show();
+        editor->grab();
+    });
+    const auto rows = viewcontrollers::criteriaOf(objectstore::Predicate::format(
+        "(title CONTAINS[c] 'a' OR notes CONTAINS[c] 'b' OR tags.title == 'c') AND priorities.priority >= 1"));
+    figure("count what two texts, a tag and a priority find", "300", [&] {
+        (void)open->delegate().managedObjectContext().count(
+            model::smartFolderTasks(viewcontrollers::predicateOf(rows, open->delegate().clock().now()), std::nullopt));
+    });
+    editor.reset();
     figure("choose Today", "300", [&] {
         window.action(views::Command::GoToToday)->trigger();
         open->paint();

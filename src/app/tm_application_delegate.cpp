@@ -5,6 +5,7 @@
 #include "foundation/log.h"
 #include "hotkeys/qvl_key_code_translator.h"
 #include "model/settings_defaults.h"
+#include "model/smart_folder.h"
 
 #include <QAbstractEventDispatcher>
 #include <chrono>
@@ -304,8 +305,17 @@ void TMApplicationDelegate::checkSecondActions()
 
 void TMApplicationDelegate::newDay()
 {
+    renewSmartFolders();
     Q_EMIT newDayDidBegin();
     updateDockBadge();
+}
+
+void TMApplicationDelegate::renewSmartFolders()
+{
+    if (!m_store->store().notice().empty())
+        return; // a store that cannot be written would complain of a change that nobody made
+    if (const auto renewed = model::renewSmartFolders(managedObjectContext(), m_clock.now()); !renewed)
+        foundation::logLine("Smart folders were not brought to the new day: " + renewed.error().message);
 }
 
 QString TMApplicationDelegate::dockBadge()

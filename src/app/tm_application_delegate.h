@@ -133,6 +133,7 @@ private:
     void registerHotKey();
     void hotKeyPressed(hotkeys::QVLHotKey &hotKey);
     void setHotKeyProblem(const QString &problem);
+    void renewSmartFolders();
 
     TMApplication &m_application;
     std::unique_ptr<model::TaskStore> m_store;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "model/entities.h"
+#include "model/smart_folder.h"
 
 #include <algorithm>
 #include <iterator>
@@ -213,7 +214,7 @@ std::vector<EntitySchema> entitiesInUse()
             .name = "SmartFolder",
             .properties = {text("title"), data("predicateData"), integer("priority", std::int64_t{2})},
             .indexes = {},
-            .make = {},
+            .make = make<SmartFolder>,
         },
         {
             .name = "Group",

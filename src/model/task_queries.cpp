@@ -93,6 +93,15 @@ FetchRequest allTasks(ListFilter filter)
     return tasksMatching(allForms.at(filter));
 }
 
+FetchRequest smartFolderTasks(const Predicate &predicate, std::optional<bool> complete)
+{
+    std::vector<Predicate> parts{Predicate::format("deleteOnSync==0")};
+    if (complete)
+        parts.push_back(Predicate::format("complete==%i", {Value(std::int64_t{*complete})}));
+    parts.push_back(predicate);
+    return {.entity = "Tasks", .predicate = Predicate::conjunction(std::move(parts)), .sortDescriptors = {}};
+}
+
 FetchRequest everyTask()
 {
     return {.entity = "Tasks", .predicate = {}, .sortDescriptors = {}};

@@ -22,6 +22,10 @@ struct ListFilter {
 [[nodiscard]] objectstore::FetchRequest locationTasks();
 /// Every task that is not in the Trash.
 [[nodiscard]] objectstore::FetchRequest allTasks(ListFilter filter);
+/// What a smart folder lists: what its predicate selects, unless deleted, and only completed or only open tasks where
+/// `complete` says so.
+[[nodiscard]] objectstore::FetchRequest smartFolderTasks(
+    const objectstore::Predicate &predicate, std::optional<bool> complete);
 /// Every task of the store, deleted ones included.
 [[nodiscard]] objectstore::FetchRequest everyTask();
 

@@ -35,6 +35,7 @@ struct ObjectContext::State {
     using Objects = std::unordered_map<std::int64_t, std::unique_ptr<ManagedObject>>;
     using ObjectSet = std::unordered_set<ManagedObject *>;
 
+    std::list<std::function<void(const ObjectsChange &)>> handlers; ///< outlives the objects, which may subscribe
     std::unique_ptr<Connection> connection;
     foundation::Error connectError; ///< why there is no connection
     std::vector<Objects> objects; ///< by entity index, then key
@@ -46,7 +47,6 @@ struct ObjectContext::State {
     ObjectSet pendingDeleted;
     std::unordered_set<const ManagedObject *> withMembers; ///< those that hold read to-many relationships
     std::map<std::string, JoinChanges> joins; ///< by table
-    std::list<std::function<void(const ObjectsChange &)>> handlers;
     std::int64_t lastKey = 0;
     std::int64_t seenDataVersion = 0;
     std::int64_t seenSave = 0; ///< the last save up to which everything is known here

@@ -13,8 +13,6 @@ namespace objectstore {
 
 namespace {
 
-constexpr double referenceDate = 978307200; // 2001-01-01 00:00:00 UTC
-
 /// What the program joins may outgrow what can be read, since each part may be as large as that; but not for ever.
 Predicate bounded(PredicateNode node)
 {

@@ -14,6 +14,7 @@ namespace objectstore {
 constexpr std::size_t maximumPredicateDepth = 64;
 constexpr std::size_t maximumPredicateNodes = 4096;
 constexpr std::size_t maximumPathSteps = 16;
+constexpr double referenceDate = 978307200; ///< 2001-01-01 00:00:00 UTC, from which relative dates count
 
 /// An instant that was given relative to the moment it was made: it compares as the instant it then meant, and keeps
 /// the offset and the unit to show again.

@@ -24,12 +24,11 @@ ManagedObject &MainMenuController::newContext()
     return insert("Contexts", tr("New Context"));
 }
 
-ManagedObject &MainMenuController::newSmartFolder()
+model::SmartFolder &MainMenuController::newSmartFolder()
 {
     const UndoGroup group(moc(), tr("New Smart Folder"));
-    ManagedObject &record = moc().insert("SmartFolder");
-    record.setValue("title", app::toUtf8(tr("New Smart Folder")));
-    record.setValue("predicateData", objectstore::archive(objectstore::Predicate::format("title CONTAINS 'task'")));
+    auto &record = model::insert<model::SmartFolder>(moc());
+    record.setTitle(app::toUtf8(tr("New Smart Folder")));
     return record;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/tm_application_delegate.h"
+#include "model/smart_folder.h"
 
 namespace viewcontrollers {
 
@@ -17,7 +18,7 @@ public:
     objectstore::ManagedObject &newFolder();
     objectstore::ManagedObject &newContext();
     /// It finds the tasks with "task" in their title until it is edited.
-    objectstore::ManagedObject &newSmartFolder();
+    model::SmartFolder &newSmartFolder();
 
     /// A folder's tasks go to the Inbox and a context's lose it; both stay, marked, until the service has deleted them
     /// too. A smart folder goes at once.

@@ -11,7 +11,6 @@ using app::toQString;
 using objectstore::FetchRequest;
 using objectstore::ManagedObject;
 using objectstore::Predicate;
-using objectstore::Value;
 namespace keys = model::keys;
 
 namespace {
@@ -164,19 +163,13 @@ void SourceListController::follow(const objectstore::ObjectsChange &change)
         repaintAll();
 }
 
-FetchRequest SourceListController::smartFolderTasks(const ManagedObject &record) const
+FetchRequest SourceListController::smartFolderTasks(const model::SmartFolder &folder) const
 {
-    std::vector<Predicate> parts{Predicate::format("deleteOnSync==0")};
     const foundation::Settings &settings = m_delegate.settings();
+    std::optional<bool> complete;
     if (settings.boolean(keys::SmartFoldersApplyShowCompleted))
-        parts.push_back(
-            Predicate::format("complete==%i", {Value(std::int64_t{settings.boolean(keys::ShowCompletedTasks)})}));
-    const objectstore::ValueView data = record.value("predicateData");
-    if (const auto *bytes = std::get_if<std::span<const std::byte>>(&data)) {
-        if (auto own = objectstore::fromArchive(*bytes)) // one that cannot be read asks for nothing more
-            parts.push_back(std::move(*own));
-    }
-    return {.entity = "Tasks", .predicate = Predicate::conjunction(std::move(parts)), .sortDescriptors = {}};
+        complete = settings.boolean(keys::ShowCompletedTasks);
+    return model::smartFolderTasks(folder.predicate().value_or(Predicate()), complete);
 }
 
 std::optional<FetchRequest> SourceListController::tasks(const QModelIndex &index) const
@@ -200,7 +193,7 @@ std::optional<FetchRequest> SourceListController::tasks(const QModelIndex &index
     case SourceKind::Context:
         return model::contextTasks(*model::as<model::Contexts>(row), filter);
     case SourceKind::SmartFolder:
-        return smartFolderTasks(*row);
+        return smartFolderTasks(*model::as<model::SmartFolder>(row));
     default:
         return std::nullopt;
     }

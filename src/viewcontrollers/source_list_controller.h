@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/tm_application_delegate.h"
+#include "model/smart_folder.h"
 #include "viewcontrollers/record_model.h"
 #include "viewcontrollers/source_item.h"
 
@@ -86,7 +87,7 @@ private:
     void follow(const objectstore::ObjectsChange &change);
     [[nodiscard]] std::optional<objectstore::FetchRequest> badgeTasks(const QModelIndex &index) const;
     [[nodiscard]] QVariant badge(const QModelIndex &index) const;
-    [[nodiscard]] objectstore::FetchRequest smartFolderTasks(const objectstore::ManagedObject &record) const;
+    [[nodiscard]] objectstore::FetchRequest smartFolderTasks(const model::SmartFolder &folder) const;
     [[nodiscard]] QString title(const QModelIndex &index) const;
     bool file(model::Tasks &task, const QModelIndex &target);
 

@@ -36,6 +36,7 @@ constexpr std::array<CommandDescription, 41> commands{{
     {Find, CommandMenu::Edit, QT_TRANSLATE_NOOP("Commands", "Find"), "search", "Ctrl+F", false, true},
 
     {Rename, CommandMenu::Lists, QT_TRANSLATE_NOOP("Commands", "Rename"), "edit", ""},
+    {EditSmartFolder, CommandMenu::Lists, QT_TRANSLATE_NOOP("Commands", "Edit Smart Folder…"), "smartfolder", ""},
     {Archive, CommandMenu::Lists, QT_TRANSLATE_NOOP("Commands", "Archive"), "archive", ""},
     {Unarchive, CommandMenu::Lists, QT_TRANSLATE_NOOP("Commands", "Unarchive"), "archive", ""},
     {DeleteList, CommandMenu::Lists, QT_TRANSLATE_NOOP("Commands", "Delete"), "trash", ""},

@@ -31,6 +31,7 @@ enum class Command {
     ClearDueDate,
     Find,
     Rename,
+    EditSmartFolder,
     DeleteList,
     Archive,
     Unarchive,

@@ -81,9 +81,9 @@ QPixmap iconPixmap(const QString &name, const QColor &color, int size, qreal dev
 {
     const QString key = QStringLiteral("%1/%2/%3/%4").arg(name, color.name()).arg(size).arg(devicePixelRatio);
     QPixmap pixmap;
-    if (QPixmapCache::find(key, &pixmap))
-        return pixmap;
     const int pixels = qRound(size * devicePixelRatio);
+    if (pixels <= 0 || QPixmapCache::find(key, &pixmap)) // a button that has no room yet asks for an icon of no size
+        return pixmap;
     pixmap = QPixmap(pixels, pixels);
     pixmap.fill(Qt::transparent);
     QByteArray source = svgSource(name);

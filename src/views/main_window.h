@@ -19,6 +19,7 @@ namespace views {
 
 class DetailPane;
 class FoldersOutlineView;
+class SmartFolderEditController;
 class TagBrowser;
 class TasksTableView;
 class TipPlaceHolderView;
@@ -84,6 +85,8 @@ private:
     void newTask(bool isClone);
     [[nodiscard]] model::Folders *targetFolder();
     void addRecord(objectstore::ManagedObject &record);
+    void newSmartFolder();
+    SmartFolderEditController *editSmartFolder(model::SmartFolder &smartFolder);
     void toggleTagExplorer(bool isShown);
     void filterTasks(bool byLocation);
     void search(const QString &text);

@@ -8,6 +8,7 @@
 #include "views/management_window.h"
 #include "views/preferences_window.h"
 #include "views/shortcuts_window.h"
+#include "views/smart_folder_edit_controller.h"
 #include "views/source_list_view.h"
 #include "views/tag_browser.h"
 #include "views/task_drop_zone.h"
@@ -58,7 +59,8 @@ void MainWindow::makeMenus()
     m_outline->setMenus({
         .folder = menuOf({Command::Rename, Command::Archive, Command::DeleteList}),
         .context = menuOf({Command::Rename, Command::DeleteList}),
-        .smartFolder = menuOf({Command::Rename, Command::DeleteList}),
+        .smartFolder = menuOf({Command::EditSmartFolder, Command::Rename, Command::DeleteList}),
+        .smartFolders = menuOf({Command::NewSmartFolder}),
         .archivedFolder = menuOf({Command::Rename, Command::Unarchive, Command::DeleteList}),
         .trash = trashMenu,
     });
@@ -82,6 +84,7 @@ void MainWindow::connectParts()
         if (m_shown == Shown::Search)
             showSelectedSource(); // the list that is still selected
     });
+    connect(m_outline, &QAbstractItemView::doubleClicked, action(Command::EditSmartFolder), &QAction::trigger);
     connect(&m_sources, &SourceListController::refreshed, this, &MainWindow::refreshTasks);
     connect(&m_tasks, &TasksArrayController::contentChanged, this, &MainWindow::updateStatusLine);
     connect(&m_tasks, &TasksArrayController::contentChanged, this, &MainWindow::updateTip);
@@ -163,7 +166,11 @@ void MainWindow::connectListCommands()
     const auto record = [this] { return m_sources.record(m_outline->selectedRow()); };
     on(Command::NewFolder, [this] { addRecord(m_listCommands.newFolder()); });
     on(Command::NewContext, [this] { addRecord(m_listCommands.newContext()); });
-    on(Command::NewSmartFolder, [this] { addRecord(m_listCommands.newSmartFolder()); });
+    on(Command::NewSmartFolder, [this] { newSmartFolder(); });
+    on(Command::EditSmartFolder, [this, record] {
+        if (auto *smartFolder = model::as<model::SmartFolder>(record()))
+            editSmartFolder(*smartFolder);
+    });
     on(Command::Rename, [this] {
         // on the next turn, when the menu has gone and given the focus back
         QTimer::singleShot(0, m_outline, [this] { m_outline->editOutlineRow(m_outline->selectedRow()); });
@@ -192,8 +199,11 @@ void MainWindow::connectWindowCommands()
         = {{Command::ManageFolders, Managed::Folders}, {Command::ManageContexts, Managed::Contexts},
             {Command::ManageTags, Managed::Tags}, {Command::ManageSmartFolders, Managed::SmartFolders}};
     for (const auto &[command, kind] : windows)
-        on(command,
-            [this, managed = kind] { (new ManagementWindow(managed, m_delegate, m_listCommands, this))->show(); });
+        on(command, [this, managed = kind] {
+            auto *window = new ManagementWindow(managed, m_delegate, m_listCommands, this);
+            connect(window, &ManagementWindow::editRequested, this, &MainWindow::editSmartFolder);
+            window->show();
+        });
 }
 
 void MainWindow::openPreferencesWindow()
@@ -266,6 +276,7 @@ void MainWindow::updateCommands()
     action(Command::UndeleteTask)->setEnabled(!tasks.empty() && isTrash);
     for (const Command command : {Command::Rename, Command::DeleteList})
         action(command)->setEnabled(record && m_sources.isRenamable(source));
+    action(Command::EditSmartFolder)->setEnabled(kind == SourceKind::SmartFolder);
     action(Command::Archive)->setEnabled(kind == SourceKind::Folder && m_sources.isRenamable(source));
     action(Command::Unarchive)->setEnabled(kind == SourceKind::ArchivedFolder);
     updateUndoCommands();
@@ -321,6 +332,33 @@ void MainWindow::addRecord(ManagedObject &record)
     m_sources.refreshOutlineView();
     action(Command::TagBrowser)->setChecked(false);
     m_outline->editOutlineRow(m_sources.indexOf(record));
+}
+
+/// One that is made and then cancelled goes again.
+void MainWindow::newSmartFolder()
+{
+    model::SmartFolder &made = m_listCommands.newSmartFolder();
+    m_sources.refreshOutlineView();
+    action(Command::TagBrowser)->setChecked(false);
+    m_outline->selectRow(m_sources.indexOf(made));
+    SmartFolderEditController *editor = editSmartFolder(made);
+    editor->editTitle();
+    connect(editor, &QDialog::rejected, this, [this, &made] {
+        if (!made.isDeleted())
+            m_listCommands.deleteRecord(made);
+    });
+}
+
+SmartFolderEditController *MainWindow::editSmartFolder(model::SmartFolder &smartFolder)
+{
+    const auto open = findChildren<SmartFolderEditController *>();
+    const auto same = std::find_if(open.begin(), open.end(),
+        [&](const auto *editor) { return editor->isVisible() && &editor->smartFolder() == &smartFolder; });
+    auto *editor = same == open.end() ? new SmartFolderEditController(m_delegate, smartFolder, this) : *same;
+    editor->show();
+    editor->raise();
+    editor->activateWindow();
+    return editor;
 }
 
 void MainWindow::toggleTagExplorer(bool isShown)

@@ -48,6 +48,15 @@ ManagementWindow::ManagementWindow(
     auto *buttons = new QHBoxLayout;
     buttons->addWidget(add);
     buttons->addWidget(remove);
+    if (m_kind == Managed::SmartFolders) {
+        auto *edit = new QPushButton(tr("Edit…"));
+        edit->setAutoDefault(false);
+        buttons->addWidget(edit);
+        connect(edit, &QPushButton::clicked, this, [this] {
+            if (auto *selected = model::as<model::SmartFolder>(record(m_records->currentItem())))
+                Q_EMIT editRequested(*selected);
+        });
+    }
     buttons->addStretch();
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(20, 20, 20, 16);

@@ -21,6 +21,10 @@ public:
     ManagementWindow(Managed kind, app::TMApplicationDelegate &delegate, viewcontrollers::MainMenuController &commands,
         QWidget *parent = nullptr);
 
+Q_SIGNALS:
+    /// The conditions of a smart folder are to be edited.
+    void editRequested(model::SmartFolder &smartFolder);
+
 private:
     void reload();
     void rename(const QListWidgetItem *item);

@@ -132,6 +132,8 @@ QMenu *FoldersOutlineView::menuFor(const QModelIndex &index) const
         return m_menus.trash;
     case SourceKind::SmartFolder:
         return m_menus.smartFolder;
+    case SourceKind::SmartFoldersGroup:
+        return m_menus.smartFolders;
     case SourceKind::Context:
         return m_menus.context;
     case SourceKind::ArchivedFolder:

@@ -14,6 +14,7 @@ struct SourceListMenus {
     QMenu *folder = nullptr;
     QMenu *context = nullptr;
     QMenu *smartFolder = nullptr;
+    QMenu *smartFolders = nullptr; ///< of the group
     QMenu *archivedFolder = nullptr;
     QMenu *trash = nullptr;
 };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/tm_application_delegate.h"
 
+#include "model/relative_date.h"
+#include "model/smart_folder.h"
 #include "support/test_application.h"
 
 #include <QSignalSpy>
@@ -45,6 +47,21 @@ TEST_F(Delegate, savesByItselfAMomentAfterAChange)
     EXPECT_TRUE(QTest::qWaitFor([&] { return !application.moc().hasChanges(); }, 5000));
     const auto store = application.openStore();
     EXPECT_EQ(store->managedObjectContext().count(model::everyTask()), 1);
+}
+
+TEST_F(Delegate, bringsSmartFoldersToTheNewDay)
+{
+    auto &folder = model::insert<model::SmartFolder>(application.moc());
+    const auto dueTomorrow = objectstore::Predicate::format("dueDate <= RELATIVE(86400.0, 86400.0, 0, NO)");
+    folder.setPredicate(dueTomorrow);
+    application.add(aTask().due("2026-11-26"));
+    const auto found = [&] { return folder.tasks(application.user).size(); };
+    delegate().applicationDidFinishLaunching();
+    EXPECT_EQ(found(), 0U);
+    application.clock.set(at("2026-11-25 00:00"));
+    delegate().checkSecondActions();
+    EXPECT_EQ(found(), 1U);
+    EXPECT_EQ(folder.predicate(), model::withRelativeDatesAt(dueTomorrow, at("2026-11-25 00:00")));
 }
 
 TEST_F(Delegate, noticesWhatAnotherProgramSaves)

@@ -10,6 +10,7 @@
 #include "views/preferences_window.h"
 #include "views/quick_task_controller.h"
 #include "views/shortcut_recorder.h"
+#include "views/smart_folder_edit_controller.h"
 #include "views/theme.h"
 #include "views/tray_icon.h"
 #include "views/window_user_interaction.h"
@@ -196,6 +197,38 @@ public:
         strip.save(QDir(m_folder).filePath(QStringLiteral("tray") + m_suffix + QStringLiteral(".png")));
     }
 
+    void smartFolderEditor()
+    {
+        using objectstore::Predicate;
+        const std::pair<const char *, const char *> folders[] = {
+            {"New Smart Folder", "title CONTAINS 'task'"},
+            {"Waiting for others",
+                "complete == NO AND states.state == 'Waiting' AND folders.title != 'House move'"
+                " AND dueDate <= RELATIVE(1209600.0, 1209600.0, 1, NO) AND priorities.priority >= 1"
+                " AND tags.title == 'insurance' AND length >= 30"},
+            {"What the winter needs",
+                "complete == NO AND (dueDate <= RELATIVE(604800.0, 604800.0, 1, NO) OR star == YES OR NOT "
+                "(folders.title"
+                " == 'Garden' OR contexts.title == 'Errands' OR (notes CONTAINS[c] 'snow' AND reminder != 0)))"
+                " AND title MATCHES '(?i).*(winter|frost).*' AND startDate == nil"},
+            {"A smart folder whose name is so long that it will not fit, however wide the window is made by its owner",
+                "title CONTAINS[c] 'Renew the passport before the trip; two photographs, the old passport and proof of"
+                " address are needed' AND folders.title == 'A folder that was renamed after the smart folder was made,"
+                " and whose title was long' AND (title MATCHES '.*(photographs|proof of address|the office closes at"
+                " noon on Wednesdays).*' OR modifiedDate >= RELATIVE(-2592000.0, -2592000.0, 0, YES))"},
+        };
+        int number = 0;
+        for (const auto &[title, predicate] : folders) {
+            auto &folder = model::insert<model::SmartFolder>(m_delegate->managedObjectContext());
+            folder.setTitle(title);
+            folder.setPredicate(Predicate::format(predicate));
+            views::SmartFolderEditController editor(*m_delegate, folder);
+            editor.setAttribute(Qt::WA_DeleteOnClose, false);
+            editor.show();
+            save(editor, QStringLiteral("smart-folder-%1").arg(++number));
+        }
+    }
+
 private:
     void save(QWidget &widget, const QString &name)
     {
@@ -229,5 +262,6 @@ int main(int argc, char **argv)
     Gallery gallery(application, arguments[1], arguments[3]);
     gallery.everyday();
     gallery.trayIcons();
+    gallery.smartFolderEditor();
     return 0;
 }
