@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/tm_application_delegate.h"
 
+#include "app/store_opening.h"
 #include "app/text.h"
 #include "foundation/log.h"
 #include "model/settings_defaults.h"
@@ -28,6 +29,7 @@ TMApplicationDelegate::TMApplicationDelegate(Environment environment)
     , m_clock(environment.clock)
     , m_user(environment.user)
     , m_makeTransport(std::move(environment.makeTransport))
+    , m_care(m_store->store(), backupFolder(m_store->store().file().parent_path()))
     , m_tracking(managedObjectContext(), m_clock)
     , m_syncHost(managedObjectContext(), m_tracking, m_user, [this] { saveAction(); })
 {
@@ -39,6 +41,8 @@ TMApplicationDelegate::TMApplicationDelegate(Environment environment)
     connect(&m_syncHost, &MainThreadSyncHost::syncDidBegin, this, &TMApplicationDelegate::syncDidBegin);
     connect(&m_syncHost, &MainThreadSyncHost::syncDidEnd, this, &TMApplicationDelegate::endSync);
     connect(&m_syncHost, &MainThreadSyncHost::changesMerged, this, &TMApplicationDelegate::storeDidChangeElsewhere);
+
+    connect(&m_care, &StoreCare::troubleFound, this, [this](const Error &error) { m_user.presentError(error); });
 
     m_saveTimer.setSingleShot(true);
     connect(&m_saveTimer, &QTimer::timeout, this, &TMApplicationDelegate::saveAction);
@@ -63,6 +67,7 @@ void TMApplicationDelegate::applicationDidFinishLaunching()
     initTimers();
     if (m_settings.boolean(keys::SyncOnLaunch) && m_settings.boolean(keys::SyncToToodledo))
         synchronizeTasks();
+    m_care.checkAndBackUp();
     newDay();
 }
 
@@ -222,6 +227,7 @@ void TMApplicationDelegate::checkSecondActions()
 void TMApplicationDelegate::newDay()
 {
     Q_EMIT newDayDidBegin();
+    m_care.backUp();
     updateDockBadge();
 }
 

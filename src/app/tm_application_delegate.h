@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/main_thread_sync_host.h"
+#include "app/store_care.h"
 #include "app/tm_application.h"
 #include "app/user_interaction.h"
 #include "foundation/settings.h"
@@ -110,6 +111,7 @@ private:
     UserInteraction &m_user;
     std::function<std::unique_ptr<toodledo::HttpTransport>()> m_makeTransport;
 
+    StoreCare m_care;
     model::EditTracking m_tracking;
     MainThreadSyncHost m_syncHost;
     std::unique_ptr<syncing::ToodledoSync> m_sync;

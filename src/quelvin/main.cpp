@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/process_setup.h"
+#include "app/store_opening.h"
 #include "app/text.h"
 #include "app/tm_application_delegate.h"
-#include "foundation/file_lock.h"
 #include "model/settings_defaults.h"
 #include "views/icons.h"
 #include "views/main_window.h"
@@ -71,16 +71,14 @@ int main(int argc, char **argv)
     if (settings.loadError())
         user.presentError(*settings.loadError());
 
-    auto store = model::TaskStore::open(arguments.store, clock, user);
+    auto store = app::openStore(arguments.store, clock, user);
     if (!store)
         return fail(user, store.error());
-    const auto lock = foundation::FileLock::tryLock(arguments.store / "window.lock");
-    if (!lock)
-        return fail(
-            user, {"ApplicationErrorDomain", 1, app::toUtf8(tr("Quelvin is already open with these tasks.")), {}});
-
-    app::TMApplicationDelegate delegate(
-        {.application = application, .store = std::move(*store), .settings = settings, .clock = clock, .user = user});
+    app::TMApplicationDelegate delegate({.application = application,
+        .store = std::move(store->tasks),
+        .settings = settings,
+        .clock = clock,
+        .user = user});
     views::MainWindow window(delegate);
     user.setWindow(&window);
     window.showMainApplicationWindow();
