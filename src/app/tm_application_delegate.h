@@ -34,7 +34,8 @@ struct Environment {
 /// synchronisation, and knows in which order the program comes up and goes down.
 ///
 /// Main thread. Changes are announced once per turn of the event loop and saved a moment after they were made; a save
-/// that fails is shown once, keeps every change, and is tried again until it succeeds.
+/// that fails is shown once, keeps every change, and is tried again until it succeeds. A save that another program
+/// holds up waits for a tenth of a second and is tried again between events; the status line tells when that lasts.
 class TMApplicationDelegate final : public QObject
 {
     Q_OBJECT
@@ -99,6 +100,8 @@ Q_SIGNALS:
 
 private:
     [[nodiscard]] foundation::Result<void> save();
+    [[nodiscard]] foundation::Result<void> saveBeforeQuitting();
+    void waitForOtherWriter();
     void logError(const foundation::Error &error) const;
     void announce(const objectstore::ObjectsChange &change);
     void saveSoon();
@@ -126,6 +129,7 @@ private:
     QString m_badge;
     bool m_isSyncing = false;
     bool m_saveFailed = false;
+    int m_savesHeldUp = 0; ///< by another program, in a row
 };
 
 } // namespace app

@@ -37,6 +37,7 @@ struct ObjectContext::State {
 
     std::unique_ptr<Connection> connection;
     foundation::Error connectError; ///< why there is no connection
+    std::optional<std::chrono::milliseconds> longestWait; ///< for other writers; none leaves the connection's own
     std::vector<Objects> objects; ///< by entity index, then key
     std::vector<std::vector<std::int64_t>> faults; ///< keys of objects that were made as faults, loaded in batches
     std::vector<RowPointer> defaults; ///< the row that an inserted object starts from, by entity index
