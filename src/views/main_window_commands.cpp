@@ -75,8 +75,18 @@ void MainWindow::makeMenus()
     }
 }
 
+/// What is being typed into a row of a list goes into its record; the editor stays open.
+void MainWindow::commitOpenEditors()
+{
+    for (QAbstractItemView *view : findChildren<QAbstractItemView *>()) {
+        for (QWidget *editor : view->viewport()->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly))
+            Q_EMIT view->itemDelegate()->commitData(editor);
+    }
+}
+
 void MainWindow::connectParts()
 {
+    connect(&m_delegate, &TMApplicationDelegate::commitEditing, this, &MainWindow::commitOpenEditors);
     connect(m_outline, &FoldersOutlineView::selectionMoved, this, &MainWindow::showSelectedSource);
     connect(m_outline, &QAbstractItemView::clicked, this, [this] {
         if (m_shown == Shown::Search)
