@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/store_care.h"
 
+#include "app/error_text.h"
+#include "app/text.h"
 #include "objectstore/store_care.h"
 
 namespace app {
@@ -15,7 +17,8 @@ Error careFor(const objectstore::Store &store, const std::filesystem::path &back
     if (isChecking) {
         if (auto checked = objectstore::quickCheck(store); !checked) {
             Error error = std::move(checked.error());
-            error.message += " The last copies of it lie in \"" + backups.string() + "\".";
+            error.message = toUtf8(errorText(error) + QLatin1Char(' ')
+                + StoreCare::tr("The last copies of it lie in \"%1\".").arg(toQString(backups.string())));
             return error;
         }
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/store_opening.h"
 
+#include "app/error_text.h"
 #include "app/text.h"
 #include "foundation/log.h"
 
@@ -12,10 +13,9 @@ using objectstore::StoreErrorCode;
 
 namespace {
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("Store", text);
-}
+struct Store {
+    Q_DECLARE_TR_FUNCTIONS(Store)
+};
 
 bool hasBackups(const fs::path &folder)
 {
@@ -29,23 +29,24 @@ QString advice(const Error &error, const fs::path &folder)
     const QString place = toQString(folder.string());
     switch (static_cast<StoreErrorCode>(error.code)) {
     case StoreErrorCode::InUse:
-        return tr("Use that window, or close it first.");
+        return Store::tr("Use that window, or close it first.");
     case StoreErrorCode::NewerSchema:
-        return tr("Open it with the newer version.");
+        return Store::tr("Open it with the newer version.");
     case StoreErrorCode::Damaged:
-        return hasBackups(folder) ? tr("Copies of the last days lie in \"%1\": move the damaged file away and put the "
-                                       "latest copy in its place.")
-                                        .arg(toQString(backupFolder(folder).string()))
-                                  : tr("Move it out of \"%1\" to start with an empty one.").arg(place);
+        return hasBackups(folder)
+            ? Store::tr("Copies of the last days lie in \"%1\": move the damaged file away and put the "
+                        "latest copy in its place.")
+                  .arg(toQString(backupFolder(folder).string()))
+            : Store::tr("Move it out of \"%1\" to start with an empty one.").arg(place);
     default:
-        return tr("Look whether \"%1\" is a folder of yours, and whether its disk has room.").arg(place);
+        return Store::tr("Look whether \"%1\" is a folder of yours, and whether its disk has room.").arg(place);
     }
 }
 
 Error withAdvice(Error error, const fs::path &folder)
 {
     if (error.domain == "ObjectStoreErrorDomain")
-        error.message += " " + toUtf8(advice(error, folder));
+        error.message = toUtf8(errorText(error) + QLatin1Char(' ') + advice(error, folder));
     return error;
 }
 

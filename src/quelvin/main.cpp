@@ -7,6 +7,7 @@
 #include "views/icons.h"
 #include "views/main_window.h"
 #include "views/theme.h"
+#include "views/translations.h"
 #include "views/window_user_interaction.h"
 
 #include <QCommandLineParser>
@@ -18,17 +19,18 @@ struct Arguments {
     std::filesystem::path settings;
 };
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("main", text);
-}
+struct Main {
+    Q_DECLARE_TR_FUNCTIONS(Main)
+};
 
 Arguments parse(const QCoreApplication &application)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(tr("Tasks, the getting-things-done way."));
-    const QCommandLineOption store(QStringLiteral("store"), tr("The folder of the task store."), tr("folder"));
-    const QCommandLineOption settings(QStringLiteral("settings"), tr("The file of the settings."), tr("file"));
+    parser.setApplicationDescription(Main::tr("Tasks, the getting-things-done way."));
+    const QCommandLineOption store(
+        QStringLiteral("store"), Main::tr("The folder of the task store."), Main::tr("folder"));
+    const QCommandLineOption settings(
+        QStringLiteral("settings"), Main::tr("The file of the settings."), Main::tr("file"));
     parser.addOptions({store, settings});
     parser.addHelpOption();
     parser.addVersionOption();
@@ -54,6 +56,7 @@ int main(int argc, char **argv)
     app::setUpProcess();
     app::TMApplication application(argc, argv);
     application.setApplicationVersion(QStringLiteral(QUELVIN_VERSION));
+    const views::Translations translations(QLocale::system());
     const Arguments arguments = parse(application);
 
     foundation::JsonSettingsFile settingsFile(arguments.settings);

@@ -25,10 +25,10 @@ namespace keys = model::keys;
 namespace {
 
 constexpr std::pair<std::string_view, const char *> colorTexts[] = {
-    {keys::BackgroundColor, QT_TRANSLATE_NOOP("PreferencesWindow", "Task list")},
-    {keys::DetailBackgroundColor, QT_TRANSLATE_NOOP("PreferencesWindow", "Details")},
-    {keys::TitleStartColor, QT_TRANSLATE_NOOP("PreferencesWindow", "Title, from")},
-    {keys::TitleEndColor, QT_TRANSLATE_NOOP("PreferencesWindow", "Title, to")},
+    {keys::BackgroundColor, QT_TRANSLATE_NOOP("views::PreferencesWindow", "Task list")},
+    {keys::DetailBackgroundColor, QT_TRANSLATE_NOOP("views::PreferencesWindow", "Details")},
+    {keys::TitleStartColor, QT_TRANSLATE_NOOP("views::PreferencesWindow", "Title, from")},
+    {keys::TitleEndColor, QT_TRANSLATE_NOOP("views::PreferencesWindow", "Title, to")},
 };
 
 constexpr std::string_view tipKeys[]

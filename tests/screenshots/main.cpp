@@ -9,6 +9,7 @@
 #include "views/main_window.h"
 #include "views/preferences_window.h"
 #include "views/theme.h"
+#include "views/translations.h"
 
 #include <QDialog>
 #include <QDir>
@@ -202,6 +203,7 @@ int main(int argc, char **argv)
     }
     const QLocale locale(arguments.value(4, QStringLiteral("en_GB")));
     QLocale::setDefault(locale);
+    const views::Translations translations(locale);
     QGuiApplication::setLayoutDirection(locale.textDirection());
     QDir().mkpath(arguments[1]);
     views::Theme::of(QGuiApplication::palette(), arguments[2]).apply();
