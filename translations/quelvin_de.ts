@@ -221,6 +221,57 @@
     </message>
 </context>
 <context>
+    <name>DefaultRecords</name>
+    <message>
+        <source>Inbox</source>
+        <translation>Eingang</translation>
+    </message>
+    <message>
+        <source>None</source>
+        <translation>Ohne</translation>
+    </message>
+    <message>
+        <source>Next Action</source>
+        <translation>Nächster Schritt</translation>
+    </message>
+    <message>
+        <source>Active</source>
+        <translation>Aktiv</translation>
+    </message>
+    <message>
+        <source>Planning</source>
+        <translation>In Planung</translation>
+    </message>
+    <message>
+        <source>Delegated</source>
+        <translation>Abgegeben</translation>
+    </message>
+    <message>
+        <source>Waiting</source>
+        <translation>Wartet</translation>
+    </message>
+    <message>
+        <source>Hold</source>
+        <translation>Angehalten</translation>
+    </message>
+    <message>
+        <source>Postponed</source>
+        <translation>Verschoben</translation>
+    </message>
+    <message>
+        <source>Someday</source>
+        <translation>Irgendwann</translation>
+    </message>
+    <message>
+        <source>Cancelled</source>
+        <translation>Abgebrochen</translation>
+    </message>
+    <message>
+        <source>Reference</source>
+        <translation>Nachschlagen</translation>
+    </message>
+</context>
+<context>
     <name>Errors</name>
     <message>
         <source>Your changes could not be saved. They are kept in the program.</source>
