@@ -219,14 +219,24 @@ void changing(Store &store, const RawDatabase &raw)
     };
     std::size_t place = 0;
     std::int64_t star = 0;
+    constexpr std::size_t inARow = 20; // a user's saves follow each other; a page read anew is not part of each
     // the raw side writes the other half, so that neither finds its rows changed
     for (const bool clock : {true, false}) {
         const bench::Measure measure = clock ? bench::secondsFor : bench::processorSecondsFor;
         const std::string suffix = clock ? "" : ", processor";
         const auto one = bench::alternate(
-            201, [&] { change(place++, 1); },
-            [&] { rawChange(tasks.size() - 1 - place, 1, static_cast<std::int64_t>(place % 2)); }, measure);
-        bench::printRatio("change one attribute and save" + suffix, one.ours * 1000, one.raw * 1000, "ms", 1.5);
+            51,
+            [&] {
+                for (std::size_t i = 0; i < inARow; ++i)
+                    change(place++, 1);
+            },
+            [&] {
+                for (std::size_t i = 0; i < inARow; ++i)
+                    rawChange(tasks.size() - 1 - i, 1, ++star);
+            },
+            measure);
+        bench::printRatio(
+            "change one attribute and save" + suffix, one.ours * 1000 / inARow, one.raw * 1000 / inARow, "ms", 1.5);
         const auto many = bench::alternate(
             9, [&] { change(0, 10000); }, [&] { rawChange(tasks.size() - 10000, 10000, ++star); }, measure);
         bench::printRatio("change 10,000 objects and save" + suffix, many.ours * 1000, many.raw * 1000, "ms", 1.6);

@@ -2,6 +2,7 @@
 // A first pull and a run with nothing to do, from replies that lie in memory: the engine's own cost.
 #include "generator.h"
 #include "measure.h"
+#include "silent_host.h"
 
 #include "foundation/clock.h"
 #include "model/settings_defaults.h"
@@ -15,28 +16,6 @@
 #include <sys/resource.h>
 
 namespace {
-
-class SilentHost final : public syncing::SyncHost
-{
-public:
-    void updateStatus(std::string_view text) override
-    {
-        if (std::getenv("QUELVIN_BENCH_STATUS"))
-            std::printf("  %8.3f %s\n", bench::secondsSinceStart(), std::string(text).c_str());
-    }
-    void displayAlert(std::string_view, std::string_view message) override
-    {
-        throw std::runtime_error(std::string(message));
-    }
-    bool allowsDeletions(std::string_view) override { return false; }
-    void displayNotification(std::string_view, std::string_view) override { }
-    void post(syncing::SyncNotification) override { }
-    void unregisterForChangeNotifications() override { }
-    void registerForChangeNotifications() override { }
-    void mergeChanges(objectstore::ChangeSet) override { }
-    void saveAction() override { }
-    void presentError(const foundation::Error &error) override { throw std::runtime_error(error.message); }
-};
 
 std::string methodOf(const std::string &url)
 {
@@ -140,7 +119,7 @@ int main(int count, char **arguments)
         foundation::Settings settings(file, model::settingsDefaults());
         settings.set("ToodledoHost", std::string("127.0.0.1"));
         const foundation::SystemClock clock;
-        SilentHost host;
+        bench::SilentHost host;
         const auto run = [&] {
             syncing::ToodledoSync sync(
                 {made->store(), settings, clock, host, [&] { return std::make_unique<CannedTransport>(replies); }});

@@ -269,7 +269,7 @@ EntitySchema syncLedgerEntry()
         .name = "SyncLedgerEntry",
         .properties = {integer("kind"), integer("record"), integer("serverContent"), integer("localContent"),
             integer("sentContent"), date("serverDate"), integer("serverFolder"), integer("serverContext"),
-            integer("replacedContent"), date("replacedDate"), date("date"), text("account")},
+            integer("replacedContent"), date("replacedDate"), date("date"), integer("save"), text("account")},
         .indexes = {},
         .make = {},
     };
@@ -287,7 +287,7 @@ std::vector<EntitySchema> allEntities()
 
 const objectstore::ObjectModel &objectModel()
 {
-    static const objectstore::ObjectModel model(1, allEntities());
+    static const objectstore::ObjectModel model(2, allEntities());
     return model;
 }
 

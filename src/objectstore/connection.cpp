@@ -117,7 +117,8 @@ Connection::Connection(const std::filesystem::path &file, const std::string &vfs
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_limit(handle(), SQLITE_LIMIT_LENGTH, longestValue);
-    execute("PRAGMA synchronous=FULL; PRAGMA cell_size_check=ON; PRAGMA temp_store=MEMORY;");
+    execute("PRAGMA synchronous=FULL; PRAGMA cell_size_check=ON; PRAGMA temp_store=MEMORY; "
+            "PRAGMA cache_size=-8000;"); // KiB; a large save would write and read its indexes again and again
     installPredicateFunctions(handle());
     keepFilesOnClose(mode == Mode::Create); // who opens to create has yet to see whether this is a store
 }

@@ -94,6 +94,38 @@ std::optional<ChangeSet> ObjectContext::loggedChanges() const
     return changes;
 }
 
+std::int64_t ObjectContext::knownSave() const
+{
+    return m_state->seenSave;
+}
+
+std::optional<ChangeSet> ObjectContext::changesSince(std::int64_t save) const
+{
+    if (!connected())
+        return std::nullopt;
+    ChangeSet changes;
+    const auto listOf = [&changes](bool isInserted, bool isDeleted) -> std::vector<ObjectID> & {
+        return isDeleted ? changes.deleted : isInserted ? changes.inserted : changes.updated;
+    };
+    try {
+        const auto visit = [&](std::int64_t, SaveLog::Kind kind, const ObjectID &id) {
+            listOf(kind == SaveLog::Kind::Inserted, kind == SaveLog::Kind::Deleted).push_back(id);
+        };
+        if (!SaveLog(*m_state->connection).forEachAfter(save, m_store.model(), visit))
+            return std::nullopt;
+    } catch (const SQLite::Exception &exception) {
+        disconnect(exception);
+        return std::nullopt;
+    }
+    for (const State::ObjectSet &set : m_state->changed) {
+        for (const ManagedObject *object : set) {
+            if (object->hasChanges())
+                listOf(object->m_inserted, object->m_deleted).push_back(object->m_id);
+        }
+    }
+    return changes;
+}
+
 /// The same by a comparison of every record with what this context holds of it.
 ChangeSet ObjectContext::comparedChanges() const
 {

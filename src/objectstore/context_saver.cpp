@@ -53,9 +53,9 @@ void ContextSaver::write()
     m_unsureSave = unsureSave();
     m_token = std::to_string(random());
     m_state.unsureSaves.emplace_back(m_save, m_token);
-    for (ManagedObject *object : m_objects) {
+    for (Insertion insertion; ManagedObject * object : m_objects) {
         if (object->m_inserted && !object->m_deleted)
-            insert(*object);
+            insert(*object, insertion);
         else if (isToBeRemoved(*object))
             remove(*object);
         else if (!object->m_deleted && object->m_unsaved)
@@ -100,22 +100,50 @@ void ContextSaver::note(const ManagedObject &object, SaveLog::Kind kind)
     m_written[{object.m_id.entity, kind}].push_back(object.m_id.key);
 }
 
-void ContextSaver::insert(ManagedObject &object)
+namespace {
+
+/// "OR REPLACE" makes the insertion of a key that an earlier, seemingly failed save did write harmless.
+std::string insertionOf(const EntityDescription &entity)
 {
-    // "OR REPLACE" makes the insertion of a key that an earlier, seemingly failed save did write harmless.
-    const auto &columns = object.entity().columns();
-    std::string sql = "INSERT OR REPLACE INTO " + identifier(object.entity().name()) + " (_key, _save";
+    std::string sql = "INSERT OR REPLACE INTO " + identifier(entity.name()) + " (_key, _save";
     std::string places = "?, ?";
-    for (const Property *column : columns) {
+    for (const Property *column : entity.columns()) {
         sql += ", " + identifier(column->name);
         places += ", ?";
     }
-    Statement statement = m_connection.prepare(sql + ") VALUES (" + places + ")");
+    return sql + ") VALUES (" + places + ")";
+}
+
+} // namespace
+
+void ContextSaver::insert(const ManagedObject &object, Insertion &insertion)
+{
+    if (insertion.entity != &object.entity()) {
+        insertion.entity = &object.entity();
+        insertion.statement.reset();
+        insertion.statement.emplace(m_connection.prepare(insertionOf(object.entity())));
+    }
+    Statement &statement = *insertion.statement;
     statement.bind(object.m_id.key).bind(m_save);
-    for (const Property *column : columns)
-        statement.bind(object.value(*column));
+    const auto &unsaved = unsavedBySlot(object);
+    for (const Property *column : object.entity().columns()) {
+        const Value *value = unsaved[static_cast<std::size_t>(column->slot)];
+        statement.bind(value ? view(*value) : object.value(*column));
+    }
     statement.run();
+    statement.again();
     note(object, SaveLog::Kind::Inserted);
+}
+
+/// The unsaved value of each column, null where there is none; holds until the next call.
+const std::vector<const Value *> &ContextSaver::unsavedBySlot(const ManagedObject &object)
+{
+    m_unsavedBySlot.assign(object.entity().columns().size(), nullptr);
+    if (object.m_unsaved) {
+        for (const auto &[slot, value] : object.m_unsaved->values)
+            m_unsavedBySlot[static_cast<std::size_t>(slot)] = &value;
+    }
+    return m_unsavedBySlot;
 }
 
 void ContextSaver::update(ManagedObject &object)
@@ -259,11 +287,13 @@ void ContextSaver::dropDanglingLinks()
 void ContextSaver::writeJoins()
 {
     for (const auto &[table, changes] : m_state.joins) {
+        Statement link
+            = m_connection.prepare("INSERT OR IGNORE INTO " + identifier(table) + " (owner, member) VALUES (?, ?)");
+        Statement unlink = m_connection.prepare("DELETE FROM " + identifier(table) + " WHERE owner = ? AND member = ?");
         for (const auto &[pair, there] : changes.byOwner) {
-            Statement statement = m_connection.prepare(there
-                    ? "INSERT OR IGNORE INTO " + identifier(table) + " (owner, member) VALUES (?, ?)"
-                    : "DELETE FROM " + identifier(table) + " WHERE owner = ? AND member = ?");
+            Statement &statement = there ? link : unlink;
             statement.bind(pair.first).bind(pair.second).run();
+            statement.again();
         }
     }
 }
@@ -309,8 +339,10 @@ SaveReport ContextSaver::adopt()
         (object->m_inserted ? report.changes.inserted : report.changes.updated).push_back(object->m_id);
         if (object->m_inserted || !object->m_unsaved->values.empty() || !object->m_unsaved->members.empty()) {
             m_builder.begin(m_save);
+            const auto &unsavedValues = unsavedBySlot(*object);
             for (const Property *column : object->entity().columns()) {
-                if (const Value *unsaved = object->unsavedValue(column->slot); unsaved || !object->m_row)
+                const Value *unsaved = unsavedValues[static_cast<std::size_t>(column->slot)];
+                if (unsaved || !object->m_row)
                     m_builder.add(unsaved ? view(*unsaved) : ValueView());
                 else
                     m_builder.addFrom(*object->m_row, column->slot);

@@ -85,7 +85,14 @@ private:
     };
 
     void write();
-    void insert(ManagedObject &object);
+    /// The statement that inserts records of one kind, kept from one to the next.
+    struct Insertion {
+        const EntityDescription *entity = nullptr;
+        std::optional<Statement> statement = {};
+    };
+
+    void insert(const ManagedObject &object, Insertion &insertion);
+    [[nodiscard]] const std::vector<const Value *> &unsavedBySlot(const ManagedObject &object);
     void update(ManagedObject &object);
     [[nodiscard]] bool resolve(ManagedObject &object);
     bool writeColumns(ManagedObject &object, const std::vector<int> &slots, std::int64_t expectedSave);
@@ -117,6 +124,7 @@ private:
     std::vector<ObjectID> m_unlinked; ///< rows that pointed at a deleted record
     bool m_linksDropped = false;
     RowBuilder m_builder;
+    std::vector<const Value *> m_unsavedBySlot;
 };
 
 } // namespace objectstore

@@ -154,6 +154,11 @@ public:
     /// Takes over what another context of the same store saved: rows not changed here are read again on next use;
     /// rows changed here keep the changes, which meet the merge policy at the next save.
     void mergeChanges(const ChangeSet &changes);
+    /// The number of the last save that this context knows of; the store counts its saves.
+    [[nodiscard]] std::int64_t knownSave() const;
+    /// What was saved after the save with this number, whoever saved it, and what is changed here without being saved;
+    /// nothing where the store no longer knows.
+    [[nodiscard]] std::optional<ChangeSet> changesSince(std::int64_t save) const;
     /// Takes over what other processes saved since this context last looked; true when there was something.
     [[nodiscard]] Result<bool> mergeExternalChanges();
 

@@ -11,6 +11,7 @@ using foundation::Result;
 using objectstore::ManagedObject;
 using objectstore::ObjectID;
 using objectstore::Value;
+using objectstore::ValueView;
 
 namespace {
 
@@ -27,11 +28,48 @@ std::optional<std::size_t> kindOf(std::string_view entity)
     return std::nullopt;
 }
 
-std::optional<ContentMark> markIn(const ManagedObject &note, std::string_view name)
+/// The columns of a note, and their names in the same order.
+enum class Column {
+    Kind,
+    Record,
+    ServerContent,
+    LocalContent,
+    SentContent,
+    ServerDate,
+    ServerFolder,
+    ServerContext,
+    ReplacedContent,
+    ReplacedDate,
+    Date,
+    Save,
+    Account
+};
+constexpr std::array noteColumns{"kind", "record", "serverContent", "localContent", "sentContent", "serverDate",
+    "serverFolder", "serverContext", "replacedContent", "replacedDate", "date", "save", "account"};
+
+/// One note as it was read, without an object for it: there is one for every task.
+class NoteReader
 {
-    const auto value = note.value(name);
-    return objectstore::isNil(value) ? std::nullopt : std::optional(objectstore::toInteger(value));
-}
+public:
+    explicit NoteReader(std::span<const ValueView> values) : m_values(values) { }
+
+    [[nodiscard]] std::int64_t integer(Column column) const { return objectstore::toInteger(at(column)); }
+    [[nodiscard]] std::string text(Column column) const { return std::string(objectstore::toText(at(column))); }
+    [[nodiscard]] std::optional<ContentMark> mark(Column column) const
+    {
+        return objectstore::isNil(at(column)) ? std::nullopt : std::optional(integer(column));
+    }
+    [[nodiscard]] std::optional<foundation::Instant> date(Column column) const
+    {
+        const auto *instant = std::get_if<foundation::Instant>(&at(column));
+        return instant ? std::optional(*instant) : std::nullopt;
+    }
+
+private:
+    [[nodiscard]] const ValueView &at(Column column) const { return m_values[static_cast<std::size_t>(column)]; }
+
+    std::span<const ValueView> m_values;
+};
 
 Value valueOf(const std::optional<ContentMark> &mark)
 {
@@ -46,29 +84,36 @@ SyncLedger::SyncLedger(objectstore::ObjectContext &moc, bool isGuarding)
 
 Result<void> SyncLedger::load()
 {
-    auto notes = m_moc.fetch({.entity = noteEntity, .predicate = {}, .sortDescriptors = {}});
-    if (!notes)
-        return foundation::Failure(notes.error());
-    for (ManagedObject *note : *notes) {
-        const std::int64_t kind = note->integer("kind");
-        if (kind == accountKind) {
-            m_accountNote = note->objectID().key;
-            m_account = note->text("account");
-            m_date = note->date("date");
-        } else if (!m_isGuarding) {
-            m_moc.remove(*note); // rules without guards change records behind its back
-        } else if (kind >= 0 && kind < accountKind) {
-            m_entries[static_cast<std::size_t>(kind)][note->integer("record")] = {.key = note->objectID().key,
-                .server = markIn(*note, "serverContent"),
-                .serverDate = note->date("serverDate"),
-                .folder = note->integer("serverFolder"),
-                .context = note->integer("serverContext"),
-                .local = markIn(*note, "localContent"),
-                .sent = markIn(*note, "sentContent"),
-                .replaced = markIn(*note, "replacedContent"),
-                .replacedDate = note->date("replacedDate")};
-        }
-    }
+    m_saveAtStart = m_moc.knownSave();
+    std::vector<std::int64_t> worthless;
+    const auto loaded = m_moc.fetchValues({.entity = noteEntity, .predicate = {}, .sortDescriptors = {}},
+        std::vector<std::string>(noteColumns.begin(), noteColumns.end()),
+        [&](const ObjectID &id, std::span<const ValueView> values) {
+            const NoteReader note(values);
+            const std::int64_t kind = note.integer(Column::Kind);
+            if (kind == accountKind) {
+                m_accountNote = id.key;
+                m_account = note.text(Column::Account);
+                m_date = note.date(Column::Date);
+                m_comparedSave = note.mark(Column::Save);
+            } else if (!m_isGuarding) {
+                worthless.push_back(id.key); // rules without guards change records behind its back
+            } else if (kind >= 0 && kind < accountKind) {
+                m_entries[static_cast<std::size_t>(kind)][note.integer(Column::Record)] = {.key = id.key,
+                    .server = note.mark(Column::ServerContent),
+                    .serverDate = note.date(Column::ServerDate),
+                    .folder = note.integer(Column::ServerFolder),
+                    .context = note.integer(Column::ServerContext),
+                    .local = note.mark(Column::LocalContent),
+                    .sent = note.mark(Column::SentContent),
+                    .replaced = note.mark(Column::ReplacedContent),
+                    .replacedDate = note.date(Column::ReplacedDate)};
+            }
+        });
+    if (!loaded)
+        return foundation::Failure(loaded.error());
+    for (const std::int64_t key : worthless)
+        removeNote(key);
     return {};
 }
 
@@ -80,10 +125,15 @@ SyncLedger::Entries *SyncLedger::entriesOf(const ManagedObject &record)
 
 const SyncLedger::Entry *SyncLedger::find(const ManagedObject &record) const
 {
-    const auto kind = kindOf(record.entity().name());
+    return find(record.objectID());
+}
+
+const SyncLedger::Entry *SyncLedger::find(const ObjectID &record) const
+{
+    const auto kind = kindOf(record.entity->name());
     if (!kind)
         return nullptr;
-    const auto found = m_entries[*kind].find(record.objectID().key);
+    const auto found = m_entries[*kind].find(record.key);
     return found == m_entries[*kind].end() ? nullptr : &found->second;
 }
 
@@ -120,6 +170,39 @@ bool SyncLedger::isKnown(const ManagedObject &record) const
 {
     const Entry *entry = find(record);
     return entry && entry->server;
+}
+
+bool SyncLedger::isAgreed(const ObjectID &record, const ServerVersion &server) const
+{
+    const Entry *entry = find(record);
+    return entry && entry->server == server.content && !entry->sent
+        && (!server.date || entry->serverDate == server.date);
+}
+
+std::optional<std::unordered_set<std::int64_t>> SyncLedger::tasksChangedHere() const
+{
+    const auto changes = m_isGuarding && m_comparedSave ? m_moc.changesSince(*m_comparedSave) : std::nullopt;
+    if (!changes)
+        return std::nullopt;
+    std::unordered_set<std::int64_t> keys;
+    bool placesChanged = false; // what a task looks like hangs on the records that it points at, too
+    for (const auto *records : {&changes->inserted, &changes->updated, &changes->deleted}) {
+        for (const ObjectID &id : *records) {
+            if (id.entity->name() == kinds[0])
+                keys.insert(id.key);
+            else if (records != &changes->inserted && id.entity != &m_entity)
+                placesChanged = true;
+        }
+    }
+    return placesChanged ? std::nullopt : std::optional(std::move(keys));
+}
+
+void SyncLedger::noteComparison()
+{
+    if (!m_isGuarding || m_comparedSave == m_saveAtStart)
+        return;
+    m_comparedSave = m_saveAtStart;
+    note(m_accountNote, accountKind, 0).setValue("save", m_saveAtStart);
 }
 
 void SyncLedger::agree(const ManagedObject &record, const ServerVersion &server, ContentMark local)

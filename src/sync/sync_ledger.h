@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 
 namespace syncing {
 
@@ -57,6 +58,13 @@ public:
     /// Whether the service has ever had the record.
     [[nodiscard]] bool isKnown(const objectstore::ManagedObject &record) const;
 
+    /// Whether both sides agreed on just this version, and nothing was sent since.
+    [[nodiscard]] bool isAgreed(const objectstore::ObjectID &record, const ServerVersion &server) const;
+    /// The keys of the tasks that may be others here than when tasks were compared last; nothing where any may.
+    [[nodiscard]] std::optional<std::unordered_set<std::int64_t>> tasksChangedHere() const;
+    /// Every task that may have changed here was compared with the service's list, and what differs was sent or noted.
+    void noteComparison();
+
     /// Both sides agree: the service has `server`, and `local` is what it amounts to here.
     void agree(const objectstore::ManagedObject &record, const ServerVersion &server, ContentMark local);
     /// A list told when the version that is known was made.
@@ -96,6 +104,7 @@ private:
 
     [[nodiscard]] Entries *entriesOf(const objectstore::ManagedObject &record);
     [[nodiscard]] const Entry *find(const objectstore::ManagedObject &record) const;
+    [[nodiscard]] const Entry *find(const objectstore::ObjectID &record) const;
     [[nodiscard]] objectstore::ManagedObject &note(std::int64_t &key, std::int64_t kind, std::int64_t record);
     void write(const objectstore::ManagedObject &record, Entry &entry);
     void write(std::size_t kind, std::int64_t record, Entry &entry);
@@ -109,6 +118,8 @@ private:
     std::array<std::unordered_multimap<ContentMark, std::int64_t>, 3> m_unanswered; ///< keys of records
     bool m_unansweredIndexed = false;
     std::int64_t m_accountNote = 0;
+    std::int64_t m_saveAtStart = 0; ///< the store's save that this run began with
+    std::optional<std::int64_t> m_comparedSave; ///< the one that the run of the last comparison began with
     std::string m_account;
     std::optional<foundation::Instant> m_date;
 };

@@ -3,15 +3,23 @@
 
 namespace syncing {
 
+TaskIndex::TaskIndex(objectstore::ObjectContext &moc)
+    : m_moc(moc), m_entity(moc.store().model().entity(model::Tasks::entityName))
+{ }
+
 foundation::Result<TaskIndex> TaskIndex::read(objectstore::ObjectContext &moc)
 {
     TaskIndex index(moc);
-    const auto tasks = moc.fetch(
-        {.entity = "Tasks", .predicate = objectstore::Predicate::format("taskID != 0"), .sortDescriptors = {}});
-    if (!tasks)
-        return foundation::Failure(tasks.error());
-    for (const objectstore::ManagedObject *task : *tasks)
-        index.add(task->integer("taskID"), task->objectID().key);
+    const auto read = moc.fetchValues(
+        {.entity = "Tasks", .predicate = objectstore::Predicate::format("taskID != 0"), .sortDescriptors = {}},
+        {"taskID", "deleteOnSync"},
+        [&index](const objectstore::ObjectID &id, std::span<const objectstore::ValueView> values) {
+            index.add(objectstore::toInteger(values[0]), id.key);
+            if (objectstore::toInteger(values[1]) != 0)
+                index.m_inTrash.insert(id.key);
+        });
+    if (!read)
+        return foundation::Failure(read.error());
     return index;
 }
 
@@ -29,13 +37,17 @@ void TaskIndex::add(std::int64_t taskID, std::int64_t key)
     keys.last = std::max(keys.last, key);
 }
 
-model::Tasks *TaskIndex::find(std::int64_t taskID, bool last) const
+objectstore::ObjectID TaskIndex::findID(std::int64_t taskID, bool last) const
 {
     const auto found = m_keys.find(taskID);
     if (found == m_keys.end())
-        return nullptr;
-    const std::int64_t key = last ? found->second.last : found->second.first;
-    return model::as<model::Tasks>(m_moc.existingObject({m_moc.store().model().entity("Tasks"), key}));
+        return {};
+    return {m_entity, last ? found->second.last : found->second.first};
+}
+
+model::Tasks *TaskIndex::find(std::int64_t taskID, bool last) const
+{
+    return model::as<model::Tasks>(m_moc.existingObject(findID(taskID, last)));
 }
 
 } // namespace syncing

@@ -5,6 +5,7 @@
 #include "objectstore/object_context.h"
 
 #include <unordered_map>
+#include <unordered_set>
 
 namespace syncing {
 
@@ -20,6 +21,12 @@ public:
     [[nodiscard]] model::Tasks *first(std::int64_t taskID) const { return find(taskID, false); }
     [[nodiscard]] model::Tasks *last(std::int64_t taskID) const { return find(taskID, true); }
 
+    /// The same without the task itself, which reading it would take time; none when there is none.
+    [[nodiscard]] objectstore::ObjectID firstID(std::int64_t taskID) const { return findID(taskID, false); }
+    [[nodiscard]] objectstore::ObjectID lastID(std::int64_t taskID) const { return findID(taskID, true); }
+    /// Whether the task was in the Trash when the index was read.
+    [[nodiscard]] bool isInTrash(const objectstore::ObjectID &task) const { return m_inTrash.contains(task.key); }
+
     [[nodiscard]] std::size_t size() const { return m_keys.size(); }
     /// Adds a task that has just got its id.
     void add(const model::Tasks &task);
@@ -30,12 +37,15 @@ private:
         std::int64_t last = 0;
     };
 
-    explicit TaskIndex(objectstore::ObjectContext &moc) : m_moc(moc) { }
+    explicit TaskIndex(objectstore::ObjectContext &moc);
     [[nodiscard]] model::Tasks *find(std::int64_t taskID, bool last) const;
+    [[nodiscard]] objectstore::ObjectID findID(std::int64_t taskID, bool last) const;
     void add(std::int64_t taskID, std::int64_t key);
 
     objectstore::ObjectContext &m_moc;
+    const objectstore::EntityDescription *m_entity;
     std::unordered_map<std::int64_t, Keys> m_keys;
+    std::unordered_set<std::int64_t> m_inTrash;
 };
 
 } // namespace syncing

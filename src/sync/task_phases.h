@@ -43,7 +43,15 @@ private:
         GtdTask sent;
         ContentMark content;
     };
+    /// A listed task and the one here with its id.
+    struct Comparison {
+        const GtdTask *listed;
+        objectstore::ObjectID task;
+        ContentMark server; ///< what the listed one contains
+    };
     enum class Winner { None, Server, Local };
+
+    [[nodiscard]] std::vector<Comparison> listedThatMayDiffer(const TaskIndex &known);
 
     [[nodiscard]] GtdTask asSent(const model::Tasks &task) const;
     [[nodiscard]] static GtdTask asAdded(GtdTask task);

@@ -290,6 +290,38 @@ TEST_F(Rules, withoutGuardsAnEditMadeDuringARunIsLeftBehindAndWithThemItIsSent)
     }
 }
 
+TEST_F(Rules, whatChangesAfterQuietRunsIsSentThoughOtherTasksAreNotLookedAt)
+{
+    SyncDevice &home = device(true);
+    SyncDevice &work = device(true);
+    auto &edited = home.store.add(aTask().titled("Edited"));
+    home.store.add(aTask().titled("Tagged").tagged("shop"));
+    auto &behind = home.store.add(aTask().titled("Changed long before"));
+    home.store.save();
+    for (int run = 0; run < 3; ++run)
+        sync(home);
+
+    edited.setTitle("Edited later");
+    home.store.save();
+    sync(home);
+    home.store.all("Tags").front()->setValue("title", std::string("market")); // which writes no task
+    home.store.save();
+    sync(home);
+    sync(work);
+    EXPECT_THAT(titles(work.store.all("Tasks")), UnorderedElementsAre("Edited later", "Tagged", "Changed long before"));
+    EXPECT_THAT(titles(work.store.all("Tags")), ElementsAre("market"));
+
+    behind.setTitle("Changed");
+    home.store.save();
+    for (int save = 0; save < 400; ++save) { // more than the store remembers
+        edited.setTitle("Edited " + std::to_string(save));
+        home.store.save();
+    }
+    sync(home);
+    sync(work);
+    EXPECT_THAT(titles(work.store.all("Tasks")), UnorderedElementsAre("Edited 399", "Tagged", "Changed"));
+}
+
 TEST_F(Rules, withGuardsAMoveAndTheLastTagTravelToo)
 {
     SyncDevice &home = device(true);
