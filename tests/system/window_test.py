@@ -121,6 +121,37 @@ class Window(unittest.TestCase):
         notes = self.find("Notes", "text")
         wait_until("the note is back", lambda: self.text_of(notes) == "Ask for the old kinds.")
 
+    def test_a_working_day_needs_no_mouse(self):
+        self.open_window()
+        self.desktop.key("ctrl+n")
+        self.desktop.type("Write to Ana")
+        self.desktop.key("Return")
+        self.desktop.type("About the garden.")
+        self.wait_for("Write to Ana", notes="About the garden.", folder="Inbox", complete=False)
+
+        self.desktop.key("ctrl+shift+n")
+        self.desktop.type("Winter")
+        self.desktop.key("Return")
+        wait_until("there is a folder", lambda: "Winter" in [
+            folder["title"] for folder in json.loads(self.qvl("folders", "--json"))])
+
+        self.desktop.key("ctrl+2", "alt+2", "space")  # the Inbox, its first task, its tick box
+        self.wait_for("Write to Ana", complete=True)
+        self.desktop.key("ctrl+z")
+        self.wait_for("Write to Ana", complete=False)
+
+        self.desktop.key("alt+2", "Delete")
+        wait_until("the task is in the Trash", lambda: [task["title"] for task in json.loads(
+            self.qvl("list", "trash", "--json"))] == ["Write to Ana"])
+        self.desktop.key("ctrl+z")
+        wait_until("the task is back", lambda: not json.loads(self.qvl("list", "trash", "--json")))
+
+        self.desktop.key("ctrl+1", "ctrl+f")
+        self.desktop.type("GARDEN")
+        self.find_task("Write to Ana")  # found by its note, in any case of letters
+        self.desktop.key("Escape", "ctrl+q")
+        self.assertEqual(self.window.wait(60), 0)
+
     def test_what_was_typed_is_in_the_store_though_the_program_is_killed(self):
         self.open_with_task("Call the movers")
         self.desktop.click(self.find("Notes", "text"))
