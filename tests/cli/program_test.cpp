@@ -225,6 +225,22 @@ TEST_F(Program, thePasswordIsTakenAndNeverShown)
     EXPECT_EQ(qvl({"settings", "SyncGuards"}), "no\n");
 }
 
+TEST_F(Program, F49_aCrashWouldLeaveNoMemoryBehind)
+{
+    // holds the program while it waits for the password, and looks at what the system would do with its memory
+    const std::string script = "mkfifo " + qvl.path("typed").string() + "; " QVL_PROGRAM " --store "
+        + qvl.path("store").string() + " --settings " + qvl.path("settings.json").string()
+        + " settings ToodleDoPassword - <" + qvl.path("typed").string() + " & exec 3>" + qvl.path("typed").string()
+        + "; for i in $(seq 500); do grep -qE '^Max core file size +0 +0 ' /proc/$!/limits && echo none && break; "
+          "sleep 0.01; done; echo x >&3; exec 3>&-; wait";
+    std::FILE *shell = ::popen(script.c_str(), "r");
+    ASSERT_TRUE(shell);
+    char answer[16] = {};
+    EXPECT_TRUE(std::fgets(answer, sizeof answer, shell)) << "a core file would be written";
+    ::pclose(shell);
+    EXPECT_STREQ(answer, "none\n");
+}
+
 TEST_F(Program, filesAreForTheirOwnerAlone)
 {
     add({"Milk"});

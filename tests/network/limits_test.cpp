@@ -92,7 +92,7 @@ bool asksForTasks(const std::string &host, std::size_t titleSize = 0)
 
 } // namespace
 
-TEST(Limits, F28AReplyWithoutEndTakesLittleMemory)
+TEST(Limits, F28_aReplyWithoutEndTakesLittleMemory)
 {
     constexpr long longestList = 128 * 1024; // KiB: what a quarter of a million true tasks take before their texts
     struct Case {
@@ -143,14 +143,14 @@ TEST(Limits, longTextsAreReadOrRefused)
     });
 }
 
-TEST(Limits, F35MarkupNestedWithoutReasonIsRefused)
+TEST(Limits, F35_markupNestedWithoutReasonIsRefused)
 {
     const ScriptedHttpServer server(
         [](const std::string &) { return ScriptedReply{.body = "<tasks>" + repeated("<task>", 1'000'000)}; });
     expectLittleMemory("elements nested 1,000,000 deep", [&] { return asksForTasks(server.host()); });
 }
 
-TEST(Limits, F50HugePredicatesAreRefused)
+TEST(Limits, F50_hugePredicatesAreRefused)
 {
     using objectstore::Predicate;
     const auto isRefused = [](const std::string &text) { return !Predicate::parse(text).has_value(); };

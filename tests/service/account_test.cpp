@@ -21,7 +21,7 @@ TEST(Login, followsTheKeyScheme)
     EXPECT_EQ(inside(ana.ask("getAccountInfo", {{"key", ana.key}}), "userid"), ana.userid());
 }
 
-TEST(Key, isRefusedHoweverOftenAWrongOneIsTried)
+TEST(Key, F58_isRefusedHoweverOftenAWrongOneIsTried)
 {
     InMemory place;
     User ana(place, "ana@example.org");

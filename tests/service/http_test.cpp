@@ -71,7 +71,7 @@ TEST_F(Http, refusesRequestsThatAreTooLargeAsAWhole)
     EXPECT_EQ(client.get(url("getTasks", {})).status, 200);
 }
 
-TEST_F(Http, survivesTornRequests)
+TEST_F(Http, F58_survivesTornRequests)
 {
     start();
     const std::string whole = "GET " + target("addTask", {{"key", ana.key}, {"title", "Torn"}}) + " HTTP/1.1\r\n\r\n";
@@ -108,7 +108,7 @@ TEST_F(Http, takesARequestInPieces)
     EXPECT_NE(socket.receiveUntil("</added>").find("<added>1</added>"), std::string::npos);
 }
 
-TEST_F(Http, cutsAClientThatTrickles)
+TEST_F(Http, F58_cutsAClientThatTrickles)
 {
     start({.requestTime = 200ms});
     RawSocket socket(server->address());
@@ -123,7 +123,7 @@ TEST_F(Http, cutsAClientThatTrickles)
     EXPECT_EQ(client.get(url("getTasks", {})).status, 200);
 }
 
-TEST_F(Http, limitsTheConnectionsOfAnAddress)
+TEST_F(Http, F58_limitsTheConnectionsOfAnAddress)
 {
     start({.mostConnectionsOfAnAddress = 5});
     std::vector<std::unique_ptr<RawSocket>> crowd;

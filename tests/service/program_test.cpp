@@ -111,7 +111,7 @@ std::string logIn(HttpClient &client, const std::string &base)
 
 } // namespace
 
-TEST(Program, keepsEveryAcknowledgedAddWhenItIsKilled)
+TEST(Program, F59_keepsEveryAcknowledgedAddWhenItIsKilled)
 {
     const support::TemporaryFolder place;
     const std::string folder = place.path() / "data";
@@ -149,7 +149,7 @@ TEST(Program, keepsEveryAcknowledgedAddWhenItIsKilled)
     EXPECT_LE(countOf(list, "<task>"), static_cast<int>(acknowledged.size()) + 5); // one was under way each time
 }
 
-TEST(Program, refusesWhatItCannotStoreAndKeepsTheRest)
+TEST(Program, F59_refusesWhatItCannotStoreAndKeepsTheRest)
 {
     const support::TemporaryFolder place;
     const std::string folder = place.path() / "data";

@@ -273,7 +273,7 @@ TEST_F(Rules, withoutGuardsANewFolderIsThereTwiceAfterTheSecondRun)
     EXPECT_THAT(folderTitles(guarded), UnorderedElementsAre("Inbox", "Hobby", "Garden"));
 }
 
-TEST_F(Rules, withoutGuardsAnEditMadeDuringARunIsLeftBehindAndWithThemItIsSent)
+TEST_F(Rules, F43_withoutGuardsAnEditMadeDuringARunIsLeftBehindAndWithThemItIsSent)
 {
     for (const bool guards : {false, true}) {
         SyncDevice &home = device(guards);
@@ -385,7 +385,7 @@ TEST_F(Rules, aStoreThatMovesToAnotherAccountIsSentThereAsNew)
     EXPECT_EQ(work.task("Paint").contexts()->title(), "Phone");
 }
 
-TEST_F(Rules, aRestoredStoreWithNewerSettingsLosesNothing)
+TEST_F(Rules, F60_aRestoredStoreWithNewerSettingsLosesNothing)
 {
     SyncDevice &home = device(true);
     home.store.add(aTask().titled("Milk"));

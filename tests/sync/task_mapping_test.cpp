@@ -92,7 +92,7 @@ TEST_F(Mapping, aServerTaskBecomesALocalOneWithItsPlacesAndTags)
     EXPECT_EQ(store.all("Tags").size(), 2U) << "a name that comes twice makes one tag";
 }
 
-TEST_F(Mapping, aServerTaskWithoutKnownPlacesGoesToTheDefaultOnes)
+TEST_F(Mapping, F38_aServerTaskWithoutKnownPlacesGoesToTheDefaultOnes)
 {
     store.relaunch();
     GtdTask from = aServerTask();
