@@ -79,8 +79,10 @@ void MainWindow::makeMenus()
 void MainWindow::commitOpenEditors()
 {
     for (QAbstractItemView *view : findChildren<QAbstractItemView *>()) {
-        for (QWidget *editor : view->viewport()->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly))
-            Q_EMIT view->itemDelegate()->commitData(editor);
+        for (QWidget *editor : view->viewport()->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly)) {
+            if (!editor->isHidden()) // one that is hidden is on its way out
+                Q_EMIT view->itemDelegate()->commitData(editor);
+        }
     }
 }
 
@@ -253,9 +255,9 @@ void MainWindow::connectViewCommands()
         });
     on(Command::FocusLists, [this] { m_sidebarPages->currentWidget()->setFocus(); });
     on(Command::FocusTasks, [this] {
-        m_table->setFocus();
-        if (!m_table->currentIndex().isValid())
-            m_table->setCurrentIndex(m_tasks.index(0, 0));
+        m_table->setFocus(); // which may make a row the current one without selecting it
+        if (!m_table->selectionModel()->hasSelection())
+            m_table->setCurrentIndex(m_table->currentIndex().isValid() ? m_table->currentIndex() : m_tasks.index(0, 0));
     });
 }
 

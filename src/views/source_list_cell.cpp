@@ -153,6 +153,14 @@ QWidget *ImageAndTextCell::createEditor(QWidget *parent, const QStyleOptionViewI
     return editor;
 }
 
+void ImageAndTextCell::setEditorData(QWidget *editor, const QModelIndex &index) const
+{
+    auto *line = qobject_cast<QLineEdit *>(editor);
+    const QString title = index.data(Qt::EditRole).toString();
+    if (line && !line->isModified() && line->text() != title) // refreshed while it is open, it keeps what was typed
+        line->setText(title);
+}
+
 void ImageAndTextCell::updateEditorGeometry(
     QWidget *editor, const QStyleOptionViewItem &option, const QModelIndex &index) const
 {

@@ -77,7 +77,10 @@ void TaskCell::setEditorData(QWidget *editor, const QModelIndex &index) const
         date->setDate(columnOf(index) == TaskColumn::DueDate ? task->dueDate() : task->startDate());
     } else if (auto *line = qobject_cast<QLineEdit *>(editor); line && !line->isModified()) {
         // refreshed while it is open, an editor keeps what was typed
-        line->setText(index.data(columnOf(index) == TaskColumn::Length ? Qt::DisplayRole : Qt::EditRole).toString());
+        const QString text
+            = index.data(columnOf(index) == TaskColumn::Length ? Qt::DisplayRole : Qt::EditRole).toString();
+        if (line->text() != text) // the same text set again would lose the selection
+            line->setText(text);
     }
 }
 
