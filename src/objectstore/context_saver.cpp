@@ -125,7 +125,7 @@ void ContextSaver::insert(const ManagedObject &object, Insertion &insertion)
     }
     Statement &statement = *insertion.statement;
     statement.bind(object.m_id.key).bind(m_save);
-    const auto &unsaved = unsavedBySlot(object);
+    const auto &unsaved = m_state.unsavedBySlot(object);
     for (const Property *column : object.entity().columns()) {
         const Value *value = unsaved[static_cast<std::size_t>(column->slot)];
         statement.bind(value ? view(*value) : object.value(*column));
@@ -133,17 +133,6 @@ void ContextSaver::insert(const ManagedObject &object, Insertion &insertion)
     statement.run();
     statement.again();
     note(object, SaveLog::Kind::Inserted);
-}
-
-/// The unsaved value of each column, null where there is none; holds until the next call.
-const std::vector<const Value *> &ContextSaver::unsavedBySlot(const ManagedObject &object)
-{
-    m_unsavedBySlot.assign(object.entity().columns().size(), nullptr);
-    if (object.m_unsaved) {
-        for (const auto &[slot, value] : object.m_unsaved->values)
-            m_unsavedBySlot[static_cast<std::size_t>(slot)] = &value;
-    }
-    return m_unsavedBySlot;
 }
 
 void ContextSaver::update(ManagedObject &object)
@@ -337,18 +326,8 @@ SaveReport ContextSaver::adopt()
         if (!object->m_inserted && !object->m_unsaved)
             continue;
         (object->m_inserted ? report.changes.inserted : report.changes.updated).push_back(object->m_id);
-        if (object->m_inserted || !object->m_unsaved->values.empty() || !object->m_unsaved->members.empty()) {
-            m_builder.begin(m_save);
-            const auto &unsavedValues = unsavedBySlot(*object);
-            for (const Property *column : object->entity().columns()) {
-                const Value *unsaved = unsavedValues[static_cast<std::size_t>(column->slot)];
-                if (unsaved || !object->m_row)
-                    m_builder.add(unsaved ? view(*unsaved) : ValueView());
-                else
-                    m_builder.addFrom(*object->m_row, column->slot);
-            }
-            object->m_row = m_builder.finish();
-        }
+        if (object->m_inserted || !object->m_unsaved->values.empty() || !object->m_unsaved->members.empty())
+            object->m_row = m_state.rowOf(*object, m_save);
         object->m_unsaved.reset();
         object->m_stale = false;
         object->m_inserted = false;

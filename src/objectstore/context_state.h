@@ -56,6 +56,8 @@ struct ObjectContext::State {
         unsureSaves; ///< number and token of saves that failed, of which the store may hold one all the same
     bool linksMayDangle = false; ///< records were deleted elsewhere that unsaved changes here may point at
     bool announcing = false;
+    std::vector<const Value *> slots; ///< of the last call of `unsavedBySlot`
+    RowBuilder rowBuilder;
 
     [[nodiscard]] ObjectSet &changedOf(const EntityDescription &entity)
     {
@@ -66,6 +68,10 @@ struct ObjectContext::State {
     {
         return object.hasChanges() && changedOf(object.entity()).contains(&object);
     }
+    /// The unsaved value of each column, null where there is none; holds until the next call.
+    [[nodiscard]] const std::vector<const Value *> &unsavedBySlot(const ManagedObject &object);
+    /// What the object says now, as a row of the save with this number.
+    [[nodiscard]] RowPointer rowOf(const ManagedObject &object, std::int64_t save);
     [[nodiscard]] std::vector<ManagedObject *> allChanged() const;
     [[nodiscard]] static std::vector<ManagedObject *> sorted(const ObjectSet &set);
 };
@@ -92,7 +98,6 @@ private:
     };
 
     void insert(const ManagedObject &object, Insertion &insertion);
-    [[nodiscard]] const std::vector<const Value *> &unsavedBySlot(const ManagedObject &object);
     void update(ManagedObject &object);
     [[nodiscard]] bool resolve(ManagedObject &object);
     bool writeColumns(ManagedObject &object, const std::vector<int> &slots, std::int64_t expectedSave);
@@ -124,7 +129,6 @@ private:
     std::vector<ObjectID> m_unlinked; ///< rows that pointed at a deleted record
     bool m_linksDropped = false;
     RowBuilder m_builder;
-    std::vector<const Value *> m_unsavedBySlot;
 };
 
 } // namespace objectstore

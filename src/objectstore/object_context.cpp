@@ -55,6 +55,30 @@ std::vector<ManagedObject *> ObjectContext::State::allChanged() const
     return all;
 }
 
+const std::vector<const Value *> &ObjectContext::State::unsavedBySlot(const ManagedObject &object)
+{
+    slots.assign(object.entity().columns().size(), nullptr);
+    if (object.m_unsaved) {
+        for (const auto &[slot, value] : object.m_unsaved->values)
+            slots[static_cast<std::size_t>(slot)] = &value;
+    }
+    return slots;
+}
+
+RowPointer ObjectContext::State::rowOf(const ManagedObject &object, std::int64_t save)
+{
+    rowBuilder.begin(save);
+    const auto &unsaved = unsavedBySlot(object);
+    for (const Property *column : object.entity().columns()) {
+        const Value *value = unsaved[static_cast<std::size_t>(column->slot)];
+        if (value || !object.m_row)
+            rowBuilder.add(value ? view(*value) : ValueView());
+        else
+            rowBuilder.addFrom(*object.m_row, column->slot);
+    }
+    return rowBuilder.finish();
+}
+
 ObjectContext::ObjectContext(Store &store, MergePolicy policy)
     : m_store(store), m_policy(policy), m_state(std::make_unique<State>())
 {
@@ -140,6 +164,16 @@ ManagedObject &ObjectContext::insert(std::string_view entityName, Awakening awak
     if (awakening == Awakening::FromInsert)
         object.awakeFromInsert();
     return object;
+}
+
+void ObjectContext::pack(ManagedObject &object)
+{
+    if (!object.m_inserted || object.m_deleted || !object.m_unsaved)
+        return;
+    object.m_row = m_state->rowOf(object, 0);
+    object.m_unsaved->values = {};
+    if (object.m_unsaved->members.empty())
+        object.m_unsaved.reset();
 }
 
 void ObjectContext::remove(ManagedObject &object)

@@ -359,6 +359,7 @@ void SyncLedger::write(std::size_t kind, std::int64_t record, Entry &entry)
     written.setDate("serverDate", entry.serverDate);
     written.setValue("replacedContent", valueOf(entry.replaced));
     written.setDate("replacedDate", entry.replacedDate);
+    m_moc.pack(written);
 }
 
 void SyncLedger::removeNote(std::int64_t key)

@@ -276,6 +276,7 @@ void TaskPhases::makeTask(const GtdTask &listed, TaskMapping &mapping)
         made.setRelated("folders", folder);
     if (m_session.isGuarding())
         noteAgreement(listed, made, contentOf(listed));
+    m_session.moc().pack(made);
 }
 
 bool TaskPhases::deleteListed(const GtdTask &listed, Tasks &task)
