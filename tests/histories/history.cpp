@@ -136,7 +136,11 @@ std::string describe(const History &history)
 
 History shrunk(History history)
 {
-    const auto stillWrong = [](const History &candidate) { return !play(candidate).isWell(); };
+    const bool isWell = play(history).isWell(); // then it is a doubled task that is looked into
+    const auto stillWrong = [isWell](const History &candidate) {
+        const Verdict verdict = play(candidate);
+        return isWell ? verdict.doubled > 0 : !verdict.isWell();
+    };
     for (std::size_t size = std::max<std::size_t>(history.steps.size() / 2, 1); size > 0; size /= 2) {
         for (std::size_t from = 0; from + size <= history.steps.size();) {
             History shorter = history;

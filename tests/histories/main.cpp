@@ -47,8 +47,8 @@ Options read(int count, char **arguments)
 void report(const histories::History &history, std::uint64_t seed)
 {
     const auto shortest = histories::shrunk(history);
-    std::printf("\nThe history of seed %llu goes wrong. Shrunk to %zu steps:\n%s",
-        static_cast<unsigned long long>(seed), shortest.steps.size(), histories::describe(shortest).c_str());
+    std::printf("\nThe history of seed %llu, shrunk to %zu steps:\n%s", static_cast<unsigned long long>(seed),
+        shortest.steps.size(), histories::describe(shortest).c_str());
     for (const std::string &fault : histories::play(shortest).faults)
         std::printf("  -> %s\n", fault.c_str());
     std::printf("again: sync_histories --seed %llu --count 1 --clients %d%s\n", static_cast<unsigned long long>(seed),
@@ -68,7 +68,13 @@ int main(int count, char **arguments)
             const int clients = options.clients != 0 ? options.clients : static_cast<int>(1 + seed % 3);
             const auto history = histories::draw(seed, clients, options.guards);
             const auto verdict = histories::play(history);
-            doubled += verdict.doubled > 0 ? 1 : 0;
+            if (verdict.doubled > 0 && !options.expectFailure) {
+                ++doubled;
+                std::printf("a task is there twice after the history of seed %llu with %d client(s)\n",
+                    static_cast<unsigned long long>(seed), clients);
+                if (options.count == 1)
+                    report(history, seed);
+            }
             if (verdict.isWell())
                 continue;
             if (++wrong <= 3 && !options.expectFailure)
