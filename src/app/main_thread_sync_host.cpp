@@ -7,6 +7,36 @@
 
 namespace app {
 
+namespace {
+
+/// What a run says; its own room knows no translation.
+[[maybe_unused]] constexpr const char *texts[] = {
+    QT_TRANSLATE_NOOP("ToodledoSync", "Could not log on to Toodledo."),
+    QT_TRANSLATE_NOOP("ToodledoSync",
+        "Could not log on to Toodledo. Check your Internet connection, and make sure your user name and password are "
+        "correct."),
+    QT_TRANSLATE_NOOP("ToodledoSync", "Could not synchronize with Toodledo."),
+    QT_TRANSLATE_NOOP("ToodledoSync",
+        "Could not synchronize with Toodledo. The most likely cause is that you have reached the hourly synch limit of "
+        "ToodleDo. Wait and try again later."),
+    QT_TRANSLATE_NOOP("ToodledoSync", "Login problem"),
+    QT_TRANSLATE_NOOP("ToodledoSync", "Synchronization problem"),
+    QT_TRANSLATE_NOOP("ToodledoSync", "Logging in to Toodledo..."),
+    QT_TRANSLATE_NOOP("ToodledoSync", "Retrieving folders..."),
+    QT_TRANSLATE_NOOP("ToodledoSync", "Deleting folders on server."),
+    QT_TRANSLATE_NOOP("ToodledoSync", "Retrieving contexts..."),
+    QT_TRANSLATE_NOOP("ToodledoSync", "Retrieving tasks..."),
+    QT_TRANSLATE_NOOP("ToodledoSync", "Saving data"),
+    QT_TRANSLATE_NOOP("ToodledoSync", "Beginning sync process"),
+    QT_TRANSLATE_NOOP("ToodledoSync", "Test message"),
+    QT_TRANSLATE_NOOP("ToodledoSync", "Starting Toodledo sync"),
+    QT_TRANSLATE_NOOP("ToodledoSync", "Toodledo sync may take a few moments."),
+    QT_TRANSLATE_NOOP("ToodledoSync", "Toodledo Sync Complete"),
+    QT_TRANSLATE_NOOP("ToodledoSync", "Toodledo synchronization completed."),
+};
+
+} // namespace
+
 MainThreadSyncHost::MainThreadSyncHost(
     objectstore::ObjectContext &moc, model::EditTracking &tracking, UserInteraction &user, std::function<void()> save)
     : m_moc(moc), m_tracking(tracking), m_user(user), m_save(std::move(save))

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/tm_application_delegate.h"
 
+#include "app/store_opening.h"
 #include "app/text.h"
 #include "foundation/log.h"
 #include "hotkeys/qvl_key_code_translator.h"
@@ -19,8 +20,19 @@ namespace keys = model::keys;
 namespace {
 constexpr auto saveDelay = 700ms; // typing is saved in pauses, and a crash costs less than a second of it
 constexpr auto saveRetryDelay = 20s;
+constexpr auto longestSaveWait = 100ms; // for another writer; longer would be felt while typing
+constexpr auto heldUpSaveDelay = 300ms;
+constexpr int heldUpSavesUntold = 10; // some four seconds
+constexpr int heldUpSavesBeforeQuitting = 100; // some ten seconds
 constexpr auto externalChangesInterval = 1500ms;
 constexpr auto tickInterval = 2s;
+
+bool isHeldUp(const Error &error)
+{
+    return error.domain == "ObjectStoreErrorDomain"
+        && error.code == static_cast<int>(objectstore::StoreErrorCode::Busy);
+}
+
 } // namespace
 
 TMApplicationDelegate::TMApplicationDelegate(Environment environment)
@@ -32,11 +44,13 @@ TMApplicationDelegate::TMApplicationDelegate(Environment environment)
     , m_makeTransport(std::move(environment.makeTransport))
     , m_hotKeyCenter(environment.hotKeyCenter)
     , m_hotKey(makeHotKey())
+    , m_care(m_store->store(), backupFolder(m_store->store().file().parent_path()))
     , m_tracking(managedObjectContext(), m_clock)
     , m_syncHost(managedObjectContext(), m_tracking, m_user, [this] { saveAction(); })
     , m_reminderTimer(managedObjectContext(), m_clock, m_user, [this] { saveAction(); })
 {
     managedObjectContext().enableUndo();
+    managedObjectContext().setLongestWait(longestSaveWait);
     m_changes = managedObjectContext().onObjectsDidChange(
         [this](const objectstore::ObjectsChange &change) { announce(change); });
 
@@ -44,6 +58,8 @@ TMApplicationDelegate::TMApplicationDelegate(Environment environment)
     connect(&m_syncHost, &MainThreadSyncHost::syncDidBegin, this, &TMApplicationDelegate::syncDidBegin);
     connect(&m_syncHost, &MainThreadSyncHost::syncDidEnd, this, &TMApplicationDelegate::endSync);
     connect(&m_syncHost, &MainThreadSyncHost::changesMerged, this, &TMApplicationDelegate::storeDidChangeElsewhere);
+
+    connect(&m_care, &StoreCare::troubleFound, this, [this](const Error &error) { m_user.presentError(error); });
 
     m_saveTimer.setSingleShot(true);
     connect(&m_saveTimer, &QTimer::timeout, this, &TMApplicationDelegate::saveAction);
@@ -73,6 +89,7 @@ void TMApplicationDelegate::applicationDidFinishLaunching()
     initTimers();
     if (m_settings.boolean(keys::SyncOnLaunch) && m_settings.boolean(keys::SyncToToodledo))
         synchronizeTasks();
+    m_care.checkAndBackUp();
     newDay();
 }
 
@@ -81,7 +98,7 @@ bool TMApplicationDelegate::applicationShouldTerminate()
     Q_EMIT commitEditing();
     bool isTerminating = true;
     if (managedObjectContext().hasChanges()) {
-        if (const auto saved = save(); !saved) {
+        if (const auto saved = saveBeforeQuitting(); !saved) {
             logError(saved.error());
             m_user.presentError(saved.error());
             isTerminating = m_user.ask(
@@ -130,10 +147,11 @@ foundation::Result<void> TMApplicationDelegate::save()
     m_saveTimer.stop();
     auto saved = managedObjectContext().save();
     if (!saved) {
-        m_saveFailed = true;
+        m_saveFailed = m_saveFailed || !isHeldUp(saved.error());
         return foundation::Failure(std::move(saved.error()));
     }
     m_saveFailed = false;
+    m_savesHeldUp = 0;
     for (const objectstore::DiscardedValue &discarded : saved->discarded)
         foundation::logLine("A save gave up the value entered for " + discarded.property + " of "
             + m_store->store().uri(discarded.object) + ": it had been changed elsewhere.");
@@ -145,18 +163,37 @@ foundation::Result<void> TMApplicationDelegate::save()
 void TMApplicationDelegate::saveAction()
 {
     const bool wasFailing = m_saveFailed;
+    const bool wasWaiting = m_savesHeldUp > heldUpSavesUntold;
     const auto saved = save();
     if (saved) {
-        if (wasFailing)
+        if (wasFailing || wasWaiting)
             updateStatus({});
         return;
     }
+    if (isHeldUp(saved.error()))
+        return waitForOtherWriter();
     m_saveTimer.start(saveRetryDelay);
     logError(saved.error());
     if (wasFailing)
         return; // it has been said
     updateStatus(tr("Your changes are not saved yet; trying again."));
     m_user.presentError(saved.error());
+}
+
+/// The user quits and can wait for a moment; another program writes for a few seconds at most.
+foundation::Result<void> TMApplicationDelegate::saveBeforeQuitting()
+{
+    auto saved = save();
+    for (int attempt = 0; !saved && isHeldUp(saved.error()) && attempt < heldUpSavesBeforeQuitting; ++attempt)
+        saved = save();
+    return saved;
+}
+
+void TMApplicationDelegate::waitForOtherWriter()
+{
+    m_saveTimer.start(heldUpSaveDelay);
+    if (++m_savesHeldUp == heldUpSavesUntold + 1)
+        updateStatus(tr("Another program is writing to your tasks; your changes are saved as soon as it is done."));
 }
 
 void TMApplicationDelegate::logError(const Error &error) const
@@ -307,6 +344,7 @@ void TMApplicationDelegate::newDay()
 {
     renewSmartFolders();
     Q_EMIT newDayDidBegin();
+    m_care.backUp();
     updateDockBadge();
 }
 

@@ -4,6 +4,7 @@
 #include "app/main_thread_sync_host.h"
 #include "app/reminder_timer.h"
 #include "app/repeating_schedule.h"
+#include "app/store_care.h"
 #include "app/tm_application.h"
 #include "app/user_interaction.h"
 #include "foundation/local_zone_watch.h"
@@ -39,7 +40,8 @@ struct Environment {
 /// synchronisation, and knows in which order the program comes up and goes down.
 ///
 /// Main thread. Changes are announced once per turn of the event loop and saved a moment after they were made; a save
-/// that fails is shown once, keeps every change, and is tried again until it succeeds.
+/// that fails is shown once, keeps every change, and is tried again until it succeeds. A save that another program
+/// holds up waits for a tenth of a second and is tried again between events; the status line tells when that lasts.
 class TMApplicationDelegate final : public QObject
 {
     Q_OBJECT
@@ -125,6 +127,8 @@ Q_SIGNALS:
 
 private:
     [[nodiscard]] foundation::Result<void> save();
+    [[nodiscard]] foundation::Result<void> saveBeforeQuitting();
+    void waitForOtherWriter();
     void logError(const foundation::Error &error) const;
     void announce(const objectstore::ObjectsChange &change);
     void saveSoon();
@@ -146,6 +150,7 @@ private:
     std::unique_ptr<hotkeys::QVLHotKey> m_hotKey;
     QString m_hotKeyProblem;
 
+    StoreCare m_care;
     model::EditTracking m_tracking;
     MainThreadSyncHost m_syncHost;
     std::unique_ptr<syncing::ToodledoSync> m_sync;
@@ -162,6 +167,7 @@ private:
     QString m_badge;
     bool m_isSyncing = false;
     bool m_saveFailed = false;
+    int m_savesHeldUp = 0; ///< by another program, in a row
 };
 
 } // namespace app

@@ -35,21 +35,6 @@ fs::path userFolder(const char *variable, const char *fallback)
     return error ? fs::path("/tmp") : temporary;
 }
 
-/// Creates the folder, readable by nobody else; one that exists is left as it is.
-std::error_code makePrivateFolder(fs::path folder)
-{
-    if (!folder.has_filename()) // "Quelvin/" means "Quelvin"
-        folder = folder.parent_path();
-    std::error_code error;
-    if (folder.has_parent_path())
-        fs::create_directories(folder.parent_path(), error);
-    if (error)
-        return error;
-    if (::mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST)
-        return {errno, std::generic_category()};
-    return {};
-}
-
 /// The turn of one process to open a store and set it up, so that two that start together do not both make the default
 /// records. A folder that takes no lock file gives the turn to everybody.
 class SetUpTurn
@@ -85,6 +70,20 @@ fs::path settingsFile()
     return userFolder("XDG_CONFIG_HOME", ".config") / folderName / "settings.json";
 }
 
+std::error_code makeStoreFolder(fs::path folder)
+{
+    if (!folder.has_filename()) // "Quelvin/" means "Quelvin"
+        folder = folder.parent_path();
+    std::error_code error;
+    if (folder.has_parent_path())
+        fs::create_directories(folder.parent_path(), error);
+    if (error)
+        return error;
+    if (::mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST)
+        return {errno, std::generic_category()};
+    return {};
+}
+
 TaskStore::TaskStore(std::unique_ptr<objectstore::Store> store)
     : m_store(std::move(store)), m_managedObjectContext(*m_store, objectstore::MergePolicy::Rollback)
 { }
@@ -92,7 +91,7 @@ TaskStore::TaskStore(std::unique_ptr<objectstore::Store> store)
 Result<std::unique_ptr<TaskStore>> TaskStore::open(
     const fs::path &folder, const foundation::Clock &clock, foundation::ErrorPresenter &presenter)
 {
-    if (const std::error_code error = makePrivateFolder(folder))
+    if (const std::error_code error = makeStoreFolder(folder))
         presenter.presentError({"TaskStoreErrorDomain", error.value(),
             "The folder \"" + folder.string() + "\" could not be created: " + error.message() + ".", {}});
 

@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <system_error>
 
 namespace model {
 
@@ -18,6 +19,9 @@ namespace model {
 /// The file of the settings: $XDG_CONFIG_HOME/Quelvin/settings.json, else the same below ~/.config, else among the
 /// temporary files.
 [[nodiscard]] std::filesystem::path settingsFile();
+
+/// Makes the folder of a store, readable by nobody else; one that exists is left as it is.
+[[nodiscard]] std::error_code makeStoreFolder(std::filesystem::path folder);
 
 /// The user's tasks: the open store file and the main context over it, with the default records in place.
 /// Belongs to the main thread; another thread makes an ObjectContext of its own over `store()`.

@@ -5,6 +5,7 @@
 #include "objectstore/store.h"
 
 #include <SQLiteCpp/Database.h>
+#include <chrono>
 #include <memory>
 #include <sqlite3.h>
 #include <string>
@@ -71,6 +72,12 @@ public:
     void keepFilesOnClose(bool keep)
     {
         sqlite3_db_config(handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, keep ? 1 : 0, nullptr);
+    }
+
+    /// How long a write waits for the writer before it.
+    void setBusyTimeout(std::chrono::milliseconds timeout)
+    {
+        sqlite3_busy_timeout(handle(), static_cast<int>(timeout.count()));
     }
 
     /// A number that changes whenever another connection has committed.

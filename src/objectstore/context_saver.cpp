@@ -39,8 +39,9 @@ Result<SaveReport> ContextSaver::save()
         }
     } catch (const SQLite::Exception &exception) {
         m_context.disconnect(exception);
-        return Failure(storeError(
-            StoreErrorCode::NotSaved, "Your changes could not be saved. They are kept in the program.", exception));
+        return Failure(
+            storeError(primaryCode(exception) == SQLITE_BUSY ? StoreErrorCode::Busy : StoreErrorCode::NotSaved,
+                "Your changes could not be saved. They are kept in the program.", exception));
     }
     return adopt();
 }

@@ -38,6 +38,7 @@ struct ObjectContext::State {
     std::list<std::function<void(const ObjectsChange &)>> handlers; ///< outlives the objects, which may subscribe
     std::unique_ptr<Connection> connection;
     foundation::Error connectError; ///< why there is no connection
+    std::optional<std::chrono::milliseconds> longestWait; ///< for other writers; none leaves the connection's own
     std::vector<Objects> objects; ///< by entity index, then key
     std::vector<std::vector<std::int64_t>> faults; ///< keys of objects that were made as faults, loaded in batches
     std::vector<RowPointer> defaults; ///< the row that an inserted object starts from, by entity index

@@ -100,14 +100,24 @@ ObjectContext::ObjectContext(Store &store, MergePolicy policy)
 
 ObjectContext::~ObjectContext() = default;
 
+void ObjectContext::setLongestWait(std::chrono::milliseconds wait)
+{
+    m_state->longestWait = wait;
+    if (m_state->connection)
+        m_state->connection->setBusyTimeout(wait);
+}
+
 /// The connection, made anew where there is none; null when that fails, and then `connectError` tells why.
 Connection *ObjectContext::connected() const
 {
     if (!m_state->connection) {
-        if (auto connection = m_store.connect())
+        if (auto connection = m_store.connect()) {
             m_state->connection = std::move(*connection);
-        else
+            if (m_state->longestWait)
+                m_state->connection->setBusyTimeout(*m_state->longestWait);
+        } else {
             m_state->connectError = connection.error();
+        }
     }
     return m_state->connection.get();
 }

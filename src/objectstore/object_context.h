@@ -5,6 +5,7 @@
 #include "objectstore/predicate.h"
 #include "objectstore/store.h"
 
+#include <chrono>
 #include <functional>
 #include <list>
 #include <memory>
@@ -115,6 +116,9 @@ public:
     ObjectContext &operator=(const ObjectContext &) = delete;
 
     [[nodiscard]] Store &store() const { return m_store; }
+
+    /// How long a save waits for another writer before it fails with StoreErrorCode::Busy. Ten seconds unless set.
+    void setLongestWait(std::chrono::milliseconds wait);
 
     /// Makes a new object of the entity with the defaults of its model; `awakeFromInsert` runs before it returns,
     /// unless the caller fills the object himself and says so.

@@ -120,7 +120,8 @@ std::unique_ptr<Connection> Store::openFile()
         connection = std::make_unique<Connection>(m_file, m_vfs, Connection::Mode::Immutable);
     }
     if (connection->isReadOnly())
-        m_notice = "The store \"" + m_file.filename().string() + "\" can be read but not changed.";
+        m_notice = "The store \"" + m_file.filename().string()
+            + "\" can be read but not changed. To change tasks, make the file and its folder writable and start again.";
     return connection;
 }
 

@@ -21,6 +21,7 @@ enum class StoreErrorCode {
     NewerSchema, ///< a later version of the program wrote it; it is left as it is
     Unreadable, ///< a read failed
     NotSaved, ///< a save failed and wrote nothing
+    Busy, ///< the same, since another program kept writing for as long as the context waits
     Moved, ///< the file was moved, replaced or deleted while it was open
     InUse, ///< another window has the store open
     BadRequest, ///< a fetch names what the model does not have

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/process_setup.h"
+#include "app/store_opening.h"
 #include "app/text.h"
 #include "app/tm_application_delegate.h"
-#include "foundation/file_lock.h"
 #include "model/settings_defaults.h"
 #include "platform/desktop_notifications.h"
 #include "platform/hot_key_back_ends.h"
@@ -12,6 +12,7 @@
 #include "views/main_window.h"
 #include "views/quick_task_controller.h"
 #include "views/theme.h"
+#include "views/translations.h"
 #include "views/tray_icon.h"
 #include "views/window_user_interaction.h"
 
@@ -31,21 +32,22 @@ struct Arguments {
     QStringList actionArguments;
 };
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("main", text);
-}
+struct Main {
+    Q_DECLARE_TR_FUNCTIONS(Main)
+};
 
 Arguments parse(const QCoreApplication &application)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(tr("Tasks, the getting-things-done way."));
-    const QCommandLineOption store(QStringLiteral("store"), tr("The folder of the task store."), tr("folder"));
-    const QCommandLineOption settings(QStringLiteral("settings"), tr("The file of the settings."), tr("file"));
+    parser.setApplicationDescription(Main::tr("Tasks, the getting-things-done way."));
+    const QCommandLineOption store(
+        QStringLiteral("store"), Main::tr("The folder of the task store."), Main::tr("folder"));
+    const QCommandLineOption settings(
+        QStringLiteral("settings"), Main::tr("The file of the settings."), Main::tr("file"));
     const QCommandLineOption add(
-        QStringLiteral("add"), tr("Open the quick entry with this title, which may be empty."), tr("text"));
-    const QCommandLineOption addSelection(
-        QStringLiteral("add-selection"), tr("Open the quick entry with the text that is selected on the desktop."));
+        QStringLiteral("add"), Main::tr("Open the quick entry with this title, which may be empty."), Main::tr("text"));
+    const QCommandLineOption addSelection(QStringLiteral("add-selection"),
+        Main::tr("Open the quick entry with the text that is selected on the desktop."));
     parser.addOptions({store, settings, add, addSelection});
     parser.addHelpOption();
     parser.addVersionOption();
@@ -97,6 +99,7 @@ int main(int argc, char **argv)
     app::setUpProcess();
     app::TMApplication application(argc, argv);
     application.setApplicationVersion(QStringLiteral(QUELVIN_VERSION));
+    const views::Translations translations(QLocale::system());
     const Arguments arguments = parse(application);
 
     const QDBusConnection bus = QDBusConnection::sessionBus();
@@ -120,18 +123,13 @@ int main(int argc, char **argv)
     if (settings.loadError())
         user.presentError(*settings.loadError());
 
-    auto store = model::TaskStore::open(arguments.store, clock, user);
+    auto store = app::openStore(arguments.store, clock, user);
     if (!store)
         return fail(user, store.error());
-    const auto lock = foundation::FileLock::tryLock(arguments.store / "window.lock");
-    if (!lock)
-        return fail(
-            user, {"ApplicationErrorDomain", 1, app::toUtf8(tr("Quelvin is already open with these tasks.")), {}});
-
     const auto hotKeys = platform::makeHotKeyBackEnd(bus);
     hotkeys::QVLHotKeyCenter hotKeyCenter(*hotKeys);
     app::TMApplicationDelegate delegate({.application = application,
-        .store = std::move(*store),
+        .store = std::move(store->tasks),
         .settings = settings,
         .clock = clock,
         .user = user,

@@ -76,9 +76,10 @@ std::optional<QDate> weekday(const QString &text, QDate today)
 
 std::optional<QDate> calendarDay(const QString &text, QDate today)
 {
-    static const char *const withYear[] = {
-        "yyyy-M-d", "d MMM yyyy", "d MMMM yyyy", "MMM d yyyy", "MMMM d yyyy", "ddd d MMM yyyy", "d.M.yyyy", "d/M/yyyy"};
-    static const char *const withoutYear[] = {"d MMM", "d MMMM", "MMM d", "MMMM d", "ddd d MMM", "d.M.", "d.M"};
+    static const char *const withYear[] = {"yyyy-M-d", "d MMM yyyy", "d MMMM yyyy", "MMM d yyyy", "MMMM d yyyy",
+        "ddd d MMM yyyy", "d. MMM yyyy", "d. MMMM yyyy", "ddd d. MMM yyyy", "d.M.yyyy", "d/M/yyyy"};
+    static const char *const withoutYear[]
+        = {"d MMM", "d MMMM", "MMM d", "MMMM d", "ddd d MMM", "d. MMM", "d. MMMM", "d.M.", "d.M"};
     const QLocale locales[] = {QLocale(), QLocale(QLocale::English)};
     for (const QLocale &locale : locales) {
         for (const char *format : withYear) {

@@ -4,6 +4,7 @@
 #include "app/text.h"
 #include "foundation/log.h"
 #include "model/settings_defaults.h"
+#include "viewcontrollers/task_cells.h"
 
 namespace viewcontrollers {
 
@@ -283,7 +284,8 @@ int SourceListController::columnCount(const QModelIndex &) const
 QString SourceListController::title(const QModelIndex &index) const
 {
     if (const ManagedObject *object = record(index))
-        return toQString(object->text("title"));
+        return recordTitle(
+            kind(index) == SourceKind::Context ? TaskColumn::Context : TaskColumn::Title, object->text("title"));
     return QCoreApplication::translate("SourceList", topLevel(index.row()).key);
 }
 

@@ -15,6 +15,21 @@ using objectstore::ManagedObject;
 
 namespace {
 
+[[maybe_unused]] constexpr const char *defaultTitles[] = {
+    QT_TRANSLATE_NOOP("DefaultRecords", "Inbox"),
+    QT_TRANSLATE_NOOP("DefaultRecords", "None"),
+    QT_TRANSLATE_NOOP("DefaultRecords", "Next Action"),
+    QT_TRANSLATE_NOOP("DefaultRecords", "Active"),
+    QT_TRANSLATE_NOOP("DefaultRecords", "Planning"),
+    QT_TRANSLATE_NOOP("DefaultRecords", "Delegated"),
+    QT_TRANSLATE_NOOP("DefaultRecords", "Waiting"),
+    QT_TRANSLATE_NOOP("DefaultRecords", "Hold"),
+    QT_TRANSLATE_NOOP("DefaultRecords", "Postponed"),
+    QT_TRANSLATE_NOOP("DefaultRecords", "Someday"),
+    QT_TRANSLATE_NOOP("DefaultRecords", "Cancelled"),
+    QT_TRANSLATE_NOOP("DefaultRecords", "Reference"),
+};
+
 struct Texts {
     Q_DECLARE_TR_FUNCTIONS(TaskTable)
 };
@@ -126,6 +141,13 @@ QString priorityText(std::int64_t priority)
     return Texts::tr("%1 – %2", "priority: number, name").arg(priority).arg(Texts::tr(name));
 }
 
+QString recordTitle(TaskColumn kind, std::string_view title)
+{
+    const bool isInEveryStore = kind == TaskColumn::State || (kind == TaskColumn::Folder && title == "Inbox")
+        || (kind == TaskColumn::Context && title == "None");
+    return isInEveryStore && !title.empty() ? app::translated("DefaultRecords", title) : toQString(title);
+}
+
 QString cellText(const model::Tasks &task, TaskColumn column, Instant now)
 {
     if (const Link *link = linkOf(column)) {
@@ -133,7 +155,7 @@ QString cellText(const model::Tasks &task, TaskColumn column, Instant now)
         if (!target)
             return {};
         return column == TaskColumn::Priority ? priorityText(target->integer(link->title))
-                                              : toQString(target->text(link->title));
+                                              : recordTitle(column, target->text(link->title));
     }
     switch (column) {
     case TaskColumn::Title:

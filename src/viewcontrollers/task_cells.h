@@ -9,6 +9,9 @@
 
 namespace viewcontrollers {
 
+/// The title of a folder, context or state as it is shown: those that every store has are named in the user's language.
+[[nodiscard]] QString recordTitle(TaskColumn kind, std::string_view title);
+
 /// What a cell of the task table says, in the user's language.
 [[nodiscard]] QString cellText(const model::Tasks &task, TaskColumn column, foundation::Instant now);
 /// The value that an editor of the cell starts from: text, a boolean, a date or time, minutes, or a record's URI.

@@ -31,7 +31,7 @@ QString textOf(const ManagedObject &record, TaskColumn column)
 {
     if (column == TaskColumn::Priority)
         return priorityText(record.integer("priority"));
-    return toQString(record.text(column == TaskColumn::State ? "state" : "title"));
+    return recordTitle(column, record.text(column == TaskColumn::State ? "state" : "title"));
 }
 
 } // namespace

@@ -12,7 +12,7 @@ namespace {
 
 using enum Command;
 
-constexpr std::array<CommandDescription, 41> commands{{
+constexpr std::array<CommandDescription, 42> commands{{
     {NewTask, CommandMenu::File, QT_TRANSLATE_NOOP("Commands", "New Task"), "add", "Ctrl+N"},
     {CloneTask, CommandMenu::File, QT_TRANSLATE_NOOP("Commands", "Clone Task"), "", "Ctrl+D"},
     {QuickTask, CommandMenu::File, QT_TRANSLATE_NOOP("Commands", "Quick Entry"), "bolt", "Ctrl+Shift+T"},

@@ -29,9 +29,9 @@ DateField::DateField(const foundation::Clock &clock, QWidget *parent) : QLineEdi
     setProperty("isFlat", true);
     setPlaceholderText(tr("None"));
     auto *calendar = addAction(icon(QStringLiteral("calendar")), QLineEdit::TrailingPosition);
-    calendar->setToolTip(tr("Calendar"));
+    calendar->setText(tr("Calendar"));
     m_clear = addAction(icon(QStringLiteral("close")), QLineEdit::TrailingPosition);
-    m_clear->setToolTip(tr("Clear"));
+    m_clear->setText(tr("Clear"));
     m_clear->setVisible(false);
     connect(calendar, &QAction::triggered, this, &DateField::openCalendar);
     connect(m_clear, &QAction::triggered, this, [this] { pick(std::nullopt); });

@@ -98,6 +98,7 @@ QWidget *DetailPane::makeForm()
     area->setObjectName(QStringLiteral("detailContent"));
     area->setWidgetResizable(true);
     area->setFrameShape(QFrame::NoFrame);
+    area->setFocusPolicy(Qt::NoFocus); // its fields scroll into sight when they take the focus
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     area->setWidget(content);
     return area;
@@ -135,6 +136,8 @@ void DetailPane::addField(QGridLayout &grid, const QString &name, QWidget *field
     label->setObjectName(QStringLiteral("fieldName"));
     label->setBuddy(field);
     field->setAccessibleName(name);
+    if (QWidget *typedInto = field->focusProxy())
+        typedInto->setAccessibleName(name);
     const int row = grid.rowCount();
     const bool mayGrow = qobject_cast<TokenField *>(field) != nullptr;
     label->setContentsMargins(0, mayGrow ? 6 : 0, 0, 0);

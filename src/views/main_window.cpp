@@ -76,7 +76,7 @@ QWidget *MainWindow::makeSidebar()
     m_searchField->setObjectName(QStringLiteral("searchField"));
     m_searchField->setPlaceholderText(tr("Search"));
     m_searchField->setAccessibleName(tr("Search"));
-    m_searchField->addAction(icon(QStringLiteral("search")), QLineEdit::LeadingPosition);
+    m_searchField->addAction(icon(QStringLiteral("search")), QLineEdit::LeadingPosition)->setText(tr("Search"));
     m_searchField->installEventFilter(this);
     m_outline = new FoldersOutlineView(m_sources, m_delegate.settings());
     m_tagBrowser = new TagBrowser(m_delegate);
@@ -158,7 +158,7 @@ QWidget *MainWindow::makeCenter()
     m_newTask->setObjectName(QStringLiteral("newTaskField"));
     m_newTask->setAccessibleName(tr("New task"));
     m_newTask->setPlaceholderText(tr("Add a task"));
-    m_newTask->addAction(icon(QStringLiteral("add")), QLineEdit::LeadingPosition);
+    m_newTask->addAction(icon(QStringLiteral("add")), QLineEdit::LeadingPosition)->setText(tr("Add a task"));
     auto *field = new QHBoxLayout;
     field->setContentsMargins(14, 2, 14, 8);
     field->addWidget(m_newTask);

@@ -59,6 +59,7 @@ private:
     QWidget *makeStatusBar();
     QToolButton *makeToolButton(Command command);
     void makeMenus();
+    void commitOpenEditors();
     void connectParts();
     void acceptDrops();
     void connectTaskCommands();

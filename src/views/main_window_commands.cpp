@@ -77,8 +77,20 @@ void MainWindow::makeMenus()
     }
 }
 
+/// What is being typed into a row of a list goes into its record; the editor stays open.
+void MainWindow::commitOpenEditors()
+{
+    for (QAbstractItemView *view : findChildren<QAbstractItemView *>()) {
+        for (QWidget *editor : view->viewport()->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly)) {
+            if (!editor->isHidden()) // one that is hidden is on its way out
+                Q_EMIT view->itemDelegate()->commitData(editor);
+        }
+    }
+}
+
 void MainWindow::connectParts()
 {
+    connect(&m_delegate, &TMApplicationDelegate::commitEditing, this, &MainWindow::commitOpenEditors);
     connect(m_outline, &FoldersOutlineView::selectionMoved, this, &MainWindow::showSelectedSource);
     connect(m_outline, &QAbstractItemView::clicked, this, [this] {
         if (m_shown == Shown::Search)
@@ -255,9 +267,9 @@ void MainWindow::connectViewCommands()
         });
     on(Command::FocusLists, [this] { m_sidebarPages->currentWidget()->setFocus(); });
     on(Command::FocusTasks, [this] {
-        m_table->setFocus();
-        if (!m_table->currentIndex().isValid())
-            m_table->setCurrentIndex(m_tasks.index(0, 0));
+        m_table->setFocus(); // which may make a row the current one without selecting it
+        if (!m_table->selectionModel()->hasSelection())
+            m_table->setCurrentIndex(m_table->currentIndex().isValid() ? m_table->currentIndex() : m_tasks.index(0, 0));
     });
 }
 

@@ -23,10 +23,10 @@ struct ManagedKind {
 
 /// In the order of `Managed`. The two default records are not offered: the program finds them by their titles.
 constexpr std::array<ManagedKind, 4> kinds{{
-    {QT_TRANSLATE_NOOP("ManagementWindow", "Folders"), "Folders", "markedForDeletion=NO && title != 'Inbox'"},
-    {QT_TRANSLATE_NOOP("ManagementWindow", "Contexts"), "Contexts", "markedForDeletion=NO && title != 'None'"},
-    {QT_TRANSLATE_NOOP("ManagementWindow", "Tags"), "Tags", "TRUEPREDICATE"},
-    {QT_TRANSLATE_NOOP("ManagementWindow", "Smart Folders"), "SmartFolder", "TRUEPREDICATE"},
+    {QT_TRANSLATE_NOOP("views::ManagementWindow", "Folders"), "Folders", "markedForDeletion=NO && title != 'Inbox'"},
+    {QT_TRANSLATE_NOOP("views::ManagementWindow", "Contexts"), "Contexts", "markedForDeletion=NO && title != 'None'"},
+    {QT_TRANSLATE_NOOP("views::ManagementWindow", "Tags"), "Tags", "TRUEPREDICATE"},
+    {QT_TRANSLATE_NOOP("views::ManagementWindow", "Smart Folders"), "SmartFolder", "TRUEPREDICATE"},
 }};
 
 } // namespace

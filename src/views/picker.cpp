@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "views/picker.h"
 
+#include "views/cell_painting.h"
 #include "views/theme.h"
 
 #include <QFrame>
@@ -41,10 +42,8 @@ void Picker::paintEvent(QPaintEvent *)
     initStyleOption(&option);
     option.text.clear();
     painter.drawComplexControl(QStyle::CC_ToolButton, option);
-    painter.setPen(m_isPlaceholder ? Theme::current().faint : Theme::current().text);
-    const QRect room = rect().adjusted(10, 0, -8, 0);
-    painter.drawText(
-        room, Qt::AlignLeft | Qt::AlignVCenter, fontMetrics().elidedText(text(), Qt::ElideRight, room.width()));
+    painter.setPen(m_isPlaceholder ? Theme::current().muted : Theme::current().text);
+    drawLine(&painter, option, placed(option, rect(), rect().adjusted(10, 0, -8, 0)), text());
 }
 
 void Picker::open()
@@ -59,9 +58,11 @@ void Picker::open()
     layout->setContentsMargins(6, 6, 6, 6);
     m_filter = new QLineEdit;
     m_filter->setPlaceholderText(tr("Find"));
+    m_filter->setAccessibleName(tr("Find"));
     m_filter->setVisible(choices.size() >= filterFrom);
     m_list = new QListWidget;
     m_list->setObjectName(QStringLiteral("choices"));
+    m_list->setAccessibleName(accessibleName());
     m_list->setUniformItemSizes(true);
     m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     layout->addWidget(m_filter);

@@ -12,6 +12,7 @@
 #include <QComboBox>
 #include <QFormLayout>
 #include <QLineEdit>
+#include <QPainter>
 #include <QPushButton>
 #include <QSpinBox>
 #include <QToolButton>
@@ -25,12 +26,31 @@ namespace keys = model::keys;
 
 namespace {
 
-constexpr std::pair<std::string_view, const char *> colorTexts[] = {
-    {keys::BackgroundColor, QT_TRANSLATE_NOOP("PreferencesWindow", "Task list")},
-    {keys::DetailBackgroundColor, QT_TRANSLATE_NOOP("PreferencesWindow", "Details")},
-    {keys::TitleStartColor, QT_TRANSLATE_NOOP("PreferencesWindow", "Title, from")},
-    {keys::TitleEndColor, QT_TRANSLATE_NOOP("PreferencesWindow", "Title, to")},
+struct UserColor {
+    std::string_view key;
+    const char *text;
+    QColor Theme::*inUse; ///< the theme's own while the setting is at its default
 };
+
+constexpr UserColor userColors[] = {
+    {keys::BackgroundColor, QT_TRANSLATE_NOOP("views::PreferencesWindow", "Task list"), &Theme::list},
+    {keys::DetailBackgroundColor, QT_TRANSLATE_NOOP("views::PreferencesWindow", "Details"), &Theme::detail},
+    {keys::TitleStartColor, QT_TRANSLATE_NOOP("views::PreferencesWindow", "Title, from"), &Theme::titleStart},
+    {keys::TitleEndColor, QT_TRANSLATE_NOOP("views::PreferencesWindow", "Title, to"), &Theme::titleEnd},
+};
+
+QPixmap swatch(const QColor &color, const QSize &size, double scale)
+{
+    QPixmap picture(size * scale);
+    picture.setDevicePixelRatio(scale);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Theme::current().border);
+    painter.setBrush(color);
+    painter.drawRoundedRect(QRectF(QPointF(0.5, 0.5), QSizeF(size) - QSizeF(1, 1)), 6, 6);
+    return picture;
+}
 
 constexpr std::string_view tipKeys[]
     = {"TodayTip", "InboxTip", "LocationTip", "TrashTip", "FolderTip", "ContextTip", "SmartFolderTip"};
@@ -150,12 +170,12 @@ QWidget *PreferencesWindow::makeColorsPane()
     auto *pane = new QWidget;
     QVBoxLayout *layout = paneLayout(pane);
     auto *form = makeForm();
-    for (const auto &[key, text] : colorTexts) {
+    for (const auto &[key, text, inUse] : userColors) {
         auto *well = new QToolButton;
         well->setIconSize({56, 22});
         well->setAccessibleName(tr(text));
         connect(well, &QToolButton::clicked, this, [this, which = key] { pickColor(which); });
-        m_colorWells.emplace_back(key, well);
+        m_colorWells.push_back(well);
         form->addRow(tr(text), well);
     }
     layout->addLayout(form);
@@ -169,30 +189,30 @@ QWidget *PreferencesWindow::makeColorsPane()
 
 void PreferencesWindow::showColors()
 {
-    for (const auto &[key, well] : m_colorWells) {
-        QPixmap swatch(well->iconSize() * devicePixelRatioF());
-        swatch.setDevicePixelRatio(devicePixelRatioF());
-        swatch.fill(QColor(toQString(m_delegate.settings().text(key))));
-        well->setIcon(swatch);
+    for (std::size_t place = 0; place < m_colorWells.size(); ++place) {
+        QToolButton *well = m_colorWells[place];
+        well->setIcon(swatch(Theme::current().*userColors[place].inUse, well->iconSize(), devicePixelRatioF()));
     }
 }
 
 void PreferencesWindow::pickColor(std::string_view key)
 {
-    const QColor picked = QColorDialog::getColor(QColor(toQString(m_delegate.settings().text(key))), this);
+    const auto color = std::find_if(
+        std::begin(userColors), std::end(userColors), [key](const UserColor &known) { return known.key == key; });
+    const QColor picked = QColorDialog::getColor(Theme::current().*color->inUse, this);
     if (!picked.isValid())
         return;
     m_delegate.settings().set(key, toUtf8(picked.name()));
-    showColors();
     Q_EMIT appearanceChanged();
+    showColors();
 }
 
 void PreferencesWindow::resetColors()
 {
-    for (const auto &[key, well] : m_colorWells)
-        m_delegate.settings().set(key, *m_delegate.settings().registeredDefault(key));
-    showColors();
+    for (const UserColor &color : userColors)
+        m_delegate.settings().set(color.key, *m_delegate.settings().registeredDefault(color.key));
     Q_EMIT appearanceChanged();
+    showColors();
 }
 
 QWidget *PreferencesWindow::textField(std::string_view key, bool isSecret)

@@ -49,7 +49,7 @@ private:
     QButtonGroup *m_buttons = nullptr;
     QStackedWidget *m_panes = nullptr;
     QLabel *m_connectionStatus = nullptr;
-    std::vector<std::pair<std::string_view, QToolButton *>> m_colorWells;
+    std::vector<QToolButton *> m_colorWells; ///< in the order of the colours
 };
 
 /// The first window of a new user: the account to synchronise with, which may as well be left for later.

@@ -2,6 +2,7 @@
 #include "views/source_list_cell.h"
 
 #include "viewcontrollers/source_list_controller.h"
+#include "views/cell_painting.h"
 #include "views/icons.h"
 #include "views/theme.h"
 
@@ -78,16 +79,17 @@ void ImageAndTextCell::paint(QPainter *painter, const QStyleOptionViewItem &opti
 
     if (isGroupCell(index)) {
         painter->setFont(groupFont(option.font));
-        painter->setPen(theme.muted);
-        painter->drawText(
-            titleRect(row, index, 0).adjusted(0, 6, 0, 0), Qt::AlignVCenter | Qt::AlignLeft, index.data().toString());
+        painter->setPen(isSelected ? theme.text : theme.muted);
+        drawLine(painter, option, placed(option, row, titleRect(row, index, 0).adjusted(0, 6, 0, 0)),
+            index.data().toString());
         painter->restore();
         return;
     }
 
     const QString name = iconName(index);
     const int indent = index.parent().isValid() ? 4 : 0;
-    painter->drawPixmap(row.left() + leftPadding + indent, row.center().y() - iconSize / 2 + 1,
+    const QRect image(row.left() + leftPadding + indent, row.center().y() - iconSize / 2 + 1, iconSize, iconSize);
+    painter->drawPixmap(placed(option, row, image).topLeft(),
         iconPixmap(name, iconTint(name), iconSize, painter->device()->devicePixelRatioF()));
 
     QStyleOptionViewItem badgeOption = option;
@@ -97,9 +99,8 @@ void ImageAndTextCell::paint(QPainter *painter, const QStyleOptionViewItem &opti
 
     painter->setFont(option.font);
     painter->setPen(theme.text);
-    const QRect text = titleRect(row, index, badgeWidth).adjusted(indent, 0, 0, 0);
-    painter->drawText(text, Qt::AlignVCenter | Qt::AlignLeft,
-        option.fontMetrics.elidedText(index.data().toString(), Qt::ElideRight, text.width()));
+    drawLine(painter, option, placed(option, row, titleRect(row, index, badgeWidth).adjusted(indent, 0, 0, 0)),
+        index.data().toString());
     painter->restore();
 }
 
@@ -126,8 +127,9 @@ int ImageAndTextCell::drawBadge(QPainter *painter, const QStyleOptionViewItem &o
     QFont font = option.font;
     font.setPixelSize(11);
     font.setBold(true);
-    const QRectF pill(option.rect.right() - badgeMargin - width + 1, option.rect.center().y() - badgeHeight / 2 + 1,
-        width, badgeHeight);
+    const QRect pill = placed(option, option.rect,
+        {option.rect.right() - badgeMargin - width + 1, option.rect.center().y() - badgeHeight / 2 + 1, width,
+            badgeHeight});
     painter->setPen(Qt::NoPen);
     painter->setBrush(fill);
     painter->drawRoundedRect(pill, 7, 8);
@@ -151,12 +153,20 @@ QWidget *ImageAndTextCell::createEditor(QWidget *parent, const QStyleOptionViewI
     return editor;
 }
 
+void ImageAndTextCell::setEditorData(QWidget *editor, const QModelIndex &index) const
+{
+    auto *line = qobject_cast<QLineEdit *>(editor);
+    const QString title = index.data(Qt::EditRole).toString();
+    if (line && !line->isModified() && line->text() != title) // refreshed while it is open, it keeps what was typed
+        line->setText(title);
+}
+
 void ImageAndTextCell::updateEditorGeometry(
     QWidget *editor, const QStyleOptionViewItem &option, const QModelIndex &index) const
 {
     QRect rect = titleRect(selectionRect(option), index, 0);
     rect.adjust(-6, -1, leftPadding - 2, 1);
-    editor->setGeometry(rect);
+    editor->setGeometry(placed(option, selectionRect(option), rect));
 }
 
 } // namespace views

@@ -213,7 +213,8 @@ void FoldersOutlineView::drawRow(QPainter *painter, const QStyleOptionViewItem &
 QRect FoldersOutlineView::arrowRect(const QModelIndex &index) const
 {
     const QRect row = visualRect(index);
-    return {viewport()->width() - arrowSize - 12, row.center().y() - arrowSize / 2 + 4, arrowSize, arrowSize};
+    return QStyle::visualRect(layoutDirection(), viewport()->rect(),
+        {viewport()->width() - arrowSize - 12, row.center().y() - arrowSize / 2 + 4, arrowSize, arrowSize});
 }
 
 /// The arrow of a group stands at its right end: shown while the pointer is over the list, or the group is closed.

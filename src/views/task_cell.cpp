@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "views/task_cell.h"
 
+#include "views/cell_painting.h"
 #include "views/icons.h"
 #include "views/theme.h"
 
@@ -20,9 +21,17 @@ constexpr int boxGap = 11;
 constexpr int starSize = 18;
 constexpr int textMargin = 8;
 
-QRect boxRect(const QRect &cell)
+QRect boxRect(const QStyleOptionViewItem &option)
 {
-    return {cell.left() + boxLeft, cell.center().y() - boxSize / 2 + 1, boxSize, boxSize};
+    const QRect &cell = option.rect;
+    return placed(option, cell, {cell.left() + boxLeft, cell.center().y() - boxSize / 2 + 1, boxSize, boxSize});
+}
+
+/// The colour of what is secondary in a row.
+QColor quietInk(const QStyleOptionViewItem &option)
+{
+    const Theme &theme = Theme::current();
+    return option.state.testFlag(QStyle::State_Selected) ? theme.mutedSelected : theme.muted;
 }
 
 TaskColumn columnOf(const QModelIndex &index)
@@ -92,16 +101,14 @@ void TaskCell::paintTitle(QPainter *painter, const QStyleOptionViewItem &option,
 {
     const Theme &theme = Theme::current();
     const bool isComplete = index.data(TasksArrayController::CompleteRole).toBool();
-    drawTickBox(painter, boxRect(option.rect), isComplete, option.state.testFlag(QStyle::State_MouseOver));
+    drawTickBox(painter, boxRect(option), isComplete, option.state.testFlag(QStyle::State_MouseOver));
 
     QFont font = option.font;
     font.setStrikeOut(isComplete);
     painter->setFont(font);
-    painter->setPen(isComplete ? theme.muted : theme.text);
-    const QRect text = option.rect.adjusted(titleInset(), 0, -textMargin, 0);
-    const QString title = index.data().toString().replace(QLatin1Char('\n'), QLatin1Char(' '));
-    painter->drawText(
-        text, Qt::AlignVCenter | Qt::AlignLeft, QFontMetrics(font).elidedText(title, Qt::ElideRight, text.width()));
+    painter->setPen(isComplete ? quietInk(option) : theme.text);
+    drawLine(painter, option, placed(option, option.rect, option.rect.adjusted(titleInset(), 0, -textMargin, 0)),
+        index.data().toString().replace(QLatin1Char('\n'), QLatin1Char(' ')));
 }
 
 void TaskCell::paintText(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index)
@@ -110,10 +117,9 @@ void TaskCell::paintText(QPainter *painter, const QStyleOptionViewItem &option, 
     const bool isOverdue
         = columnOf(index) == TaskColumn::DueDate && index.data(TasksArrayController::OverdueRole).toBool();
     painter->setFont(option.font);
-    painter->setPen(isOverdue ? theme.overdue : theme.muted);
-    const QRect text = option.rect.adjusted(textMargin, 0, -textMargin, 0);
-    painter->drawText(text, Qt::AlignVCenter | Qt::AlignLeft,
-        option.fontMetrics.elidedText(index.data().toString(), Qt::ElideRight, text.width()));
+    const bool isSelected = option.state.testFlag(QStyle::State_Selected);
+    painter->setPen(!isOverdue ? quietInk(option) : isSelected ? theme.overdueSelected : theme.overdue);
+    drawLine(painter, option, option.rect.adjusted(textMargin, 0, -textMargin, 0), index.data().toString());
 }
 
 QSize TaskCell::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &) const
@@ -131,7 +137,7 @@ bool TaskCell::editorEvent(
     if (mouse->button() != Qt::LeftButton || mouse->modifiers() != Qt::NoModifier)
         return false;
     const bool isTickBox
-        = columnOf(index) == TaskColumn::Title && boxRect(option.rect).adjusted(-6, -8, 5, 8).contains(mouse->pos());
+        = columnOf(index) == TaskColumn::Title && boxRect(option).adjusted(-6, -8, 5, 8).contains(mouse->pos());
     const bool isStar = columnOf(index) == TaskColumn::Star && option.rect.contains(mouse->pos());
     if (!isTickBox && !isStar)
         return false;

@@ -2,6 +2,7 @@
 // The editors that the task table opens in its cells.
 #include "viewcontrollers/task_cells.h"
 #include "viewcontrollers/value_transformers.h"
+#include "views/cell_painting.h"
 #include "views/date_field.h"
 #include "views/task_cell.h"
 
@@ -57,8 +58,11 @@ QWidget *TaskCell::createEditor(QWidget *parent, const QStyleOptionViewItem &, c
         });
         return editor;
     }
-    default:
-        return new QLineEdit(parent);
+    default: {
+        auto *editor = new QLineEdit(parent);
+        editor->setAccessibleName(m_tasks.headerData(index.column(), Qt::Horizontal, Qt::DisplayRole).toString());
+        return editor;
+    }
     }
 }
 
@@ -73,7 +77,10 @@ void TaskCell::setEditorData(QWidget *editor, const QModelIndex &index) const
         date->setDate(columnOf(index) == TaskColumn::DueDate ? task->dueDate() : task->startDate());
     } else if (auto *line = qobject_cast<QLineEdit *>(editor); line && !line->isModified()) {
         // refreshed while it is open, an editor keeps what was typed
-        line->setText(index.data(columnOf(index) == TaskColumn::Length ? Qt::DisplayRole : Qt::EditRole).toString());
+        const QString text
+            = index.data(columnOf(index) == TaskColumn::Length ? Qt::DisplayRole : Qt::EditRole).toString();
+        if (line->text() != text) // the same text set again would lose the selection
+            line->setText(text);
     }
 }
 
@@ -97,7 +104,7 @@ void TaskCell::updateEditorGeometry(QWidget *editor, const QStyleOptionViewItem 
 {
     QRect room = option.rect.adjusted(0, 2, 0, -2);
     if (columnOf(index) == TaskColumn::Title)
-        room.setLeft(room.left() + titleInset() - 8);
+        room = placed(option, room, room.adjusted(titleInset() - 8, 0, 0, 0));
     if (qobject_cast<DateField *>(editor))
         room.setWidth(std::max(room.width(), 190));
     if (editor->parentWidget() && room.right() > editor->parentWidget()->width())

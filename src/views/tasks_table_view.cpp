@@ -2,6 +2,7 @@
 #include "views/tasks_table_view.h"
 
 #include "app/text.h"
+#include "views/cell_painting.h"
 #include "views/task_cell.h"
 #include "views/theme.h"
 
@@ -139,7 +140,8 @@ void TasksTableView::drawRow(QPainter *painter, const QStyleOptionViewItem &opti
     } else {
         painter->setPen(QPen(mixed(theme.hairline, theme.list, 0.7), 1));
         painter->setRenderHint(QPainter::Antialiasing, false);
-        painter->drawLine(TaskCell::titleInset(), option.rect.bottom(), row.right() - rowMargin, option.rect.bottom());
+        const QRect line = placed(option, row, row.adjusted(TaskCell::titleInset() - row.left(), 0, -rowMargin, 0));
+        painter->drawLine(line.left(), option.rect.bottom(), line.right(), option.rect.bottom());
     }
     painter->restore();
     QStyleOptionViewItem plain = option;

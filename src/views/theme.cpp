@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QFile>
 #include <array>
+#include <cmath>
 
 namespace views {
 
@@ -43,6 +44,27 @@ Theme lightTheme()
     return theme;
 }
 
+/// White, or the darkest that is needed: the accent may be any colour that a desktop has.
+QColor readableOn(const QColor &accent)
+{
+    for (const QColor &ink : {QColor(0xffffff), QColor(0x101318)}) {
+        if (contrast(ink, accent) >= leastContrast)
+            return ink;
+    }
+    return Qt::black;
+}
+
+/// `ink` as it reads on a selected row: as much nearer to that of plain text as it needs to be.
+QColor onSelection(const QColor &ink, const Theme &theme)
+{
+    QColor nearer = ink;
+    for (int tenths = 1; tenths <= 10
+         && std::min(contrast(nearer, theme.selection), contrast(nearer, theme.selectionInactive)) < leastContrast;
+         ++tenths)
+        nearer = mixed(theme.text, ink, tenths / 10.0);
+    return nearer;
+}
+
 Theme darkTheme()
 {
     Theme theme;
@@ -73,6 +95,17 @@ QColor mixed(const QColor &front, const QColor &back, double amount)
     return {part(front.red(), back.red()), part(front.green(), back.green()), part(front.blue(), back.blue())};
 }
 
+double contrast(const QColor &text, const QColor &background)
+{
+    const auto luminance = [](const QColor &color) {
+        const auto part
+            = [](double value) { return value <= 0.03928 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4); };
+        return 0.2126 * part(color.redF()) + 0.7152 * part(color.greenF()) + 0.0722 * part(color.blueF());
+    };
+    const auto [darker, lighter] = std::minmax({luminance(text), luminance(background)});
+    return (lighter + 0.05) / (darker + 0.05);
+}
+
 Theme Theme::of(const QPalette &desktop, const QString &appearance)
 {
     const bool desktopIsDark = desktop.color(QPalette::Window).lightness() < 128;
@@ -81,10 +114,12 @@ Theme Theme::of(const QPalette &desktop, const QString &appearance)
     const QColor highlight = desktop.color(QPalette::Active, QPalette::Highlight);
     if (highlight != neutralHighlight && highlight.saturation() > 60)
         theme.accent = highlight;
-    theme.onAccent = theme.accent.lightness() > 150 ? QColor(0x101318) : QColor(0xffffff);
+    theme.onAccent = readableOn(theme.accent);
     theme.selection = mixed(theme.accent, theme.list, dark ? 0.27 : 0.15);
     theme.selectionInactive = mixed(theme.text, theme.list, dark ? 0.12 : 0.08);
     theme.hover = mixed(theme.text, theme.list, dark ? 0.07 : 0.045);
+    theme.mutedSelected = onSelection(theme.muted, theme);
+    theme.overdueSelected = onSelection(theme.overdue, theme);
     theme.detail = theme.window;
     theme.titleStart = theme.titleEnd = theme.list;
     theme.pressed = mixed(theme.text, theme.list, dark ? 0.14 : 0.10);

@@ -20,6 +20,7 @@ struct Theme {
     QColor button;
     QColor text;
     QColor muted; ///< secondary text
+    QColor mutedSelected; ///< the same on a selected row
     QColor faint; ///< what is not available
     QColor hairline;
     QColor border;
@@ -32,6 +33,7 @@ struct Theme {
     QColor badge;
     QColor badgeInactive;
     QColor overdue;
+    QColor overdueSelected; ///< the same on a selected row
     QColor star;
     QColor detail; ///< behind the detail pane
     QColor titleStart; ///< behind the headline, from top to bottom
@@ -49,6 +51,12 @@ struct Theme {
     [[nodiscard]] QPalette palette() const;
     [[nodiscard]] QString styleSheet() const;
 };
+
+/// How well text of one colour reads on the other, by the measure of WCAG 2: from 1, not at all, to 21, black on white.
+[[nodiscard]] double contrast(const QColor &text, const QColor &background);
+
+/// What all text reaches at least, but that of what is not available.
+constexpr double leastContrast = 4.5;
 
 /// `front` over `back`, of which `amount` (0 to 1) shows.
 [[nodiscard]] QColor mixed(const QColor &front, const QColor &back, double amount);

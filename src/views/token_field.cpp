@@ -9,6 +9,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QStringListModel>
+#include <QStyle>
 #include <QToolButton>
 
 namespace views {
@@ -98,6 +99,7 @@ void TokenField::rebuild()
         close->setIconSize({12, 12});
         close->setFocusPolicy(Qt::NoFocus);
         close->setToolTip(tr("Remove \"%1\"").arg(token));
+        close->setAccessibleName(close->toolTip());
         connect(close, &QToolButton::clicked, this, [this, token] { remove(token); });
         layout->addWidget(label);
         layout->addWidget(close);
@@ -121,7 +123,8 @@ int TokenField::arrange(int width, bool isMoving) const
             y += line + gap;
         }
         if (isMoving)
-            pill->setGeometry(x, y + (line - size.height()) / 2, size.width(), size.height());
+            pill->setGeometry(QStyle::visualRect(layoutDirection(), {0, 0, width, line},
+                {x, y + (line - size.height()) / 2, size.width(), size.height()}));
         x += size.width() + gap;
     }
     if (x > indent && x + leastEditWidth > width) {
@@ -131,7 +134,7 @@ int TokenField::arrange(int width, bool isMoving) const
     if (x == indent)
         x = 0; // the field has a margin of its own
     if (isMoving)
-        m_edit->setGeometry(x, y, width - x, line);
+        m_edit->setGeometry(QStyle::visualRect(layoutDirection(), {0, 0, width, line}, {x, y, width - x, line}));
     return y + line;
 }
 

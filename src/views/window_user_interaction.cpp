@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "views/window_user_interaction.h"
 
+#include "app/error_text.h"
 #include "app/text.h"
 #include "foundation/log.h"
 #include "platform/window_activation.h"
@@ -32,7 +33,7 @@ void WindowUserInteraction::presentError(const foundation::Error &error)
     box.setText(error.message.empty() ? QCoreApplication::translate("Alerts", "Something went wrong (%1 %2).")
                                             .arg(app::toQString(error.domain))
                                             .arg(error.code)
-                                      : app::toQString(error.message));
+                                      : app::errorText(error));
     show(box);
 }
 

@@ -8,6 +8,7 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <SQLiteCpp/SQLiteCpp.h>
+#include <gmock/gmock.h>
 
 using app::TMApplicationDelegate;
 using support::at;
@@ -114,6 +115,25 @@ TEST_F(Delegate, showsAFailingSaveOnceAndSaysWhenItIsOver)
     EXPECT_FALSE(delegate().statusText().isEmpty());
     delegate().saveAction();
     EXPECT_TRUE(delegate().statusText().isEmpty());
+}
+
+TEST_F(Delegate, waitsForAnotherWriterBetweenEventsAndTellsOnlyWhenItLasts)
+{
+    SQLite::Database other((application.folder.path() / "Quelvin.qvl").string(), SQLite::OPEN_READWRITE);
+    other.exec("BEGIN IMMEDIATE");
+    auto &task = application.add(aTask().titled("Milk"));
+    QSignalSpy statusTexts(&delegate(), &TMApplicationDelegate::statusTextChanged);
+    delegate().saveAction();
+    EXPECT_TRUE(application.moc().hasChanges());
+    EXPECT_EQ(statusTexts.count(), 0) << "a short wait is nobody's concern";
+    task.setTitle("Milk and bread");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return statusTexts.count() > 0; }, 30000));
+    EXPECT_THAT(delegate().statusText().toStdString(), testing::HasSubstr("Another program"));
+    other.exec("ROLLBACK");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !application.moc().hasChanges(); }, 10000));
+    EXPECT_TRUE(delegate().statusText().isEmpty());
+    EXPECT_TRUE(application.user.errors.empty());
+    EXPECT_EQ(other.execAndGet("SELECT title FROM Tasks").getString(), "Milk and bread");
 }
 
 TEST_F(Delegate, findsANewDayAtTheFirstTickAndAtMidnight)

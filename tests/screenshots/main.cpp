@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Draws the windows with made-up tasks: quelvin_screenshots FOLDER APPEARANCE SUFFIX
+// Draws the windows with made-up tasks: quelvin_screenshots FOLDER APPEARANCE SUFFIX [LOCALE]
 #include "foundation/settings.h"
 #include "model/settings_defaults.h"
 #include "support/collected_errors.h"
@@ -12,6 +12,7 @@
 #include "views/shortcut_recorder.h"
 #include "views/smart_folder_edit_controller.h"
 #include "views/theme.h"
+#include "views/translations.h"
 #include "views/tray_icon.h"
 #include "views/window_user_interaction.h"
 
@@ -124,6 +125,17 @@ public:
             app::Environment{application, std::move(*store), m_settings, m_clock, m_user});
     }
 
+    /// A new user's window.
+    void empty()
+    {
+        views::MainWindow window(*m_delegate);
+        window.resize(1280, 800);
+        window.showMainApplicationWindow();
+        save(window, QStringLiteral("empty"));
+        window.action(views::Command::GoToInbox)->trigger();
+        save(window, QStringLiteral("empty-inbox"));
+    }
+
     void everyday()
     {
         addEverydayTasks(m_delegate->records());
@@ -136,7 +148,12 @@ public:
         table->setFocus();
         table->setCurrentIndex(table->model()->index(0, 0));
         save(window, QStringLiteral("today-selected"));
+        const QModelIndex first = table->model()->index(0, 0);
+        table->edit(first);
+        save(window, QStringLiteral("today-editing"));
         window.action(views::Command::GoToInbox)->trigger();
+        table->setCurrentIndex(table->model()->index(table->model()->rowCount() - 2, 0));
+        save(window, QStringLiteral("inbox-long-title"));
         table->selectAll();
         save(window, QStringLiteral("inbox-all-selected"));
         window.action(views::Command::GoToLocation)->trigger();
@@ -253,12 +270,17 @@ int main(int argc, char **argv)
 {
     app::TMApplication application(argc, argv);
     const QStringList arguments = application.arguments();
-    if (arguments.size() != 4) {
-        std::fprintf(stderr, "usage: quelvin_screenshots FOLDER light|dark SUFFIX\n");
+    if (arguments.size() != 4 && arguments.size() != 5) {
+        std::fprintf(stderr, "usage: quelvin_screenshots FOLDER light|dark SUFFIX [LOCALE]\n");
         return 2;
     }
+    const QLocale locale(arguments.value(4, QStringLiteral("en_GB")));
+    QLocale::setDefault(locale);
+    const views::Translations translations(locale);
+    QGuiApplication::setLayoutDirection(locale.textDirection());
     QDir().mkpath(arguments[1]);
     views::Theme::of(QGuiApplication::palette(), arguments[2]).apply();
+    Gallery(application, arguments[1], arguments[3]).empty();
     Gallery gallery(application, arguments[1], arguments[3]);
     gallery.everyday();
     gallery.trayIcons();

@@ -108,6 +108,22 @@ TEST_F(Window, searchesAllTasksAndEscapeReturnsToTheList)
     EXPECT_EQ(child<QLineEdit>("searchField").text(), QString());
 }
 
+TEST_F(Window, aTitleThatIsBeingEditedOutlivesWhatChangesAroundIt)
+{
+    open();
+    trigger(Command::NewFolder);
+    QCoreApplication::processEvents();
+    auto *editor = outline().findChild<QLineEdit *>(QStringLiteral("titleEditor"));
+    ASSERT_TRUE(editor);
+    EXPECT_EQ(editor->selectedText(), editor->text()) << "so that typing replaces it";
+    QTest::keyClicks(editor, QStringLiteral("Wint"));
+    application.add(aTask().titled("Milk").in("House")); // also makes the folder
+    QCoreApplication::processEvents();
+    QTest::keyClicks(editor, QStringLiteral("er"));
+    Q_EMIT application.delegate().commitEditing();
+    EXPECT_TRUE(application.records().getFolderByTitle("Winter"));
+}
+
 TEST_F(Window, aTipThatIsClosedStaysAway)
 {
     open();

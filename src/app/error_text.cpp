@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/error_text.h"
+
+#include "app/text.h"
+
+#include <QRegularExpression>
+#include <QStringList>
+
+namespace app {
+
+namespace {
+
+/// What the rooms below say when something goes wrong, with %1 and so on for the names in quotation marks.
+[[maybe_unused]] constexpr const char *sentences[] = {
+    QT_TRANSLATE_NOOP("Errors", "Your changes could not be saved. They are kept in the program."),
+    QT_TRANSLATE_NOOP("Errors",
+        "The file of the task store was moved, replaced or deleted while it was open. Your changes are kept in the "
+        "program."),
+    QT_TRANSLATE_NOOP("Errors",
+        "The store \"%1\" can be read but not changed. To change tasks, make the file and its folder writable and "
+        "start again."),
+    QT_TRANSLATE_NOOP("Errors", "The store \"%1\" is already open in another window."),
+    QT_TRANSLATE_NOOP("Errors", "The store \"%1\" could not be locked."),
+    QT_TRANSLATE_NOOP("Errors", "The store \"%1\" could not be opened."),
+    QT_TRANSLATE_NOOP("Errors", "The store \"%1\" is damaged. It was left as it is."),
+    QT_TRANSLATE_NOOP("Errors", "The store \"%1\" is damaged. Some of your tasks may be missing."),
+    QT_TRANSLATE_NOOP(
+        "Errors", "The store \"%1\" was written by a newer version of the program. It was left as it is."),
+    QT_TRANSLATE_NOOP("Errors", "The file \"%1\" is not a task store."),
+    QT_TRANSLATE_NOOP("Errors", "Another store lies in the place of \"%1\"."),
+    QT_TRANSLATE_NOOP("Errors", "The task store could not be read."),
+    QT_TRANSLATE_NOOP("Errors", "The daily backup could not be written."),
+    QT_TRANSLATE_NOOP("Errors", "The synchronisation broke off."),
+};
+
+} // namespace
+
+QString errorText(const foundation::Error &error)
+{
+    static const QRegularExpression quotation(QStringLiteral("\"([^\"]*)\""));
+    const QString sentence = toQString(error.message);
+    QString pattern;
+    QStringList names;
+    qsizetype end = 0;
+    for (auto found = quotation.globalMatch(sentence); found.hasNext();) {
+        const QRegularExpressionMatch match = found.next();
+        names.append(match.captured(1));
+        pattern += sentence.mid(end, match.capturedStart() - end) + QStringLiteral("\"%%1\"").arg(names.size());
+        end = match.capturedEnd();
+    }
+    pattern += sentence.mid(end);
+    const QString text = translated("Errors", toUtf8(pattern));
+    if (text == pattern)
+        return sentence;
+    QString filled;
+    end = 0;
+    static const QRegularExpression place(QStringLiteral("%([1-9])"));
+    for (auto found = place.globalMatch(text); found.hasNext();) {
+        const QRegularExpressionMatch match = found.next();
+        filled += text.mid(end, match.capturedStart() - end) + names.value(match.captured(1).toInt() - 1);
+        end = match.capturedEnd();
+    }
+    return filled + text.mid(end);
+}
+
+} // namespace app
