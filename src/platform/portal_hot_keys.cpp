@@ -67,6 +67,9 @@ QString triggerOf(const hotkeys::QVLKeyCombo &combo)
 
 PortalHotKeys::PortalHotKeys(QDBusConnection bus) : m_bus(std::move(bus))
 {
+    // a slot whose types nobody has named before is connected and then never called
+    qRegisterMetaType<QDBusObjectPath>();
+    qRegisterMetaType<QVariantMap>();
     qDBusRegisterMetaType<PortalShortcut>();
     qDBusRegisterMetaType<QList<PortalShortcut>>();
     m_bus.connect(service, path, interface, QStringLiteral("Activated"), this,

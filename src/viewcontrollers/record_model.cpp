@@ -23,7 +23,7 @@ void RecordModel::rearrange(Records &rows, const Records &wanted, const QModelIn
     if (rows == wanted)
         return;
     removeOthers(rows, wanted, parent);
-    moveRows(rows, wanted, parent);
+    bringToPlaces(rows, wanted, parent);
     insertMissing(rows, wanted, parent);
 }
 
@@ -46,7 +46,7 @@ void RecordModel::removeOthers(Records &rows, const Records &wanted, const QMode
     }
 }
 
-void RecordModel::moveRows(Records &rows, const Records &wanted, const QModelIndex &parent)
+void RecordModel::bringToPlaces(Records &rows, const Records &wanted, const QModelIndex &parent)
 {
     const RecordSet present = setOf(rows);
     Records ordered;

@@ -21,7 +21,7 @@ protected:
 
 private:
     void removeOthers(Records &rows, const Records &wanted, const QModelIndex &parent);
-    void moveRows(Records &rows, const Records &wanted, const QModelIndex &parent);
+    void bringToPlaces(Records &rows, const Records &wanted, const QModelIndex &parent);
     void insertMissing(Records &rows, const Records &wanted, const QModelIndex &parent);
 };
 

@@ -284,12 +284,13 @@ TEST(Faults, F15_an_older_store_is_migrated_and_a_whole_copy_of_it_kept)
     const fs::path folder = temporary.path() / "Quelvin";
     const auto &migration = faults::scenario("migration");
     faults::prepare(migration, folder);
-    std::ofstream(folder / "Quelvin.qvl.before-1") << "left by an attempt that was killed";
+    const fs::path copy = folder / ("Quelvin.qvl.before-" + std::to_string(model::objectModel().version()));
+    std::ofstream(copy) << "left by an attempt that was killed";
     Notes notes;
     faults::relaunch(migration, folder, notes);
     EXPECT_STREQ(notes.problems.data(), "");
     std::vector<std::string> problems;
-    EXPECT_EQ(migration.story.savedIn(folder / "Quelvin.qvl.before-1", problems), migration.prepared);
+    EXPECT_EQ(migration.story.savedIn(copy, problems), migration.prepared);
     EXPECT_THAT(problems, testing::IsEmpty());
 }
 

@@ -14,7 +14,9 @@ public:
     {
         m_server.start(QStringLiteral("Xvfb"),
             {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"), QStringLiteral("0"),
-                QStringLiteral("1280x800x24"), QStringLiteral("-nolisten"), QStringLiteral("tcp")});
+                QStringLiteral("1280x800x24"), QStringLiteral("-nolisten"), QStringLiteral("tcp"),
+                // else it starts anew, and turns programs away meanwhile, whenever its last client goes
+                QStringLiteral("-noreset")});
         if (!m_server.waitForReadyRead(20'000))
             throw std::runtime_error("Xvfb does not start");
         m_display = QStringLiteral(":") + QString::fromLatin1(m_server.readLine()).trimmed();

@@ -52,7 +52,7 @@ class Desktop:
         for name in ("XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "WAYLAND_DISPLAY", "AT_SPI_BUS_ADDRESS"):
             self.environment.pop(name, None)
         reader, writer = os.pipe()
-        self.server = self.start(["Xvfb", "-displayfd", str(writer), "-screen", "0", "1400x900x24", "-nolisten", "tcp"],
+        self.server = self.start(["Xvfb", "-displayfd", str(writer), "-screen", "0", "1400x900x24", "-nolisten", "tcp", "-noreset"],
                                  pass_fds=[writer])
         os.close(writer)
         with os.fdopen(reader) as pipe:
