@@ -5,6 +5,7 @@
 
 #include "app/tm_application_delegate.h"
 #include "model/settings_defaults.h"
+#include "platform/desktop_notifications.h"
 #include "views/main_window.h"
 #include "views/smart_folder_edit_controller.h"
 #include "views/source_list_view.h"
@@ -44,7 +45,8 @@ public:
 
 private:
     foundation::SystemClock m_clock;
-    views::WindowUserInteraction m_user;
+    platform::DesktopNotifications m_notifications{QDBusConnection(QString()), {}, {}}; // to no desktop
+    views::WindowUserInteraction m_user{m_notifications};
     foundation::MemorySettingsFile m_settingsFile;
     foundation::Settings m_settings;
     std::unique_ptr<app::TMApplicationDelegate> m_delegate;
