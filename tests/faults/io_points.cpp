@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "faults/io_points.h"
 
+#include "faults/harness.h"
+
 #include <algorithm>
 #include <array>
 #include <random>
@@ -140,6 +142,28 @@ std::string IoPoints::describe(const IoPoint &point)
     if (point.recoveryCall > 0)
         text += ", and the next launch killed at call " + std::to_string(point.recoveryCall);
     return text;
+}
+
+int runIoHarness(int argc, char **argv, const std::string &name, const std::vector<FaultKind> &kinds)
+{
+    IoPoints io;
+    std::vector<IoPoint> points;
+    const auto prepare = [&](std::uint64_t seed) {
+        points = io.all(scenarios(), kinds, seed);
+        return static_cast<std::int64_t>(points.size());
+    };
+    const auto run = [&](std::int64_t number) -> std::optional<std::string> {
+        const IoPoint &point = points[static_cast<std::size_t>(number)];
+        const auto failure = io.run(point);
+        return failure ? std::optional(IoPoints::describe(point) + ": " + *failure) : std::nullopt;
+    };
+    const auto seen = [&] {
+        if (io.struck == 0 || io.acknowledged == 0)
+            throw std::runtime_error("no fault struck or no save was acknowledged");
+        return std::to_string(io.struck) + " faults struck, " + std::to_string(io.acknowledged)
+            + " saves acknowledged, " + std::to_string(io.told) + " errors told";
+    };
+    return runHarness(argc, argv, {name, prepare, run, seen});
 }
 
 } // namespace faults

@@ -59,4 +59,7 @@ private:
     std::map<const Scenario *, std::filesystem::path> m_prepared;
 };
 
+/// The main function of a harness that tries all points of all scenarios under these kinds of faults.
+[[nodiscard]] int runIoHarness(int argc, char **argv, const std::string &name, const std::vector<FaultKind> &kinds);
+
 } // namespace faults
