@@ -102,10 +102,12 @@ void ContextSaver::note(const ManagedObject &object, SaveLog::Kind kind)
 
 namespace {
 
-/// "OR REPLACE" makes the insertion of a key that an earlier, seemingly failed save did write harmless.
-std::string insertionOf(const EntityDescription &entity)
+/// A key that an earlier, seemingly failed save wrote is written again; one that belongs to a record of another process
+/// is an error, and never overwritten.
+std::string insertionOf(const EntityDescription &entity, bool mayBeThere)
 {
-    std::string sql = "INSERT OR REPLACE INTO " + identifier(entity.name()) + " (_key, _save";
+    std::string sql
+        = (mayBeThere ? "INSERT OR REPLACE INTO " : "INSERT INTO ") + identifier(entity.name()) + " (_key, _save";
     std::string places = "?, ?";
     for (const Property *column : entity.columns()) {
         sql += ", " + identifier(column->name);
@@ -121,7 +123,7 @@ void ContextSaver::insert(const ManagedObject &object, Insertion &insertion)
     if (insertion.entity != &object.entity()) {
         insertion.entity = &object.entity();
         insertion.statement.reset();
-        insertion.statement.emplace(m_connection.prepare(insertionOf(object.entity())));
+        insertion.statement.emplace(m_connection.prepare(insertionOf(object.entity(), m_unsureSave > 0)));
     }
     Statement &statement = *insertion.statement;
     statement.bind(object.m_id.key).bind(m_save);

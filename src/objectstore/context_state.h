@@ -48,7 +48,6 @@ struct ObjectContext::State {
     ObjectSet pendingDeleted;
     std::unordered_set<const ManagedObject *> withMembers; ///< those that hold read to-many relationships
     std::map<std::string, JoinChanges> joins; ///< by table
-    std::int64_t lastKey = 0;
     std::int64_t seenDataVersion = 0;
     std::int64_t seenSave = 0; ///< the last save up to which everything is known here
     std::unordered_set<std::int64_t> ownSaves; ///< of this context, after that

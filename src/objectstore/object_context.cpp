@@ -8,24 +8,12 @@
 #include <SQLiteCpp/Exception.h>
 #include <algorithm>
 #include <array>
-#include <random>
 
 namespace objectstore {
 
 namespace {
 
 constexpr std::size_t faultBatch = 64;
-
-/// Keys grow with time: the milliseconds, and below them twenty bits that start at random in each millisecond and count
-/// on from there, so that two processes that insert at the same moment do not meet.
-std::int64_t nextKey(std::int64_t last, const foundation::Clock &clock)
-{
-    constexpr double epoch = 1577836800; // 2020-01-01
-    static thread_local std::mt19937 random{std::random_device{}()};
-    const auto milliseconds
-        = std::max<std::int64_t>(static_cast<std::int64_t>((clock.now().seconds - epoch) * 1000), 1);
-    return last >> 20 >= milliseconds ? last + 1 : (milliseconds << 20) | static_cast<std::int64_t>(random() & 0x7ffff);
-}
 
 RowPointer defaultRow(const EntityDescription &entity)
 {
@@ -153,8 +141,7 @@ ManagedObject &ObjectContext::insert(std::string_view entityName, Awakening awak
     const EntityDescription *entity = m_store.model().entity(entityName);
     if (!entity)
         throw std::logic_error("There is no entity " + std::string(entityName));
-    m_state->lastKey = nextKey(m_state->lastKey, m_store.clock());
-    ManagedObject &object = registered({entity, m_state->lastKey});
+    ManagedObject &object = registered({entity, m_store.nextKey()});
     object.m_row = m_state->defaults[static_cast<std::size_t>(entity->index())];
     object.m_inserted = true;
     m_state->changedOf(object.entity()).insert(&object);

@@ -5,6 +5,8 @@
 #include "foundation/error.h"
 #include "objectstore/object_model.h"
 
+#include <atomic>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <mutex>
@@ -50,6 +52,9 @@ public:
     /// The id that `uri` names, or an empty one when the text is no URI of this store.
     [[nodiscard]] ObjectID objectID(std::string_view uri) const;
 
+    /// The key of a new record, greater than every one that this store has handed out, to whichever context.
+    [[nodiscard]] std::int64_t nextKey();
+
     /// A connection of its own for one context.
     [[nodiscard]] foundation::Result<std::unique_ptr<Connection>> connect() const;
 
@@ -66,6 +71,7 @@ private:
     mutable std::unique_ptr<Connection> m_first; ///< what opened the store; the first context takes it over
     std::string m_notice;
     bool m_immutable = false;
+    std::atomic<std::int64_t> m_lastKey = 0;
 };
 
 } // namespace objectstore

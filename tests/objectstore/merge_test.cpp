@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "objectstore/library.h"
 
+#include <SQLiteCpp/Database.h>
 #include <gmock/gmock.h>
+#include <set>
 
 using namespace library;
 using testing::ElementsAre;
@@ -188,4 +190,25 @@ TEST(MergeExternalChanges, aContextThatLiesFarBehindComparesEveryRecord)
     EXPECT_EQ(readers.our->integer("pages"), 399);
     EXPECT_TRUE(doomed.isDeleted());
     EXPECT_FALSE(value(readers.ours->mergeExternalChanges()));
+}
+
+TEST(MergePolicy, insertionsOfOneMomentNeverMeet)
+{
+    Library library; // whose clock stands still
+    const auto ours = library.context();
+    const auto theirs = library.context();
+    std::set<std::int64_t> keys;
+    for (int i = 0; i < 2000; ++i)
+        keys.insert({book(*ours, "Ours", i).objectID().key, book(*theirs, "Theirs", i).objectID().key});
+    EXPECT_EQ(keys.size(), 4000U);
+
+    auto other = value(Store::open(model(), library.store->file(), library.clock)); // as another process has it
+    ObjectContext late(*other, MergePolicy::Rollback);
+    ManagedObject &second = book(late, "Second", 1);
+    SQLite::Database(library.store->file().string(), SQLite::OPEN_READWRITE)
+        .exec(
+            "INSERT INTO Book (_key, _save, title) VALUES (" + std::to_string(second.objectID().key) + ", 0, 'First')");
+    EXPECT_FALSE(late.save()) << "the save overwrote the record of another process";
+    EXPECT_THAT(titles(fetch(*library.context(), "Book")), ElementsAre("First"));
+    EXPECT_TRUE(late.hasChanges());
 }
