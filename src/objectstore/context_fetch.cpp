@@ -164,7 +164,7 @@ Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &re
                 kept->m_id = {plan->entity, statement.integer(0)};
                 kept->m_context = this;
             }
-            if (kept->m_deleted && !m_state->changedOf(*plan->entity).contains(kept.get())) {
+            if (kept->m_deleted && !m_state->changedOf(*plan->entity).contains(*kept)) {
                 kept->m_deleted = false; // an undo elsewhere brought it back
                 kept->m_row.reset();
             }
@@ -273,7 +273,7 @@ Result<void> ObjectContext::fetchValues(const FetchRequest &request, const std::
     }
 
     const PredicateEvaluator evaluator(request.predicate, *plan->entity);
-    std::vector<ManagedObject *> changed = State::sorted(m_state->changedOf(*plan->entity));
+    std::vector<ManagedObject *> changed = State::sorted(m_state->changedOf(*plan->entity).inOrderOfArrival());
     std::erase_if(changed, [&](const ManagedObject *object) {
         return !object->hasChanges() || object->m_deleted || !evaluator.matches(*object);
     });

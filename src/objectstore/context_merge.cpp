@@ -32,12 +32,12 @@ void ObjectContext::mergeChanges(const ChangeSet &changes)
     forgetMembers();
     for (const ObjectID &id : changes.inserted) {
         ManagedObject *inserted = object(id);
-        if (inserted->m_deleted && !m_state->changedOf(*id.entity).contains(inserted)) {
+        if (inserted->m_deleted && !m_state->changedOf(*id.entity).contains(*inserted)) {
             inserted->m_deleted = false; // an undo elsewhere brought it back
             inserted->m_row.reset();
         }
         if (inserted->isFault() && !inserted->m_deleted)
-            m_state->pendingInserted.insert(inserted);
+            m_state->pendingInserted.insert(*inserted);
     }
     for (const ObjectID &id : changes.updated) {
         ManagedObject *updated = object(id); // one that was not here may answer a question now that it did not before
@@ -50,7 +50,7 @@ void ObjectContext::mergeChanges(const ChangeSet &changes)
             updated->didTurnIntoFault();
             m_state->faults[static_cast<std::size_t>(id.entity->index())].push_back(id.key);
         }
-        m_state->pendingUpdated.insert(updated);
+        m_state->pendingUpdated.insert(*updated);
     }
     m_state->linksMayDangle = m_state->linksMayDangle || !changes.deleted.empty();
     for (const ObjectID &id : changes.deleted) {
@@ -59,9 +59,9 @@ void ObjectContext::mergeChanges(const ChangeSet &changes)
             continue;
         deleted->m_unsaved.reset();
         deleted->m_deleted = true;
-        m_state->changedOf(deleted->entity()).erase(deleted);
-        m_state->pendingUpdated.erase(deleted);
-        m_state->pendingDeleted.insert(deleted);
+        m_state->changedOf(deleted->entity()).erase(*deleted);
+        m_state->pendingUpdated.erase(*deleted);
+        m_state->pendingDeleted.insert(*deleted);
     }
     processPendingChanges();
 }
@@ -117,7 +117,7 @@ std::optional<ChangeSet> ObjectContext::changesSince(std::int64_t save) const
         disconnect(exception);
         return std::nullopt;
     }
-    for (const State::ObjectSet &set : m_state->changed) {
+    for (const State::ChangedObjects &set : m_state->changed) {
         for (const ManagedObject *object : set) {
             if (object->hasChanges())
                 listOf(object->m_inserted, object->m_deleted).push_back(object->m_id);

@@ -316,7 +316,7 @@ SaveReport ContextSaver::adopt()
         }
         object.m_row = conflict.storeRow;
         object.m_deleted = !conflict.storeRow;
-        m_state.pendingUpdated.insert(&object);
+        m_state.pendingUpdated.insert(object);
     }
     for (ManagedObject *object : m_objects) {
         if (object->m_deleted) {
@@ -328,7 +328,9 @@ SaveReport ContextSaver::adopt()
         if (!object->m_inserted && !object->m_unsaved)
             continue;
         (object->m_inserted ? report.changes.inserted : report.changes.updated).push_back(object->m_id);
-        if (object->m_inserted || !object->m_unsaved->values.empty() || !object->m_unsaved->members.empty())
+        const bool isInRow = !object->m_unsaved || object->m_unsaved->values.empty();
+        const bool wasWritten = object->m_inserted || !isInRow || !object->m_unsaved->members.empty();
+        if (wasWritten && !(isInRow && object->m_row.becomeOfSave(m_save)))
             object->m_row = m_state.rowOf(*object, m_save);
         object->m_unsaved.reset();
         object->m_stale = false;
@@ -337,7 +339,7 @@ SaveReport ContextSaver::adopt()
     for (auto &[table, changes] : m_state.joins)
         changes.clear();
     for (auto &set : m_state.changed)
-        set = {};
+        set.takeAll();
     if (!m_written.empty()) { // a save of which nothing remained has taken no number of the log
         if (m_save == m_state.seenSave + 1)
             m_state.seenSave = m_save;

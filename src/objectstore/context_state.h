@@ -3,6 +3,7 @@
 
 #include "objectstore/connection.h"
 #include "objectstore/object_context.h"
+#include "objectstore/object_set.h"
 #include "objectstore/save_log.h"
 #include "objectstore/schema.h"
 
@@ -33,7 +34,7 @@ struct JoinChanges {
 /// What an ObjectContext keeps.
 struct ObjectContext::State {
     using Objects = std::unordered_map<std::int64_t, std::unique_ptr<ManagedObject>>;
-    using ObjectSet = std::unordered_set<ManagedObject *>;
+    using ChangedObjects = ObjectSet<ManagedObject::Changed>;
 
     std::list<std::function<void(const ObjectsChange &)>> handlers; ///< outlives the objects, which may subscribe
     std::unique_ptr<Connection> connection;
@@ -42,10 +43,10 @@ struct ObjectContext::State {
     std::vector<Objects> objects; ///< by entity index, then key
     std::vector<std::vector<std::int64_t>> faults; ///< keys of objects that were made as faults, loaded in batches
     std::vector<RowPointer> defaults; ///< the row that an inserted object starts from, by entity index
-    std::vector<ObjectSet> changed; ///< inserted, updated or deleted since the last save, by entity index
-    ObjectSet pendingInserted; ///< the same since the last announcement
-    ObjectSet pendingUpdated;
-    ObjectSet pendingDeleted;
+    std::vector<ChangedObjects> changed; ///< inserted, updated or deleted since the last save, by entity index
+    ObjectSet<ManagedObject::PendingInserted> pendingInserted; ///< the same since the last announcement
+    ObjectSet<ManagedObject::PendingUpdated> pendingUpdated;
+    ObjectSet<ManagedObject::PendingDeleted> pendingDeleted;
     std::unordered_set<const ManagedObject *> withMembers; ///< those that hold read to-many relationships
     std::map<std::string, JoinChanges> joins; ///< by table
     std::int64_t seenDataVersion = 0;
@@ -58,21 +59,21 @@ struct ObjectContext::State {
     std::vector<const Value *> slots; ///< of the last call of `unsavedBySlot`
     RowBuilder rowBuilder;
 
-    [[nodiscard]] ObjectSet &changedOf(const EntityDescription &entity)
+    [[nodiscard]] ChangedObjects &changedOf(const EntityDescription &entity)
     {
         return changed[static_cast<std::size_t>(entity.index())];
     }
     /// Whether what the store says of `object` is not what this context says of it.
     [[nodiscard]] bool isChanged(ManagedObject &object)
     {
-        return object.hasChanges() && changedOf(object.entity()).contains(&object);
+        return object.hasChanges() && changedOf(object.entity()).contains(object);
     }
     /// The unsaved value of each column, null where there is none; holds until the next call.
     [[nodiscard]] const std::vector<const Value *> &unsavedBySlot(const ManagedObject &object);
     /// What the object says now, as a row of the save with this number.
     [[nodiscard]] RowPointer rowOf(const ManagedObject &object, std::int64_t save);
     [[nodiscard]] std::vector<ManagedObject *> allChanged() const;
-    [[nodiscard]] static std::vector<ManagedObject *> sorted(const ObjectSet &set);
+    [[nodiscard]] static std::vector<ManagedObject *> sorted(std::vector<ManagedObject *> objects);
 };
 
 /// Writes a context's changes in one transaction and then lets its objects know.

@@ -136,7 +136,7 @@ void ManagedObject::setPrimitiveValue(std::string_view name, Value value)
     if (!property || !property->isAttribute() || m_deleted)
         return;
     storeValue(*property, std::move(value));
-    m_context->m_state->changedOf(entity()).insert(this);
+    m_context->m_state->changedOf(entity()).insert(*this);
 }
 
 ManagedObject *ManagedObject::related(const Property &relationship) const

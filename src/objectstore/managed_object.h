@@ -71,7 +71,11 @@ public:
     virtual void willSave() { }
     virtual void didTurnIntoFault() { }
 
+    /// The sets of its context that an object can be in.
+    enum Mark : std::uint8_t { Changed = 1, PendingInserted = 2, PendingUpdated = 4, PendingDeleted = 8 };
+
 private:
+    template <Mark mark> friend class ObjectSet;
     friend class ObjectContext;
     friend class ContextSaver;
     friend class ContextMerger;
@@ -101,6 +105,7 @@ private:
     mutable RowPointer m_row; ///< as read from the store, or the entity's defaults for an inserted object
     mutable bool m_deleted = false;
     bool m_inserted = false;
+    std::uint8_t m_marks = 0; ///< a bit for each set that the object is in
     bool m_stale = false; ///< another writer changed the record while values of ours kept its row as it was read
     std::unique_ptr<Unsaved> m_unsaved; ///< present only while something is changed
     mutable std::unique_ptr<Members> m_members; ///< the to-many relationships that were read

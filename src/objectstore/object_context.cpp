@@ -26,18 +26,18 @@ RowPointer defaultRow(const EntityDescription &entity)
 
 } // namespace
 
-std::vector<ManagedObject *> ObjectContext::State::sorted(const ObjectSet &set)
+std::vector<ManagedObject *> ObjectContext::State::sorted(std::vector<ManagedObject *> objects)
 {
-    std::vector<ManagedObject *> ordered(set.begin(), set.end());
-    std::sort(ordered.begin(), ordered.end(), ManagedObject::inKeyOrder);
-    return ordered;
+    if (!std::is_sorted(objects.begin(), objects.end(), ManagedObject::inKeyOrder))
+        std::sort(objects.begin(), objects.end(), ManagedObject::inKeyOrder);
+    return objects;
 }
 
 std::vector<ManagedObject *> ObjectContext::State::allChanged() const
 {
     std::vector<ManagedObject *> all;
-    for (const ObjectSet &set : changed) {
-        const auto ordered = sorted(set);
+    for (const ChangedObjects &set : changed) {
+        const auto ordered = sorted(set.inOrderOfArrival());
         all.insert(all.end(), ordered.begin(), ordered.end());
     }
     return all;
@@ -144,8 +144,8 @@ ManagedObject &ObjectContext::insert(std::string_view entityName, Awakening awak
     ManagedObject &object = registered({entity, m_store.nextKey()});
     object.m_row = m_state->defaults[static_cast<std::size_t>(entity->index())];
     object.m_inserted = true;
-    m_state->changedOf(object.entity()).insert(&object);
-    m_state->pendingInserted.insert(&object);
+    m_state->changedOf(object.entity()).insert(object);
+    m_state->pendingInserted.insert(object);
     if (m_undo)
         m_undo->recordInsertion(object);
     if (awakening == Awakening::FromInsert)
@@ -180,20 +180,20 @@ void ObjectContext::remove(ManagedObject &object)
 void ObjectContext::markDeleted(ManagedObject &object)
 {
     object.m_deleted = true;
-    m_state->changedOf(object.entity()).insert(&object);
-    m_state->pendingUpdated.erase(&object);
-    if (m_state->pendingInserted.erase(&object) == 0)
-        m_state->pendingDeleted.insert(&object);
+    m_state->changedOf(object.entity()).insert(object);
+    m_state->pendingUpdated.erase(object);
+    if (!m_state->pendingInserted.erase(object))
+        m_state->pendingDeleted.insert(object);
 }
 
 /// Brings a deleted object back, for undo: as one to be inserted again where its deletion has been saved already.
 void ObjectContext::revive(ManagedObject &object)
 {
     object.m_deleted = false;
-    if (m_state->changedOf(object.entity()).insert(&object).second)
+    if (m_state->changedOf(object.entity()).insert(object))
         object.m_inserted = true;
-    if (m_state->pendingDeleted.erase(&object) == 0)
-        m_state->pendingInserted.insert(&object);
+    if (!m_state->pendingDeleted.erase(object))
+        m_state->pendingInserted.insert(object);
 }
 
 void ObjectContext::applyDeleteRules(ManagedObject &object)
@@ -215,9 +215,9 @@ void ObjectContext::applyDeleteRules(ManagedObject &object)
 
 void ObjectContext::noteChange(ManagedObject &object)
 {
-    m_state->changedOf(object.entity()).insert(&object);
-    if (!m_state->pendingInserted.contains(&object))
-        m_state->pendingUpdated.insert(&object);
+    m_state->changedOf(object.entity()).insert(object);
+    if (!m_state->pendingInserted.contains(object))
+        m_state->pendingUpdated.insert(object);
 }
 
 ManagedObject *ObjectContext::object(const ObjectID &id)
@@ -294,7 +294,7 @@ void ObjectContext::load(const ManagedObject &fault) const
 
 bool ObjectContext::hasChanges() const
 {
-    return std::any_of(m_state->changed.begin(), m_state->changed.end(), [](const State::ObjectSet &set) {
+    return std::any_of(m_state->changed.begin(), m_state->changed.end(), [](const State::ChangedObjects &set) {
         return std::any_of(set.begin(), set.end(), [](const ManagedObject *object) {
             return object->hasChanges() && !(object->m_inserted && object->m_deleted);
         });
@@ -308,12 +308,14 @@ void ObjectContext::processPendingChanges()
     m_state->announcing = true;
     constexpr int patience = 16; // handlers that answer each other's changes for ever are cut short
     for (int round = 0; round < patience; ++round) {
-        // exchanged, since to clear a set takes time for as many as it once held
-        ObjectsChange change{m_state->sorted(std::exchange(m_state->pendingInserted, {})),
-            m_state->sorted(std::exchange(m_state->pendingUpdated, {})),
-            m_state->sorted(std::exchange(m_state->pendingDeleted, {}))};
+        ObjectsChange change{
+            m_state->pendingInserted.takeAll(), m_state->pendingUpdated.takeAll(), m_state->pendingDeleted.takeAll()};
         if (change.inserted.empty() && change.updated.empty() && change.deleted.empty())
             break;
+        if (m_state->handlers.empty())
+            break;
+        for (auto *objects : {&change.inserted, &change.updated, &change.deleted})
+            *objects = State::sorted(std::move(*objects));
         const auto handlers = m_state->handlers;
         for (const auto &handler : handlers)
             handler(change);
@@ -340,18 +342,20 @@ void ObjectContext::rollback()
             object->m_deleted = true;
         else if (object->m_deleted)
             object->m_deleted = false;
-        m_state->pendingUpdated.insert(object);
+        if (object->m_deleted)
+            m_state->pendingUpdated.erase(*object);
+        else
+            m_state->pendingUpdated.insert(*object);
     }
     for (auto &[table, changes] : m_state->joins)
         changes.clear();
-    for (State::ObjectSet &set : m_state->changed)
-        set = {};
-    m_state->pendingInserted = {};
-    m_state->pendingDeleted = {};
+    for (State::ChangedObjects &set : m_state->changed)
+        set.takeAll();
+    m_state->pendingInserted.takeAll();
+    m_state->pendingDeleted.takeAll();
     forgetMembers();
     if (m_undo)
         m_undo->clear();
-    std::erase_if(m_state->pendingUpdated, [](const ManagedObject *object) { return object->m_deleted; });
     processPendingChanges();
 }
 

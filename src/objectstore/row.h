@@ -10,8 +10,8 @@
 namespace objectstore {
 
 /// One row of an entity's table as it lies in memory: one block with the kind of each column, a cell of eight bytes for
-/// each value that its kind does not tell already, then the text and bytes that cells point into. Immutable once built
-/// and shared by a count that only one thread touches. Has at most 64 columns.
+/// each value that its kind does not tell already, then the text and bytes that cells point into. Its values never
+/// change, and it is shared by a count that only one thread touches. Has at most 64 columns.
 class Row
 {
 public:
@@ -82,6 +82,14 @@ public:
     const Row &operator*() const { return *m_row; }
     void reset() { RowPointer().swap(*this); }
     void swap(RowPointer &other) noexcept { std::swap(m_row, other.m_row); }
+    /// Makes the row one of `save` without a copy, which takes that nobody else points at it.
+    [[nodiscard]] bool becomeOfSave(std::int64_t save)
+    {
+        if (!m_row || m_row->m_users != 1)
+            return false;
+        m_row->m_save = save;
+        return true;
+    }
 
 private:
     void take()

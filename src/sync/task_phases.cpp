@@ -293,6 +293,8 @@ bool TaskPhases::getDeletedTasks()
     auto deleted = m_session.client().getDeleted(&error);
     if (!m_session.acceptList(deleted.has_value(), error))
         return false;
+    if (deleted->empty())
+        return true;
     const auto known = index();
     if (!known)
         return false;
