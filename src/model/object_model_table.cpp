@@ -268,9 +268,7 @@ EntitySchema syncLedgerEntry()
 {
     return {
         .name = "SyncLedgerEntry",
-        .properties = {integer("kind"), integer("record"), integer("serverContent"), integer("localContent"),
-            integer("sentContent"), date("serverDate"), integer("serverFolder"), integer("serverContext"),
-            integer("replacedContent"), date("replacedDate"), date("date"), integer("save"), text("account")},
+        .properties = {integer("kind"), data("notes"), date("date"), integer("save"), text("account")},
         .indexes = {},
         .make = {},
     };
@@ -288,7 +286,7 @@ std::vector<EntitySchema> allEntities()
 
 const objectstore::ObjectModel &objectModel()
 {
-    static const objectstore::ObjectModel model(2, allEntities());
+    static const objectstore::ObjectModel model(3, allEntities());
     return model;
 }
 

@@ -22,7 +22,7 @@ std::optional<bool> ObjectContext::isLinked(
         return among(owners->objects, owner);
     const bool forward = relationship.joinOwner == "owner";
     const std::pair link{(forward ? owner : member).m_id.key, (forward ? member : owner).m_id.key};
-    const auto &changes = m_state->joins[relationship.joinTable].byOwner;
+    const auto &changes = m_state->joins[relationship.joinTable];
     if (const auto changed = changes.find(link); changed != changes.end())
         return changed->second;
     Connection *connection = owner.m_inserted || member.m_inserted ? nullptr : connected();
@@ -52,8 +52,10 @@ void ObjectContext::changeMembers(ManagedObject &owner, const Property &relation
         m_undo->recordMember(owner, relationship, member, add);
 
     const bool forward = relationship.joinOwner == "owner";
-    m_state->joins[relationship.joinTable].set(
-        (forward ? owner : member).m_id.key, (forward ? member : owner).m_id.key, add);
+    auto &changes = m_state->joins[relationship.joinTable];
+    // with the end as a hint, since most links are those of the record that was made last
+    changes.insert_or_assign(
+        changes.end(), std::pair((forward ? owner : member).m_id.key, (forward ? member : owner).m_id.key), add);
     const auto edit = [this, add](ManagedObject &object, const Property &side, ManagedObject &other) {
         if (auto *members = object.loadedMembers(side)) {
             auto &objects = members->objects;
@@ -75,18 +77,50 @@ void ObjectContext::changeMembers(ManagedObject &owner, const Property &relation
         edit(member, *relationship.inverse, owner);
 }
 
+namespace {
+
+std::string memberKeysOf(const Property &relationship)
+{
+    if (!relationship.joinTable.empty())
+        return "SELECT " + relationship.joinMember + " FROM " + identifier(relationship.joinTable) + " WHERE "
+            + relationship.joinOwner + " = ?";
+    return "SELECT _key FROM " + identifier(relationship.destination->name()) + " WHERE "
+        + identifier(relationship.inverse->name) + " = ?";
+}
+
+/// Makes `keys` say of the member whether it is one.
+void put(std::set<std::int64_t> &keys, std::int64_t member, bool there)
+{
+    if (there)
+        keys.insert(member);
+    else
+        keys.erase(member);
+}
+
+/// Lets the unsaved links and unlinks of `owner` change the keys of its members.
+void apply(const JoinChanges &changes, bool isOwner, std::int64_t owner, std::set<std::int64_t> &keys)
+{
+    if (!isOwner) { // rarely asked with many changes at hand, so that no second order of them is kept
+        for (const auto &[pair, there] : changes) {
+            if (pair.second == owner)
+                put(keys, pair.first, there);
+        }
+        return;
+    }
+    for (auto entry = changes.lower_bound({owner, INT64_MIN}); entry != changes.end() && entry->first.first == owner;
+         ++entry)
+        put(keys, entry->first.second, entry->second);
+}
+
+} // namespace
+
 std::vector<ManagedObject *> ObjectContext::readMembers(const ManagedObject &owner, const Property &relationship)
 {
-    const bool join = !relationship.joinTable.empty();
-    const std::string sql = join ? "SELECT " + relationship.joinMember + " FROM " + identifier(relationship.joinTable)
-            + " WHERE " + relationship.joinOwner + " = ?"
-                                 : "SELECT _key FROM " + identifier(relationship.destination->name()) + " WHERE "
-            + identifier(relationship.inverse->name) + " = ?";
     std::set<std::int64_t> keys;
     Connection *connection = owner.m_inserted ? nullptr : connected();
     if (connection) {
         try {
-            Statement statement = connection->prepare(sql);
+            Statement statement = connection->prepare(memberKeysOf(relationship));
             statement.bind(owner.m_id.key);
             while (statement.step())
                 keys.insert(statement.integer(0));
@@ -94,26 +128,15 @@ std::vector<ManagedObject *> ObjectContext::readMembers(const ManagedObject &own
             keys.clear();
         }
     }
-    if (join) {
-        const JoinChanges &changes = m_state->joins[relationship.joinTable];
-        const auto &side = relationship.joinOwner == "owner" ? changes.byOwner : changes.byMember;
-        for (auto entry = side.lower_bound({owner.m_id.key, INT64_MIN});
-             entry != side.end() && entry->first.first == owner.m_id.key; ++entry) {
-            if (entry->second)
-                keys.insert(entry->first.second);
-            else
-                keys.erase(entry->first.second);
-        }
+    if (!relationship.joinTable.empty()) {
+        apply(m_state->joins[relationship.joinTable], relationship.joinOwner == "owner", owner.m_id.key, keys);
     } else {
         for (const ManagedObject *changed : m_state->changedOf(*relationship.destination)) {
             if (!changed->m_inserted && !changed->unsavedValue(relationship.inverse->slot))
                 continue;
             const ValueView current = changed->value(*relationship.inverse);
             const auto *target = std::get_if<ObjectID>(&current);
-            if (target && target->key == owner.m_id.key)
-                keys.insert(changed->m_id.key);
-            else
-                keys.erase(changed->m_id.key);
+            put(keys, changed->m_id.key, target && target->key == owner.m_id.key);
         }
     }
     std::vector<ManagedObject *> members;

@@ -264,7 +264,7 @@ void ContextSaver::dropDanglingLinks()
             const auto changes = m_state.joins.find(relationship->joinTable);
             if (changes == m_state.joins.end() || relationship->joinOwner != "owner")
                 continue;
-            for (const auto &[pair, there] : changes->second.byOwner) {
+            for (const auto &[pair, there] : changes->second) {
                 Statement statement = m_connection.prepare("DELETE FROM " + identifier(relationship->joinTable)
                     + " WHERE owner = ? AND member = ? AND NOT (" + exists(*entity, "owner") + " AND "
                     + exists(*relationship->destination, "member") + ")");
@@ -281,7 +281,7 @@ void ContextSaver::writeJoins()
         Statement link
             = m_connection.prepare("INSERT OR IGNORE INTO " + identifier(table) + " (owner, member) VALUES (?, ?)");
         Statement unlink = m_connection.prepare("DELETE FROM " + identifier(table) + " WHERE owner = ? AND member = ?");
-        for (const auto &[pair, there] : changes.byOwner) {
+        for (const auto &[pair, there] : changes) {
             Statement &statement = there ? link : unlink;
             statement.bind(pair.first).bind(pair.second).run();
             statement.again();

@@ -13,23 +13,8 @@
 
 namespace objectstore {
 
-/// The unsaved links and unlinks of one join table, findable from either end. The last word on a pair stands.
-struct JoinChanges {
-    std::map<std::pair<std::int64_t, std::int64_t>, bool>
-        byOwner; ///< (owner, member) to whether the pair is to be there
-    std::map<std::pair<std::int64_t, std::int64_t>, bool> byMember; ///< (member, owner)
-
-    void set(std::int64_t owner, std::int64_t member, bool there)
-    {
-        byOwner[{owner, member}] = there;
-        byMember[{member, owner}] = there;
-    }
-    void clear()
-    {
-        byOwner.clear();
-        byMember.clear();
-    }
-};
+/// The unsaved links and unlinks of one join table: (owner, member) to whether the pair is to be there.
+using JoinChanges = std::map<std::pair<std::int64_t, std::int64_t>, bool>;
 
 /// What an ObjectContext keeps.
 struct ObjectContext::State {

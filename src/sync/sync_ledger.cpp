@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "sync/sync_ledger.h"
 
+#include "foundation/log.h"
 #include "objectstore/managed_object.h"
 
-#include <unordered_set>
+#include <algorithm>
 
 namespace syncing {
 
@@ -15,7 +16,7 @@ using objectstore::ValueView;
 
 namespace {
 
-constexpr const char *noteEntity = "SyncLedgerEntry";
+constexpr const char *entryEntity = "SyncLedgerEntry";
 constexpr std::array<std::string_view, 3> kinds{"Tasks", "Folders", "Contexts"};
 constexpr std::int64_t accountKind = 3;
 
@@ -28,127 +29,69 @@ std::optional<std::size_t> kindOf(std::string_view entity)
     return std::nullopt;
 }
 
-/// The columns of a note, and their names in the same order.
-enum class Column {
-    Kind,
-    Record,
-    ServerContent,
-    LocalContent,
-    SentContent,
-    ServerDate,
-    ServerFolder,
-    ServerContext,
-    ReplacedContent,
-    ReplacedDate,
-    Date,
-    Save,
-    Account
-};
-constexpr std::array noteColumns{"kind", "record", "serverContent", "localContent", "sentContent", "serverDate",
-    "serverFolder", "serverContext", "replacedContent", "replacedDate", "date", "save", "account"};
-
-/// One note as it was read, without an object for it: there is one for every task.
-class NoteReader
-{
-public:
-    explicit NoteReader(std::span<const ValueView> values) : m_values(values) { }
-
-    [[nodiscard]] std::int64_t integer(Column column) const { return objectstore::toInteger(at(column)); }
-    [[nodiscard]] std::string text(Column column) const { return std::string(objectstore::toText(at(column))); }
-    [[nodiscard]] std::optional<ContentMark> mark(Column column) const
-    {
-        return objectstore::isNil(at(column)) ? std::nullopt : std::optional(integer(column));
-    }
-    [[nodiscard]] std::optional<foundation::Instant> date(Column column) const
-    {
-        const auto *instant = std::get_if<foundation::Instant>(&at(column));
-        return instant ? std::optional(*instant) : std::nullopt;
-    }
-
-private:
-    [[nodiscard]] const ValueView &at(Column column) const { return m_values[static_cast<std::size_t>(column)]; }
-
-    std::span<const ValueView> m_values;
-};
-
-Value valueOf(const std::optional<ContentMark> &mark)
-{
-    return mark ? Value(*mark) : Value();
-}
-
 } // namespace
 
 SyncLedger::SyncLedger(objectstore::ObjectContext &moc, bool isGuarding)
-    : m_moc(moc), m_entity(*moc.store().model().entity(noteEntity)), m_isGuarding(isGuarding)
+    : m_moc(moc), m_entity(*moc.store().model().entity(entryEntity)), m_isGuarding(isGuarding)
 { }
 
 Result<void> SyncLedger::load()
 {
     m_saveAtStart = m_moc.knownSave();
-    std::vector<std::int64_t> worthless;
-    const auto loaded = m_moc.fetchValues({.entity = noteEntity, .predicate = {}, .sortDescriptors = {}},
-        std::vector<std::string>(noteColumns.begin(), noteColumns.end()),
-        [&](const ObjectID &id, std::span<const ValueView> values) {
-            const NoteReader note(values);
-            const std::int64_t kind = note.integer(Column::Kind);
+    std::vector<ObjectID> worthless;
+    const auto loaded = m_moc.fetchValues({.entity = entryEntity, .predicate = {}, .sortDescriptors = {}},
+        {"kind", "notes", "account", "date", "save"}, [&](const ObjectID &id, std::span<const ValueView> values) {
+            const std::int64_t kind = objectstore::toInteger(values[0]);
+            const auto *notes = std::get_if<std::span<const std::byte>>(&values[1]);
             if (kind == accountKind) {
-                m_accountNote = id.key;
-                m_account = note.text(Column::Account);
-                m_date = note.date(Column::Date);
-                m_comparedSave = note.mark(Column::Save);
-            } else if (!m_isGuarding) {
-                worthless.push_back(id.key); // rules without guards change records behind its back
-            } else if (kind >= 0 && kind < accountKind) {
-                m_entries[static_cast<std::size_t>(kind)][note.integer(Column::Record)] = {.key = id.key,
-                    .server = note.mark(Column::ServerContent),
-                    .serverDate = note.date(Column::ServerDate),
-                    .folder = note.integer(Column::ServerFolder),
-                    .context = note.integer(Column::ServerContext),
-                    .local = note.mark(Column::LocalContent),
-                    .sent = note.mark(Column::SentContent),
-                    .replaced = note.mark(Column::ReplacedContent),
-                    .replacedDate = note.date(Column::ReplacedDate)};
+                m_accountEntry = id.key;
+                m_account = objectstore::toText(values[2]);
+                if (const auto *date = std::get_if<foundation::Instant>(&values[3]))
+                    m_date = *date;
+                if (!objectstore::isNil(values[4]))
+                    m_comparedSave = objectstore::toInteger(values[4]);
+            } else if (!m_isGuarding || !notes || kind < 0 || kind > accountKind) {
+                worthless.push_back(id); // rules without guards change records behind its back
+            } else if (!m_books[static_cast<std::size_t>(kind)].addPage(id.key, *notes)) {
+                foundation::logLine("Some notes of earlier synchronisations are damaged and were passed over.");
             }
         });
     if (!loaded)
         return foundation::Failure(loaded.error());
-    for (const std::int64_t key : worthless)
-        removeNote(key);
+    for (const ObjectID &id : worthless)
+        m_moc.remove(*m_moc.object(id));
     return {};
 }
 
-SyncLedger::Entries *SyncLedger::entriesOf(const ManagedObject &record)
+LedgerBook *SyncLedger::bookOf(const ManagedObject &record)
 {
     const auto kind = kindOf(record.entity().name());
-    return kind && m_isGuarding ? &m_entries[*kind] : nullptr;
+    return kind && m_isGuarding ? &m_books[*kind] : nullptr;
 }
 
-const SyncLedger::Entry *SyncLedger::find(const ManagedObject &record) const
+const LedgerNote *SyncLedger::find(const ManagedObject &record) const
 {
     return find(record.objectID());
 }
 
-const SyncLedger::Entry *SyncLedger::find(const ObjectID &record) const
+const LedgerNote *SyncLedger::find(const ObjectID &record) const
 {
     const auto kind = kindOf(record.entity->name());
-    if (!kind)
-        return nullptr;
-    const auto found = m_entries[*kind].find(record.key);
-    return found == m_entries[*kind].end() ? nullptr : &found->second;
+    return kind ? m_books[*kind].find(record.key) : nullptr;
 }
 
 Change SyncLedger::compare(const ManagedObject &record, const ServerVersion &server, ContentMark local) const
 {
-    const Entry *entry = find(record);
-    if (!entry || (!entry->server && entry->sent != server.content))
+    const LedgerNote *note = find(record);
+    if (!note || (!note->server && note->sent != server.content))
         return Change::Unknown;
-    if (entry->replaced == server.content && server.date && entry->replacedDate == server.date
-        && entry->server != server.content)
+    if (note->replaced == server.content && server.date && note->replacedDate == server.date
+        && note->server != server.content)
         return Change::OldList;
     // What was sent last arrived, although no answer told so: from then on that is what both sides agreed on.
-    const bool arrived = entry->sent == server.content;
-    const bool serverChanged = !arrived && entry->server != server.content;
-    const bool localChanged = (arrived ? entry->sent : entry->local) != local;
+    const bool arrived = note->sent == server.content;
+    const bool serverChanged = !arrived && note->server != server.content;
+    const bool localChanged = (arrived ? note->sent : note->local) != local;
     if (serverChanged && localChanged)
         return server.content == local ? Change::None : Change::Both;
     return serverChanged ? Change::Server : localChanged ? Change::Local : Change::None;
@@ -156,27 +99,26 @@ Change SyncLedger::compare(const ManagedObject &record, const ServerVersion &ser
 
 bool SyncLedger::isChangedHere(const ManagedObject &record, ContentMark local) const
 {
-    const Entry *entry = find(record);
-    return entry && entry->local != local;
+    const LedgerNote *note = find(record);
+    return note && note->local != local;
 }
 
 bool SyncLedger::isUnanswered(const ManagedObject &record, ContentMark content) const
 {
-    const Entry *entry = find(record);
-    return entry && entry->sent == content;
+    const LedgerNote *note = find(record);
+    return note && note->sent == content;
 }
 
 bool SyncLedger::isKnown(const ManagedObject &record) const
 {
-    const Entry *entry = find(record);
-    return entry && entry->server;
+    const LedgerNote *note = find(record);
+    return note && note->server;
 }
 
 bool SyncLedger::isAgreed(const ObjectID &record, const ServerVersion &server) const
 {
-    const Entry *entry = find(record);
-    return entry && entry->server == server.content && !entry->sent
-        && (!server.date || entry->serverDate == server.date);
+    const LedgerNote *note = find(record);
+    return note && note->server == server.content && !note->sent && (!server.date || note->serverDate == server.date);
 }
 
 std::optional<std::unordered_set<std::int64_t>> SyncLedger::tasksChangedHere() const
@@ -202,71 +144,69 @@ void SyncLedger::noteComparison()
     if (!m_isGuarding || m_comparedSave == m_saveAtStart)
         return;
     m_comparedSave = m_saveAtStart;
-    note(m_accountNote, accountKind, 0).setValue("save", m_saveAtStart);
+    entry(m_accountEntry, accountKind).setValue("save", m_saveAtStart);
 }
 
 void SyncLedger::agree(const ManagedObject &record, const ServerVersion &server, ContentMark local)
 {
-    Entries *entries = entriesOf(record);
-    if (!entries)
+    LedgerBook *book = bookOf(record);
+    if (!book)
         return;
-    Entry &entry = (*entries)[record.objectID().key];
-    const bool isSame = entry.server == server.content;
-    if (isSame && entry.local == local && !entry.sent && (!server.date || entry.serverDate == server.date))
+    const std::int64_t key = record.objectID().key;
+    const LedgerNote *before = book->find(key);
+    const bool isSame = before && before->server == server.content;
+    if (isSame && before->local == local && !before->sent && (!server.date || before->serverDate == server.date))
         return;
-    if (entry.serverDate && !isSame) {
-        entry.replaced = entry.server;
-        entry.replacedDate = entry.serverDate;
+    LedgerNote &note = book->edit(key);
+    if (note.serverDate && !isSame) {
+        note.replaced = note.server;
+        note.replacedDate = note.serverDate;
     }
     if (server.date || !isSame)
-        entry.serverDate = server.date;
-    entry.server = server.content;
-    entry.folder = server.folder;
-    entry.context = server.context;
-    entry.local = local;
-    entry.sent.reset();
-    write(record, entry);
+        note.serverDate = server.date;
+    note.server = server.content;
+    note.folder = server.folder;
+    note.context = server.context;
+    note.local = local;
+    note.sent.reset();
 }
 
 void SyncLedger::noteDate(const ManagedObject &record, const ServerVersion &listed)
 {
-    Entries *entries = entriesOf(record);
-    const auto found = entries ? entries->find(record.objectID().key) : Entries::iterator();
-    if (!entries || found == entries->end() || found->second.server != listed.content
-        || found->second.serverDate == listed.date)
-        return;
-    found->second.serverDate = listed.date;
-    write(record, found->second);
+    LedgerBook *book = bookOf(record);
+    const std::int64_t key = record.objectID().key;
+    const LedgerNote *before = book ? book->find(key) : nullptr;
+    if (before && before->server == listed.content && before->serverDate != listed.date)
+        book->edit(key).serverDate = listed.date;
 }
 
 void SyncLedger::placeIsGone(Place place, std::int64_t id)
 {
     if (!m_isGuarding || id == 0)
         return;
+    LedgerBook &tasks = m_books[0];
+    std::vector<std::int64_t> wereThere;
+    tasks.forEach([&](std::int64_t record, const LedgerNote &note) {
+        if ((place == Place::Folder ? note.folder : note.context) == id)
+            wereThere.push_back(record);
+    });
     const ContentMark difference = leaving(place, id);
-    for (auto &[record, entry] : m_entries[0]) {
-        std::int64_t &there = place == Place::Folder ? entry.folder : entry.context;
-        if (there != id)
-            continue;
-        there = 0;
-        entry.serverDate.reset();
-        for (std::optional<ContentMark> *mark : {&entry.server, &entry.local, &entry.sent}) {
+    for (const std::int64_t record : wereThere) {
+        LedgerNote &note = tasks.edit(record);
+        (place == Place::Folder ? note.folder : note.context) = 0;
+        note.serverDate.reset();
+        for (std::optional<ContentMark> *mark : {&note.server, &note.local, &note.sent}) {
             if (*mark)
                 *mark = static_cast<ContentMark>(
                     static_cast<std::uint64_t>(**mark) + static_cast<std::uint64_t>(difference));
         }
-        write(0, record, entry);
     }
 }
 
 void SyncLedger::beginSending(const ManagedObject &record, ContentMark content)
 {
-    Entries *entries = entriesOf(record);
-    if (!entries)
-        return;
-    Entry &entry = (*entries)[record.objectID().key];
-    entry.sent = content;
-    write(record, entry);
+    if (LedgerBook *book = bookOf(record))
+        book->edit(record.objectID().key).sent = content;
 }
 
 ObjectID SyncLedger::takeUnanswered(std::string_view entity, ContentMark content)
@@ -289,33 +229,36 @@ void SyncLedger::indexUnanswered()
     if (std::exchange(m_unansweredIndexed, true))
         return;
     for (std::size_t kind = 0; kind < kinds.size(); ++kind) {
-        for (const auto &[record, entry] : m_entries[kind]) {
-            if (entry.sent && !entry.server)
-                m_unanswered[kind].emplace(*entry.sent, record);
-        }
+        m_books[kind].forEach([&](std::int64_t record, const LedgerNote &note) {
+            if (note.sent && !note.server)
+                m_unanswered[kind].emplace(*note.sent, record);
+        });
     }
 }
 
 void SyncLedger::forget(const ManagedObject &record)
 {
-    Entries *entries = entriesOf(record);
-    if (!entries)
-        return;
-    const auto found = entries->find(record.objectID().key);
-    if (found == entries->end())
-        return;
-    removeNote(found->second.key);
-    entries->erase(found);
+    if (LedgerBook *book = bookOf(record))
+        book->erase(record.objectID().key);
 }
 
 void SyncLedger::forgetAll()
 {
-    for (Entries &entries : m_entries) {
-        for (const auto &[record, entry] : entries)
-            removeNote(entry.key);
-        entries.clear();
-    }
+    std::ranges::for_each(m_books, &LedgerBook::clear);
     m_unanswered = {};
+}
+
+void SyncLedger::write()
+{
+    for (std::size_t kind = 0; kind < kinds.size(); ++kind) {
+        m_books[kind].writeChangedPages([&](std::int64_t &key, const objectstore::Bytes &bytes) {
+            ManagedObject &page = entry(key, static_cast<std::int64_t>(kind));
+            if (bytes.empty())
+                m_moc.remove(page);
+            else
+                page.setValue("notes", bytes);
+        });
+    }
 }
 
 void SyncLedger::setAccount(std::string account)
@@ -323,49 +266,24 @@ void SyncLedger::setAccount(std::string account)
     if (m_account == account)
         return;
     m_account = std::move(account);
-    note(m_accountNote, accountKind, 0).setValue("account", m_account);
+    entry(m_accountEntry, accountKind).setValue("account", m_account);
 }
 
 void SyncLedger::setDate(foundation::Instant date)
 {
     m_date = date;
-    note(m_accountNote, accountKind, 0).setValue("date", date);
+    entry(m_accountEntry, accountKind).setValue("date", date);
 }
 
-ManagedObject &SyncLedger::note(std::int64_t &key, std::int64_t kind, std::int64_t record)
+/// The entry with this key; where there is none, a new one, whose key is then set.
+ManagedObject &SyncLedger::entry(std::int64_t &key, std::int64_t kind)
 {
     if (key != 0)
         return *m_moc.object({&m_entity, key});
-    ManagedObject &made = m_moc.insert(noteEntity);
+    ManagedObject &made = m_moc.insert(entryEntity);
     made.setValue("kind", kind);
-    made.setValue("record", record);
     key = made.objectID().key;
     return made;
-}
-
-void SyncLedger::write(const ManagedObject &record, Entry &entry)
-{
-    write(*kindOf(record.entity().name()), record.objectID().key, entry);
-}
-
-void SyncLedger::write(std::size_t kind, std::int64_t record, Entry &entry)
-{
-    ManagedObject &written = note(entry.key, static_cast<std::int64_t>(kind), record);
-    written.setValue("serverFolder", entry.folder);
-    written.setValue("serverContext", entry.context);
-    written.setValue("serverContent", valueOf(entry.server));
-    written.setValue("localContent", valueOf(entry.local));
-    written.setValue("sentContent", valueOf(entry.sent));
-    written.setDate("serverDate", entry.serverDate);
-    written.setValue("replacedContent", valueOf(entry.replaced));
-    written.setDate("replacedDate", entry.replacedDate);
-    m_moc.pack(written);
-}
-
-void SyncLedger::removeNote(std::int64_t key)
-{
-    if (ManagedObject *removed = key != 0 ? m_moc.object({&m_entity, key}) : nullptr)
-        m_moc.remove(*removed);
 }
 
 } // namespace syncing

@@ -3,6 +3,7 @@
 
 #include "foundation/error.h"
 #include "objectstore/object_context.h"
+#include "sync/ledger_book.h"
 #include "sync/task_content.h"
 
 #include <array>
@@ -35,7 +36,8 @@ struct ServerVersion {
 /// way. So an edit stays to be sent until the service has confirmed it, whenever it was made; the echo of what was sent
 /// is no change of the service's; and a record whose "add" was never answered is known again when the service lists it.
 ///
-/// The notes are records of the run's own context and are saved with the records that they are about. With the guards
+/// The notes are entries in the run's own context, once `write` has put them there, and are saved with the records that
+/// they are about. With the guards
 /// off nothing is noted, every answer is "unknown", and what was noted before is thrown away.
 class SyncLedger
 {
@@ -81,6 +83,9 @@ public:
     void forget(const objectstore::ManagedObject &record);
     void forgetAll();
 
+    /// Puts what was noted into the context, to be saved with the records.
+    void write();
+
     /// The service's id of the user that the notes are about; empty before the first run.
     [[nodiscard]] const std::string &account() const { return m_account; }
     /// When the last run ended; a settings file that tells another date is not the one that belongs to this store.
@@ -89,35 +94,19 @@ public:
     void setDate(foundation::Instant date);
 
 private:
-    struct Entry {
-        std::int64_t key = 0; ///< of the note
-        std::optional<ContentMark> server;
-        std::optional<foundation::Instant> serverDate;
-        std::int64_t folder = 0; ///< where the service had the task
-        std::int64_t context = 0;
-        std::optional<ContentMark> local;
-        std::optional<ContentMark> sent;
-        std::optional<ContentMark> replaced; ///< what the service had before `server`
-        std::optional<foundation::Instant> replacedDate;
-    };
-    using Entries = std::unordered_map<std::int64_t, Entry>; ///< by the key of the record
-
-    [[nodiscard]] Entries *entriesOf(const objectstore::ManagedObject &record);
-    [[nodiscard]] const Entry *find(const objectstore::ManagedObject &record) const;
-    [[nodiscard]] const Entry *find(const objectstore::ObjectID &record) const;
-    [[nodiscard]] objectstore::ManagedObject &note(std::int64_t &key, std::int64_t kind, std::int64_t record);
-    void write(const objectstore::ManagedObject &record, Entry &entry);
-    void write(std::size_t kind, std::int64_t record, Entry &entry);
-    void removeNote(std::int64_t key);
+    [[nodiscard]] LedgerBook *bookOf(const objectstore::ManagedObject &record);
+    [[nodiscard]] const LedgerNote *find(const objectstore::ManagedObject &record) const;
+    [[nodiscard]] const LedgerNote *find(const objectstore::ObjectID &record) const;
+    [[nodiscard]] objectstore::ManagedObject &entry(std::int64_t &key, std::int64_t kind);
     void indexUnanswered();
 
     objectstore::ObjectContext &m_moc;
     const objectstore::EntityDescription &m_entity;
     bool m_isGuarding;
-    std::array<Entries, 3> m_entries; ///< of tasks, folders, contexts
+    std::array<LedgerBook, 3> m_books; ///< on tasks, folders, contexts
     std::array<std::unordered_multimap<ContentMark, std::int64_t>, 3> m_unanswered; ///< keys of records
     bool m_unansweredIndexed = false;
-    std::int64_t m_accountNote = 0;
+    std::int64_t m_accountEntry = 0; ///< its key
     std::int64_t m_saveAtStart = 0; ///< the store's save that this run began with
     std::optional<std::int64_t> m_comparedSave; ///< the one that the run of the last comparison began with
     std::string m_account;

@@ -87,6 +87,7 @@ Sent SyncSession::acceptItem(bool succeeded, const TDError &error, std::string_v
 
 bool SyncSession::saveAction()
 {
+    m_parts.ledger.write();
     auto saved = m_parts.moc.save();
     if (!saved) {
         m_isIncomplete = true;
