@@ -169,19 +169,17 @@ Result<std::unique_ptr<Store>> Store::open(
     return store;
 }
 
-/// Keys grow with time: the milliseconds, and below them twenty bits that start at random in each millisecond and count
-/// on from there, so that two processes that insert at the same moment do not meet.
+/// Keys grow with time: the seconds, and below them 32 bits that start at random in each second and count on from
+/// there, so that two processes that insert at the same moment do not meet.
 std::int64_t Store::nextKey()
 {
     constexpr double epoch = 1577836800; // 2020-01-01
     static thread_local std::mt19937 random{std::random_device{}()};
-    const auto milliseconds
-        = std::max<std::int64_t>(static_cast<std::int64_t>((m_clock.now().seconds - epoch) * 1000), 1);
+    const auto seconds = std::max<std::int64_t>(static_cast<std::int64_t>(m_clock.now().seconds - epoch), 1);
     std::int64_t last = m_lastKey;
     std::int64_t next = 0;
     do {
-        next = last >> 20 >= milliseconds ? last + 1
-                                          : (milliseconds << 20) | static_cast<std::int64_t>(random() & 0x7ffff);
+        next = last >> 32 >= seconds ? last + 1 : (seconds << 32) | static_cast<std::int64_t>(random() & 0x7fffffffU);
     } while (!m_lastKey.compare_exchange_weak(last, next));
     return next;
 }
