@@ -103,7 +103,7 @@ PreferencesWindow::PreferencesWindow(app::TMApplicationDelegate &delegate, QWidg
     layout->setSpacing(0);
     layout->addWidget(bar);
     layout->addWidget(m_panes);
-    setMinimumWidth(520);
+    setMinimumWidth(std::max(520, bar->sizeHint().width())); // every title readable
     for (QPushButton *button : findChildren<QPushButton *>())
         button->setAutoDefault(false); // Return in a field must press nothing
 }
