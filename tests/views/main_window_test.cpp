@@ -227,9 +227,9 @@ TEST_F(Window, followsTheUserFromOnePlaceToAnother)
     trigger(Command::FilterByLocation);
     EXPECT_EQ(titles(), "Book the room");
     application.add(aTask().titled("Call the caterer").doneAt("Office"));
-    EXPECT_TRUE(QTest::qWaitFor([&] {
-        return outline().model()->index(2, 0).data(viewcontrollers::SourceListController::BadgeRole) == 2;
-    })) << "a new task at this place is counted";
+    QCoreApplication::processEvents(); // no more than that, since a new day would count anew as well
+    const QModelIndex row = outline().model()->index(2, 0);
+    EXPECT_EQ(row.data(viewcontrollers::SourceListController::BadgeRole).toInt(), 2) << "a new task is counted";
     application.location.fail(location::LocationErrorCode::Unavailable, "The receiver has gone.");
     EXPECT_EQ(titles(), "");
     EXPECT_EQ(child<QLabel>("statusLine").text(), QStringLiteral("The receiver has gone."));
