@@ -2,7 +2,7 @@
 # Every library that Quelvin stands on; all of them are packages of Debian 12 (tools/setup installs them).
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
-find_package(Qt6 6.4 REQUIRED COMPONENTS Core DBus Gui Widgets Svg Test LinguistTools)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core DBus Gui Positioning Widgets Svg Test LinguistTools)
 find_package(SQLite3 REQUIRED)
 find_package(SQLiteCpp REQUIRED)
 find_package(CURL REQUIRED)

@@ -349,6 +349,22 @@
         <source>The synchronisation broke off.</source>
         <translation>Der Abgleich brach ab.</translation>
     </message>
+    <message>
+        <source>This is no position. Write it as 52.4915, 13.4236 or as 52° 29.49&apos; N, 13° 25.42&apos; E.</source>
+        <translation>Das ist keine Position. Schreiben Sie sie wie 52.4915, 13.4236 oder wie 52° 29.49&apos; N, 13° 25.42&apos; E.</translation>
+    </message>
+    <message>
+        <source>Minutes and seconds are below 60.</source>
+        <translation>Minuten und Sekunden liegen unter 60.</translation>
+    </message>
+    <message>
+        <source>The latitude lies between 90° south and 90° north.</source>
+        <translation>Die Breite liegt zwischen 90° Süd und 90° Nord.</translation>
+    </message>
+    <message>
+        <source>The longitude lies between 180° west and 180° east.</source>
+        <translation>Die Länge liegt zwischen 180° West und 180° Ost.</translation>
+    </message>
 </context>
 <context>
     <name>HotKeys</name>
@@ -386,6 +402,37 @@
     <message>
         <source>Super</source>
         <translation>Super</translation>
+    </message>
+</context>
+<context>
+    <name>Location</name>
+    <message>
+        <source>The desktop&apos;s location service has ended.</source>
+        <translation>Der Ortungsdienst des Desktops wurde beendet.</translation>
+    </message>
+    <message>
+        <source>The desktop&apos;s location service does not tell Quelvin where you are. Allow it in the desktop&apos;s privacy settings, then turn &quot;Use my location&quot; off and on.</source>
+        <translation>Der Ortungsdienst des Desktops sagt Quelvin nicht, wo Sie sind. Erlauben Sie es in den Datenschutzeinstellungen des Desktops und schalten Sie dann „Meinen Ort verwenden“ aus und wieder ein.</translation>
+    </message>
+    <message>
+        <source>There is no location service on this desktop. Install GeoClue, or choose a receiver in the preferences.</source>
+        <translation>Auf diesem Desktop gibt es keinen Ortungsdienst. Installieren Sie GeoClue oder wählen Sie in den Einstellungen einen Empfänger.</translation>
+    </message>
+    <message>
+        <source>The desktop&apos;s location service does not know where you are.</source>
+        <translation>Der Ortungsdienst des Desktops weiß nicht, wo Sie sind.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; cannot be read for positions.</source>
+        <translation>Aus „%1“ lassen sich keine Positionen lesen.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; sends no positions any more.</source>
+        <translation>„%1“ sendet keine Positionen mehr.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; holds or sends no positions in the form NMEA.</source>
+        <translation>„%1“ enthält oder sendet keine Positionen im Format NMEA.</translation>
     </message>
 </context>
 <context>
@@ -1095,6 +1142,17 @@
     </message>
 </context>
 <context>
+    <name>app::QVLLocationManagerDelegate</name>
+    <message>
+        <source>Quelvin does not know where you are. Turn on &quot;Use my location&quot; in the preferences.</source>
+        <translation>Quelvin weiß nicht, wo Sie sind. Schalten Sie in den Einstellungen „Meinen Ort verwenden“ ein.</translation>
+    </message>
+    <message>
+        <source>Looking for your position…</source>
+        <translation>Ihre Position wird gesucht …</translation>
+    </message>
+</context>
+<context>
     <name>app::ReminderTimer</name>
     <message>
         <source>Upcoming event(s): </source>
@@ -1256,6 +1314,45 @@
     <message>
         <source>Set</source>
         <translation>Setzen</translation>
+    </message>
+</context>
+<context>
+    <name>views::ContextPlaceView</name>
+    <message>
+        <source>%1 m from you.</source>
+        <translation>%1 m von Ihnen entfernt.</translation>
+    </message>
+    <message>
+        <source>%1 km from you.</source>
+        <translation>%1 km von Ihnen entfernt.</translation>
+    </message>
+    <message>
+        <source>Belongs to a place</source>
+        <translation>Gehört zu einem Ort</translation>
+    </message>
+    <message>
+        <source>52.4915, 13.4236 or 52° 29.49&apos; N, 13° 25.42&apos; E</source>
+        <translation>52.4915, 13.4236 oder 52° 29.49&apos; N, 13° 25.42&apos; E</translation>
+    </message>
+    <message>
+        <source>Coordinates</source>
+        <translation>Koordinaten</translation>
+    </message>
+    <message>
+        <source>Use My Position</source>
+        <translation>Meine Position verwenden</translation>
+    </message>
+    <message>
+        <source>Show its tasks everywhere</source>
+        <translation>Aufgaben überall zeigen</translation>
+    </message>
+    <message>
+        <source>Type where it is, or go there and use your position.</source>
+        <translation>Geben Sie ein, wo er ist, oder gehen Sie hin und verwenden Sie Ihre Position.</translation>
+    </message>
+    <message>
+        <source>Change Place</source>
+        <translation>Ort ändern</translation>
     </message>
 </context>
 <context>
@@ -1562,6 +1659,49 @@
     </message>
 </context>
 <context>
+    <name>views::LocationPane</name>
+    <message>
+        <source>Use my location</source>
+        <translation>Meinen Ort verwenden</translation>
+    </message>
+    <message>
+        <source>Shows the tasks of the contexts that are less than a kilometre away. Your position stays on this computer; it is compared with the places of your contexts.</source>
+        <translation>Zeigt die Aufgaben der Kontexte, die weniger als einen Kilometer entfernt sind. Ihre Position bleibt auf diesem Computer; sie wird mit den Orten Ihrer Kontexte verglichen.</translation>
+    </message>
+    <message>
+        <source>The desktop</source>
+        <translation>Vom Desktop</translation>
+    </message>
+    <message>
+        <source>A receiver or recording (NMEA)</source>
+        <translation>Von Empfänger oder Aufzeichnung (NMEA)</translation>
+    </message>
+    <message>
+        <source>Position from</source>
+        <translation>Position</translation>
+    </message>
+    <message>
+        <source>Device or file</source>
+        <translation>Gerät oder Datei</translation>
+    </message>
+    <message>
+        <source>Choose…</source>
+        <translation>Wählen …</translation>
+    </message>
+    <message>
+        <source>Speed</source>
+        <translation>Geschwindigkeit</translation>
+    </message>
+    <message>
+        <source>%1 baud</source>
+        <translation>%1 Baud</translation>
+    </message>
+    <message>
+        <source>You are at %1.</source>
+        <translation>Sie sind bei %1.</translation>
+    </message>
+</context>
+<context>
     <name>views::MainWindow</name>
     <message>
         <source>Search</source>
@@ -1670,6 +1810,11 @@ Aufgaben, damit Dinge getan werden.</translation>
         <source>(%1) %2</source>
         <translation>(%1) %2</translation>
     </message>
+    <message>
+        <source>At %1</source>
+        <comment>the places where the user is</comment>
+        <translation>Hier: %1</translation>
+    </message>
 </context>
 <context>
     <name>views::ManagementWindow</name>
@@ -1770,10 +1915,6 @@ Aufgaben, damit Dinge getan werden.</translation>
     <message>
         <source>In smart folders, too</source>
         <translation>Auch in intelligenten Ordnern</translation>
-    </message>
-    <message>
-        <source>Use my location</source>
-        <translation>Meinen Ort verwenden</translation>
     </message>
     <message>
         <source>Count Today in the badge</source>
@@ -1882,6 +2023,10 @@ Aufgaben, damit Dinge getan werden.</translation>
     <message>
         <source>Opens a small window for a new task, whatever program you are working in. Click the button, then type the new keys; Backspace removes them.</source>
         <translation>Öffnet ein kleines Fenster für eine neue Aufgabe, gleich in welchem Programm Sie arbeiten. Klicken Sie auf den Knopf und drücken Sie dann die neuen Tasten; die Rücktaste entfernt sie.</translation>
+    </message>
+    <message>
+        <source>Location</source>
+        <translation>Ort</translation>
     </message>
 </context>
 <context>

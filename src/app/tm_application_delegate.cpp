@@ -7,6 +7,7 @@
 #include "hotkeys/qvl_key_code_translator.h"
 #include "model/settings_defaults.h"
 #include "model/smart_folder.h"
+#include "objectstore/undo_manager.h"
 
 #include <QAbstractEventDispatcher>
 #include <chrono>
@@ -44,6 +45,7 @@ TMApplicationDelegate::TMApplicationDelegate(Environment environment)
     , m_makeTransport(std::move(environment.makeTransport))
     , m_hotKeyCenter(environment.hotKeyCenter)
     , m_hotKey(makeHotKey())
+    , m_locationController(m_settings, m_clock, std::move(environment.makeLocationManager))
     , m_care(m_store->store(), backupFolder(m_store->store().file().parent_path()))
     , m_tracking(managedObjectContext(), m_clock)
     , m_syncHost(managedObjectContext(), m_tracking, m_user, [this] { saveAction(); })
@@ -81,6 +83,7 @@ void TMApplicationDelegate::applicationDidFinishLaunching()
     initializeHotKey();
     if (!m_hotKeyProblem.isEmpty())
         updateStatus(tr("The hot key opens no quick entry. %1").arg(m_hotKeyProblem));
+    m_locationController.applySettings();
     m_tracking.registerForChangeNotifications();
     if (auto *dispatcher = QAbstractEventDispatcher::instance())
         connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, this,
@@ -128,6 +131,45 @@ model::ListFilter TMApplicationDelegate::listFilter() const
         .showCompleted = m_settings.boolean(keys::ShowCompletedTasks),
         .byLocation = m_application.isFilteringByLocation(),
     };
+}
+
+std::vector<model::Contexts *> TMApplicationDelegate::contextsNear()
+{
+    return records().contextsNear(m_locationController.location());
+}
+
+void TMApplicationDelegate::filterTasks(bool byLocation)
+{
+    markTasksForLocation(byLocation, contextsNear());
+    saveAction();
+}
+
+void TMApplicationDelegate::flagAllTasksForLocation()
+{
+    if (!m_isSyncing)
+        markTasksForLocation(true, contextsNear());
+}
+
+bool TMApplicationDelegate::followLocation()
+{
+    const auto near = contextsNear();
+    if (m_isSyncing || std::equal(near.begin(), near.end(), m_marked.begin(), m_marked.end()))
+        return false;
+    markTasksForLocation(true, near);
+    return true;
+}
+
+/// The marks are the program's own work, which is neither sent to the service nor undone.
+void TMApplicationDelegate::markTasksForLocation(bool flag, const std::vector<model::Contexts *> &near)
+{
+    if (isReadOnly())
+        return;
+    const auto pause = m_tracking.pause();
+    objectstore::UndoManager &undo = *managedObjectContext().undoManager();
+    undo.disableRegistration();
+    records().markTasksForLocation(flag, near);
+    undo.enableRegistration();
+    m_marked.assign(near.begin(), near.end());
 }
 
 void TMApplicationDelegate::announce(const objectstore::ObjectsChange &change)
@@ -336,6 +378,7 @@ void TMApplicationDelegate::checkSecondActions()
         m_today = midnight;
         newDay();
     }
+    m_locationController.checkLocation();
     if (m_syncSchedule.isDue(now))
         synchronizeTasks();
 }
@@ -350,7 +393,7 @@ void TMApplicationDelegate::newDay()
 
 void TMApplicationDelegate::renewSmartFolders()
 {
-    if (!m_store->store().notice().empty())
+    if (isReadOnly())
         return; // a store that cannot be written would complain of a change that nobody made
     if (const auto renewed = model::renewSmartFolders(managedObjectContext(), m_clock.now()); !renewed)
         foundation::logLine("Smart folders were not brought to the new day: " + renewed.error().message);

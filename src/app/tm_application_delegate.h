@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/main_thread_sync_host.h"
+#include "app/qvl_location_manager_delegate.h"
 #include "app/reminder_timer.h"
 #include "app/repeating_schedule.h"
 #include "app/store_care.h"
@@ -34,6 +35,8 @@ struct Environment {
     std::function<std::unique_ptr<toodledo::HttpTransport>()> makeTransport = {};
     /// Where the global hot key is registered; null for none.
     hotkeys::QVLHotKeyCenter *hotKeyCenter = nullptr;
+    /// What tells the position; empty means nothing does.
+    QVLLocationManagerDelegate::MakeManager makeLocationManager = {};
 };
 
 /// The hub of the program: owns the store with its main context, the tracking of edits, the timers and the running
@@ -66,6 +69,16 @@ public:
     [[nodiscard]] model::DataUtilities records() { return {managedObjectContext(), m_user}; }
     /// What the lists show, by the settings and the location filter.
     [[nodiscard]] model::ListFilter listFilter() const;
+
+    [[nodiscard]] QVLLocationManagerDelegate &locationController() { return m_locationController; }
+    /// The contexts whose tasks can be done at the current position.
+    [[nodiscard]] std::vector<model::Contexts *> contextsNear();
+    /// Marks the tasks of the current position anew, as the location filter goes on or off, and saves.
+    void filterTasks(bool byLocation);
+    /// Marks the tasks that can be done at the current position, and no others; not while a synchronisation runs.
+    void flagAllTasksForLocation();
+    /// The same where the position has come near other contexts; false where it has not.
+    bool followLocation();
 
     /// Saves the main context; a failure is logged and shown.
     void saveAction();
@@ -138,6 +151,8 @@ private:
     void hotKeyPressed(hotkeys::QVLHotKey &hotKey);
     void setHotKeyProblem(const QString &problem);
     void renewSmartFolders();
+    [[nodiscard]] bool isReadOnly() const { return !m_store->store().notice().empty(); }
+    void markTasksForLocation(bool flag, const std::vector<model::Contexts *> &near);
 
     TMApplication &m_application;
     std::unique_ptr<model::TaskStore> m_store;
@@ -149,6 +164,9 @@ private:
     hotkeys::QVLHotKeyCenter *m_hotKeyCenter;
     std::unique_ptr<hotkeys::QVLHotKey> m_hotKey;
     QString m_hotKeyProblem;
+
+    QVLLocationManagerDelegate m_locationController;
+    std::vector<const model::Contexts *> m_marked; ///< the contexts whose tasks are
 
     StoreCare m_care;
     model::EditTracking m_tracking;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "foundation/error.h"
+#include "location/coordinate.h"
 #include "model/entities.h"
 
 #include <map>
@@ -72,6 +73,13 @@ public:
     bool addTaskToFolder(std::optional<std::int64_t> folderID, Tasks *task) const;
     bool addTaskToContextObject(Contexts *context, Tasks *task) const;
     bool addTaskToFolderByObject(Folders *folder, Tasks *task) const;
+
+    /// The contexts whose tasks can be done at `current`: those that use their coordinates and lie less than a
+    /// kilometre away, and those that are always shown. None without a position.
+    [[nodiscard]] std::vector<Contexts *> contextsNear(const std::optional<location::Coordinate> &current) const;
+    /// Sets `isCurrentLocation` of the tasks of these contexts to `flag`, and that of all others to nothing. Touches
+    /// only tasks that change, and builds no objects for the others.
+    void markTasksForLocation(bool flag, const std::vector<Contexts *> &near) const;
 
     /// Objects of `entity` that answer, in the order of insertion; nothing, after showing the error, when that fails.
     [[nodiscard]] std::optional<std::vector<ManagedObject *>> fetch(

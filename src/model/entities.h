@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "location/coordinate.h"
 #include "objectstore/managed_object.h"
 #include "objectstore/object_model.h"
 
@@ -162,8 +163,16 @@ public:
     void setLatitude(double degrees) { setValue("latitude", degrees); }
     [[nodiscard]] double longitude() const { return number("longitude"); }
     void setLongitude(double degrees) { setValue("longitude", degrees); }
+    [[nodiscard]] location::Coordinate coordinate() const { return {latitude(), longitude()}; }
+    void setCoordinate(const location::Coordinate &place)
+    {
+        setLatitude(place.latitude);
+        setLongitude(place.longitude);
+    }
+    /// Belongs to its coordinates.
     [[nodiscard]] bool useLocation() const { return boolean("useLocation"); }
     void setUseLocation(bool use) { setValue("useLocation", use); }
+    /// Its tasks can be done anywhere.
     [[nodiscard]] bool alwaysShow() const { return boolean("alwaysShow"); }
     void setAlwaysShow(bool show) { setValue("alwaysShow", show); }
     /// Deleted here, to be deleted at the service by the next synchronisation.

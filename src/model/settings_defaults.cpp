@@ -42,6 +42,8 @@ foundation::SettingsTable settingsDefaults()
         {"ShowLengthColumn", false},
         {"ShowTodayInBadge", true},
         {"ShowInboxInBadge", true},
+        {"NmeaSource", ""s},
+        {"NmeaBaudRate", integer(4800)}, // what NMEA 0183 says
         {"ToodledoHost", ""s},
         {"AcceptedCertificateDomain", ""s},
         {"RequestTimeout", integer(30)},

@@ -43,6 +43,9 @@ inline constexpr std::string_view HeadlineFontName = "HeadlineFontName";
 inline constexpr std::string_view ShowCompletedTasks = "ShowCompletedTasks";
 inline constexpr std::string_view SmartFoldersApplyShowCompleted = "SmartFoldersApplyShowCompleted";
 inline constexpr std::string_view UseLocation = "UseLocation";
+/// A receiver's device or a recording, both NMEA, to take positions from; empty means the desktop's service.
+inline constexpr std::string_view NmeaSource = "NmeaSource";
+inline constexpr std::string_view NmeaBaudRate = "NmeaBaudRate"; ///< of a serial device
 inline constexpr std::string_view GlobalHotKey = "Global Hot Key"; ///< dictionary of `keyCode` and `modifiers`
 inline constexpr std::string_view ShowTodayInBadge = "ShowTodayInBadge";
 inline constexpr std::string_view ShowInboxInBadge = "ShowInboxInBadge";

@@ -7,6 +7,7 @@
 #include "platform/desktop_notifications.h"
 #include "platform/hot_key_back_ends.h"
 #include "platform/launcher_badge.h"
+#include "platform/location_managers.h"
 #include "platform/running_instance.h"
 #include "views/icons.h"
 #include "views/main_window.h"
@@ -133,7 +134,11 @@ int main(int argc, char **argv)
         .settings = settings,
         .clock = clock,
         .user = user,
-        .hotKeyCenter = &hotKeyCenter});
+        .hotKeyCenter = &hotKeyCenter,
+        .makeLocationManager = [name = application.desktopFileName()](const foundation::Settings &chosen) {
+            return platform::makeLocationManager(
+                chosen.text(model::keys::NmeaSource), chosen.integer(model::keys::NmeaBaudRate), name);
+        }});
     views::MainWindow window(delegate);
     user.setWindow(&window);
     window.showMainApplicationWindow();

@@ -41,11 +41,18 @@ SourceListController::SourceListController(app::TMApplicationDelegate &delegate)
     m_refreshTimer.setSingleShot(true);
     m_refreshTimer.setInterval(0);
     connect(&m_refreshTimer, &QTimer::timeout, this, &SourceListController::refreshOutlineView);
+    m_flagTimer.setSingleShot(true);
+    m_flagTimer.setInterval(0);
+    connect(&m_flagTimer, &QTimer::timeout, &m_delegate, &app::TMApplicationDelegate::flagAllTasksForLocation);
     connect(&m_delegate, &app::TMApplicationDelegate::objectsDidChange, this, &SourceListController::follow);
     connect(&m_delegate, &app::TMApplicationDelegate::newDayDidBegin, this, &SourceListController::refreshOutlineView);
     connect(&m_delegate, &app::TMApplicationDelegate::syncDidEnd, this, &SourceListController::refreshOutlineView);
     connect(&m_delegate, &app::TMApplicationDelegate::storeDidChangeElsewhere, &m_refreshTimer,
         qOverload<>(&QTimer::start));
+    const app::QVLLocationManagerDelegate &location = m_delegate.locationController();
+    connect(
+        &location, &app::QVLLocationManagerDelegate::locationUpdated, this, &SourceListController::locationDidUpdate);
+    connect(&location, &app::QVLLocationManagerDelegate::statusChanged, this, &SourceListController::locationDidUpdate);
     for (int row = 0; row < rowCount(); ++row) {
         if (topLevel(row).childKind != SourceKind::None)
             children(row) = fetchChildren(topLevel(row).childKind);
@@ -125,6 +132,7 @@ SourceListController::Records SourceListController::fetchChildren(SourceKind kin
 void SourceListController::refreshOutlineView()
 {
     m_refreshTimer.stop();
+    m_delegate.flagAllTasksForLocation();
     for (int row = 0; row < rowCount(); ++row) {
         if (topLevel(row).childKind != SourceKind::None)
             reloadGroup(row);
@@ -158,10 +166,24 @@ void SourceListController::follow(const objectstore::ObjectsChange &change)
             return entity == "Folders" || entity == "Contexts" || entity == "SmartFolder";
         });
     };
-    if (concernsGroups(change.inserted) || concernsGroups(change.updated) || concernsGroups(change.deleted))
+    const auto isPlacedElsewhere
+        = [](const ManagedObject *object) { return model::as<model::Tasks>(object) && object->hasChanged("contexts"); };
+    if (concernsGroups(change.inserted) || concernsGroups(change.updated) || concernsGroups(change.deleted)) {
         m_refreshTimer.start();
+        return;
+    }
+    if (std::any_of(change.inserted.begin(), change.inserted.end(), isPlacedElsewhere)
+        || std::any_of(change.updated.begin(), change.updated.end(), isPlacedElsewhere))
+        m_flagTimer.start();
+    repaintAll();
+}
+
+void SourceListController::locationDidUpdate()
+{
+    if (m_delegate.followLocation())
+        refreshOutlineView();
     else
-        repaintAll();
+        Q_EMIT dataChanged(indexOf(SourceKind::Location), indexOf(SourceKind::Location)); // its tool tip
 }
 
 FetchRequest SourceListController::smartFolderTasks(const model::SmartFolder &folder) const
@@ -298,6 +320,8 @@ QVariant SourceListController::data(const QModelIndex &index, int role) const
     case Qt::EditRole:
         return title(index);
     case Qt::ToolTipRole:
+        if (kind(index) == SourceKind::Location)
+            return m_delegate.locationController().statusText();
         return record(index) ? title(index) : QVariant();
     case KindRole:
         return static_cast<int>(kind(index));

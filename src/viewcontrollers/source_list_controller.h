@@ -85,6 +85,7 @@ private:
     [[nodiscard]] Records fetchChildren(SourceKind kind) const;
     void reloadGroup(int group);
     void follow(const objectstore::ObjectsChange &change);
+    void locationDidUpdate();
     [[nodiscard]] std::optional<objectstore::FetchRequest> badgeTasks(const QModelIndex &index) const;
     [[nodiscard]] QVariant badge(const QModelIndex &index) const;
     [[nodiscard]] objectstore::FetchRequest smartFolderTasks(const model::SmartFolder &folder) const;
@@ -95,6 +96,7 @@ private:
     std::array<Records, topLevelItems.size()> m_children; ///< empty for the rows that have none
     mutable std::unordered_map<quintptr, qint64> m_badges; ///< by the row's own number or its record's address
     QTimer m_refreshTimer;
+    QTimer m_flagTimer; ///< after tasks came to other contexts
 };
 
 /// The day of the month on the icon of Today: "today_1" to "today_31".

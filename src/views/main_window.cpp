@@ -242,10 +242,28 @@ void MainWindow::updateHeadline()
     } else if (m_sources.kind(source) == SourceKind::Today) {
         const QDate today = viewcontrollers::toDateTime(m_delegate.clock().now()).date();
         more = QLocale().toString(today, tr("dddd d MMMM", "today's date"));
+    } else if (m_sources.kind(source) == SourceKind::Location) {
+        more = placeText();
     }
     m_headline->setText(title);
     m_subline->setText(more);
     updateWindowTitle();
+}
+
+/// Which contexts are near.
+QString MainWindow::placeText() const
+{
+    QStringList titles;
+    for (const model::Contexts *context : m_delegate.contextsNear())
+        titles.append(app::toQString(context->title()));
+    return titles.isEmpty() ? QString()
+                            : tr("At %1", "the places where the user is").arg(QLocale().createSeparatedList(titles));
+}
+
+bool MainWindow::isAboutLocation() const
+{
+    return m_delegate.application().isFilteringByLocation()
+        || (m_shown == Shown::Source && m_sources.kind(m_outline->selectedRow()) == SourceKind::Location);
 }
 
 /// The badge stands first, where a task bar shows it, too.
@@ -258,6 +276,8 @@ void MainWindow::updateWindowTitle()
 void MainWindow::updateStatusLine()
 {
     QString text = m_delegate.statusText();
+    if (text.isEmpty() && isAboutLocation())
+        text = m_delegate.locationController().statusText();
     if (text.isEmpty()) {
         text = m_tasks.rowCount() == 1 ? tr("1 task") : tr("%1 tasks").arg(QLocale().toString(m_tasks.rowCount()));
         if (const auto date = m_delegate.settings().date(model::keys::dateLastSynched))
@@ -276,6 +296,8 @@ void MainWindow::updateTip()
         m_tip->setMessage(QStringLiteral("search"), tr("No task has these words in its title or notes."));
     else if (m_shown == Shown::Tags)
         m_tip->setMessage(QStringLiteral("tag"), tr("Tick tags at the left to see the tasks that carry any of them."));
+    else if (const QString why = m_delegate.locationController().statusText(); isAboutLocation() && !why.isEmpty())
+        m_tip->setMessage(QStringLiteral("location"), why);
     else
         m_tip->setTipType(m_sources.tip(m_outline->selectedRow()));
 }

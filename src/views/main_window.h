@@ -78,6 +78,8 @@ private:
     void updateWindowTitle();
     void updateStatusLine();
     void updateTip();
+    [[nodiscard]] bool isAboutLocation() const;
+    [[nodiscard]] QString placeText() const;
     void updateCommands();
     void updateUndoCommands();
 

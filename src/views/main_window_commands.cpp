@@ -113,6 +113,11 @@ void MainWindow::connectParts()
     connect(&m_delegate, &TMApplicationDelegate::statusTextChanged, this, &MainWindow::updateStatusLine);
     connect(&m_delegate, &TMApplicationDelegate::syncDidBegin, this, [this] { showSyncing(true); });
     connect(&m_delegate, &TMApplicationDelegate::syncDidEnd, this, [this] { showSyncing(false); });
+    connect(&m_delegate.locationController(), &app::QVLLocationManagerDelegate::statusChanged, this, [this] {
+        updateHeadline();
+        updateStatusLine();
+        updateTip();
+    });
     connect(&m_delegate, &TMApplicationDelegate::dockBadgeChanged, this, &MainWindow::updateWindowTitle);
     connect(&m_delegate, &TMApplicationDelegate::columnsDidChange, m_table, &TasksTableView::configureColumns);
     connect(&m_delegate, &TMApplicationDelegate::objectsDidChange, this, &MainWindow::updateUndoCommands,
@@ -393,11 +398,11 @@ void MainWindow::filterTasks(bool byLocation)
     action(Command::FilterByLocation)
         ->setToolTip(byLocation ? tr("Turn location filtering off") : tr("Turn location filtering on"));
     m_table->showCurrentLocation(byLocation);
+    m_delegate.filterTasks(byLocation);
     if (byLocation)
         m_tasks.setFilterPredicate(objectstore::Predicate::format("isCurrentLocation==YES"));
     else
         m_tasks.setFilterPredicate(std::nullopt);
-    m_delegate.saveAction();
     m_sources.refreshOutlineView();
 }
 

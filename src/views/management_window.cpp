@@ -3,6 +3,7 @@
 
 #include "app/text.h"
 #include "viewcontrollers/undo_group.h"
+#include "views/context_place_view.h"
 
 #include <QHBoxLayout>
 #include <QPushButton>
@@ -64,6 +65,14 @@ ManagementWindow::ManagementWindow(
     layout->addWidget(m_records);
     layout->addLayout(buttons);
     resize(380, 460);
+    if (m_kind == Managed::Contexts) {
+        m_place = new ContextPlaceView(m_delegate);
+        layout->addSpacing(4);
+        layout->addWidget(m_place);
+        resize(500, 560);
+        connect(m_records, &QListWidget::currentItemChanged, m_place,
+            [this](const QListWidgetItem *item) { m_place->setContext(model::as<model::Contexts>(record(item))); });
+    }
     connect(add, &QPushButton::clicked, this, &ManagementWindow::add);
     connect(remove, &QPushButton::clicked, this, &ManagementWindow::removeSelected);
     connect(m_records, &QListWidget::itemChanged, this, &ManagementWindow::rename);
@@ -83,12 +92,17 @@ void ManagementWindow::reload()
         return;
     }
     const QSignalBlocker blocker(m_records);
+    const ManagedObject *current = record(m_records->currentItem());
     m_records->clear();
     for (const ManagedObject *record : *found) {
         auto *item = new QListWidgetItem(app::toQString(record->text("title")), m_records);
         item->setFlags(item->flags() | Qt::ItemIsEditable);
         item->setData(Qt::UserRole, app::toQString(m_delegate.managedObjectContext().uri(*record)));
+        if (record == current)
+            m_records->setCurrentItem(item);
     }
+    if (m_place)
+        m_place->setContext(model::as<model::Contexts>(record(m_records->currentItem())));
 }
 
 ManagedObject *ManagementWindow::record(const QListWidgetItem *item) const

@@ -8,10 +8,12 @@
 
 namespace views {
 
+class ContextPlaceView;
+
 /// What a managing window is about.
 enum class Managed { Folders, Contexts, Tags, SmartFolders };
 
-/// All records of one kind, to be added, renamed and deleted.
+/// All records of one kind, to be added, renamed and deleted; contexts are given their places, too.
 class ManagementWindow final : public QDialog
 {
     Q_OBJECT
@@ -36,6 +38,7 @@ private:
     app::TMApplicationDelegate &m_delegate;
     viewcontrollers::MainMenuController &m_commands;
     QListWidget *m_records = nullptr;
+    ContextPlaceView *m_place = nullptr; ///< for contexts alone
 };
 
 } // namespace views

@@ -5,6 +5,7 @@
 #include "model/settings_defaults.h"
 #include "viewcontrollers/task_columns.h"
 #include "views/icons.h"
+#include "views/location_pane.h"
 #include "views/shortcut_recorder.h"
 #include "views/theme.h"
 
@@ -88,6 +89,7 @@ PreferencesWindow::PreferencesWindow(app::TMApplicationDelegate &delegate, QWidg
     addPane(tr("General"), QStringLiteral("settings"), makeGeneralPane());
     addPane(tr("Colors"), QStringLiteral("palette"), makeColorsPane());
     addPane(tr("Sync"), QStringLiteral("sync"), makeSyncPane());
+    addPane(tr("Location"), QStringLiteral("location"), new LocationPane(m_delegate));
     addPane(tr("Columns"), QStringLiteral("detail"), makeColumnsPane());
     addPane(tr("Shortcut"), QStringLiteral("keyboard"), makeShortcutPane());
     m_bar->addStretch();
@@ -101,7 +103,7 @@ PreferencesWindow::PreferencesWindow(app::TMApplicationDelegate &delegate, QWidg
     layout->setSpacing(0);
     layout->addWidget(bar);
     layout->addWidget(m_panes);
-    setMinimumWidth(520);
+    setMinimumWidth(std::max(520, bar->sizeHint().width())); // every title readable
     for (QPushButton *button : findChildren<QPushButton *>())
         button->setAutoDefault(false); // Return in a field must press nothing
 }
@@ -137,7 +139,6 @@ QWidget *PreferencesWindow::makeGeneralPane()
     const auto badge = [this] { m_delegate.updateDockBadge(); };
     layout->addWidget(checkBox(tr("Show completed tasks"), keys::ShowCompletedTasks, shown));
     layout->addWidget(checkBox(tr("In smart folders, too"), keys::SmartFoldersApplyShowCompleted, shown));
-    layout->addWidget(checkBox(tr("Use my location"), keys::UseLocation, [] {}));
     layout->addSpacing(8);
     layout->addWidget(checkBox(tr("Count Today in the badge"), keys::ShowTodayInBadge, badge));
     layout->addWidget(checkBox(tr("Count the Inbox in the badge"), keys::ShowInboxInBadge, badge));

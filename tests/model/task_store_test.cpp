@@ -87,14 +87,15 @@ TEST(TaskStore, whatCannotBeOpenedIsToldAndLeftAsItIs)
 TEST(SettingsDefaults, everySettingThatIsReadByNameHasItsDefault)
 {
     const auto defaults = model::settingsDefaults();
-    EXPECT_THAT(defaults, testing::SizeIs(33 + 6)) << "the program's table and the keys for reaching the service";
+    EXPECT_THAT(defaults, testing::SizeIs(33 + 6 + 2))
+        << "the program's table and the keys for reaching the service and a receiver";
     namespace keys = model::keys;
     for (const std::string_view key : {keys::SyncToToodledo, keys::SyncOnLaunch, keys::SyncInterval, keys::ToodledoHost,
              keys::AcceptedCertificateDomain, keys::RequestTimeout, keys::ReplyLimit, keys::EscapeParameterValues,
              keys::SyncGuards, keys::BackgroundColor, keys::DetailBackgroundColor, keys::TitleStartColor,
              keys::TitleEndColor, keys::HeadlineFontSize, keys::HeadlineFontName, keys::ShowCompletedTasks,
-             keys::SmartFoldersApplyShowCompleted, keys::UseLocation, keys::GlobalHotKey, keys::ShowTodayInBadge,
-             keys::ShowInboxInBadge})
+             keys::SmartFoldersApplyShowCompleted, keys::UseLocation, keys::NmeaSource, keys::NmeaBaudRate,
+             keys::GlobalHotKey, keys::ShowTodayInBadge, keys::ShowInboxInBadge})
         EXPECT_TRUE(defaults.contains(key)) << key;
     for (const std::string_view key : {keys::HasBeenRun, keys::ToodleDoUsername, keys::ToodleDoPassword,
              keys::toodledoKey, keys::lastKeyUpdate, keys::dateLastSynched})

@@ -6,7 +6,10 @@
 #include "support/task_builder.h"
 #include "support/temporary_folder.h"
 #include "support/test_clock.h"
+#include "support/test_location.h"
+#include "views/context_place_view.h"
 #include "views/main_window.h"
+#include "views/management_window.h"
 #include "views/preferences_window.h"
 #include "views/quick_task_controller.h"
 #include "views/shortcut_recorder.h"
@@ -121,8 +124,12 @@ public:
         if (!store)
             qFatal("no store");
         m_settings.set("ShowDueDateColumn", true);
-        m_delegate = std::make_unique<app::TMApplicationDelegate>(
-            app::Environment{application, std::move(*store), m_settings, m_clock, m_user});
+        m_delegate = std::make_unique<app::TMApplicationDelegate>(app::Environment{.application = application,
+            .store = std::move(*store),
+            .settings = m_settings,
+            .clock = m_clock,
+            .user = m_user,
+            .makeLocationManager = m_location.makeManager()});
     }
 
     /// A new user's window.
@@ -180,7 +187,7 @@ public:
         save(*quickTask, QStringLiteral("quick-entry-empty"));
         quickTask->close();
         auto *preferences = window.findChild<views::PreferencesWindow *>();
-        for (int pane = 1; pane < 5; ++pane) {
+        for (int pane = 1; pane < 6; ++pane) {
             preferences->findChild<QButtonGroup *>()->button(pane)->click();
             save(*preferences, QStringLiteral("preferences-%1").arg(pane));
         }
@@ -195,6 +202,39 @@ public:
         views::WindowUserInteraction user(nowhere);
         user.setWindow(&window);
         user.remind(QStringLiteral("Upcoming event(s): \nCall the movers about the piano \nReturn the library books "));
+    }
+
+    /// Where the user is, and what can be done there.
+    void places()
+    {
+        constexpr location::Coordinate here{52.4915, 13.4236};
+        for (const auto &[title, place] :
+            {std::pair{"Home", here}, {"Errands", location::Coordinate{52.4951, 13.429}}}) {
+            model::Contexts &context = *m_delegate->records().getContextByTitle(title);
+            context.setUseLocation(true);
+            context.setCoordinate(place);
+        }
+        views::MainWindow window(*m_delegate);
+        window.resize(1280, 800);
+        window.showMainApplicationWindow();
+        m_settings.set(model::keys::UseLocation, true);
+        m_delegate->locationController().applySettings();
+        window.action(views::Command::GoToLocation)->trigger();
+        save(window, QStringLiteral("location-waiting"));
+        m_location.moveTo(here);
+        window.action(views::Command::FilterByLocation)->setChecked(true);
+        save(window, QStringLiteral("location"));
+        window.action(views::Command::ManageContexts)->trigger();
+        auto *contexts = window.findChild<views::ManagementWindow *>();
+        auto *list = contexts->findChild<QListWidget *>();
+        list->setCurrentItem(list->findItems(QStringLiteral("Errands"), Qt::MatchExactly).value(0));
+        save(*contexts, QStringLiteral("contexts"));
+        auto *field = contexts->findChild<views::ContextPlaceView *>()->findChild<QLineEdit *>();
+        field->setText(QStringLiteral("52° 61' N, 13° 25' E"));
+        field->setModified(true);
+        Q_EMIT field->editingFinished();
+        save(*contexts, QStringLiteral("contexts-refused"));
+        window.action(views::Command::FilterByLocation)->setChecked(false);
     }
 
     void trayIcons()
@@ -257,6 +297,7 @@ private:
     support::TemporaryFolder m_storeFolder;
     support::TestClock m_clock;
     SilentUser m_user;
+    support::TestLocation m_location;
     foundation::MemorySettingsFile m_settingsFile;
     foundation::Settings m_settings;
     QString m_folder;
@@ -283,6 +324,7 @@ int main(int argc, char **argv)
     Gallery(application, arguments[1], arguments[3]).empty();
     Gallery gallery(application, arguments[1], arguments[3]);
     gallery.everyday();
+    gallery.places();
     gallery.trayIcons();
     gallery.smartFolderEditor();
     return 0;

@@ -7,6 +7,7 @@
 #include "support/task_builder.h"
 #include "support/temporary_folder.h"
 #include "support/test_clock.h"
+#include "support/test_location.h"
 
 #include <QStringList>
 #include <stdexcept>
@@ -40,7 +41,12 @@ public:
     TestApplication() : settings(m_settingsFile, model::settingsDefaults())
     {
         m_delegate = std::make_unique<app::TMApplicationDelegate>(
-            app::Environment{*static_cast<app::TMApplication *>(qApp), openStore(), settings, clock, user});
+            app::Environment{.application = *static_cast<app::TMApplication *>(qApp),
+                .store = openStore(),
+                .settings = settings,
+                .clock = clock,
+                .user = user,
+                .makeLocationManager = location.makeManager()});
         delegate().editTracking().registerForChangeNotifications();
     }
     ~TestApplication() { delegate().application().setIsFilteringByLocation(false); }
@@ -75,6 +81,7 @@ public:
     TemporaryFolder folder;
     TestClock clock;
     TestUser user;
+    TestLocation location;
 
 private:
     foundation::MemorySettingsFile m_settingsFile;

@@ -201,3 +201,38 @@ TEST(BadgedIcon, carriesItsTextWithinTheIconAtEverySize)
         EXPECT_EQ(brief.pixelColor(size / 4, size / 4), plain.pixelColor(size / 4, size / 4)) << "the icon shows";
     }
 }
+
+TEST_F(Window, followsTheUserFromOnePlaceToAnother)
+{
+    constexpr location::Coordinate places[] = {{52.4915, 13.4236}, {48.1374, 11.5755}};
+    for (const auto &[title, place] : {std::pair{"Home", places[0]}, {"Office", places[1]}}) {
+        auto &context = application.addRecord<model::Contexts>(title);
+        context.setUseLocation(true);
+        context.setCoordinate(place);
+    }
+    application.add(aTask().titled("Water the plants").doneAt("Home"));
+    application.add(aTask().titled("Book the room").doneAt("Office"));
+    application.settings.set(model::keys::UseLocation, true);
+    open();
+    trigger(Command::GoToLocation);
+    EXPECT_EQ(titles(), "");
+    EXPECT_EQ(child<QLabel>("statusLine").text(), QStringLiteral("Looking for your position…"));
+    application.location.moveTo(places[0]);
+    EXPECT_EQ(titles(), "Water the plants");
+    application.location.moveTo(places[1]);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return titles() == "Book the room"; }));
+
+    trigger(Command::GoToInbox);
+    EXPECT_EQ(titles(), "Book the room|Water the plants");
+    trigger(Command::FilterByLocation);
+    EXPECT_EQ(titles(), "Book the room");
+    application.add(aTask().titled("Call the caterer").doneAt("Office"));
+    QCoreApplication::processEvents(); // no more than that, since a new day would count anew as well
+    const QModelIndex row = outline().model()->index(2, 0);
+    EXPECT_EQ(row.data(viewcontrollers::SourceListController::BadgeRole).toInt(), 2) << "a new task is counted";
+    application.location.fail(location::LocationErrorCode::Unavailable, "The receiver has gone.");
+    EXPECT_EQ(titles(), "");
+    EXPECT_EQ(child<QLabel>("statusLine").text(), QStringLiteral("The receiver has gone."));
+    trigger(Command::FilterByLocation);
+    EXPECT_EQ(titles(), "Book the room|Call the caterer|Water the plants");
+}
