@@ -29,7 +29,8 @@ set(CPACK_DEBIAN_QUELVIN_PACKAGE_DEPENDS hicolor-icon-theme) # Qt's plugins for 
 # under Wayland, screen readers, the position.
 string(JOIN ", " CPACK_DEBIAN_QUELVIN_PACKAGE_RECOMMENDS
     qt6-wayland qt6-translations-l10n qt6-gtk-platformtheme "default-dbus-session-bus | dbus-session-bus"
-    "notification-daemon" xdg-desktop-portal at-spi2-core geoclue-2.0)
+    "notification-daemon" xdg-desktop-portal at-spi2-core geoclue-2.0
+    libqt6positioning6-plugins)
 set(CPACK_DEBIAN_QUELVIN_PACKAGE_SUGGESTS quelvin-service)
 
 set(CPACK_DEBIAN_QUELVIN-SERVICE_PACKAGE_NAME quelvin-service)
