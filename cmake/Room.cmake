@@ -34,12 +34,13 @@ function(quelvin_room name)
     target_precompile_headers(quelvin_${name} PRIVATE ${QUELVIN_STANDARD_HEADERS})
 endfunction()
 
+# PACKAGE is the package that the program belongs to (cmake/Install.cmake).
 function(quelvin_program name)
-    cmake_parse_arguments(PROGRAM "" "" "SOURCES;LINKS" ${ARGN})
+    cmake_parse_arguments(PROGRAM "" "PACKAGE" "SOURCES;LINKS" ${ARGN})
     add_executable(${name} ${PROGRAM_SOURCES})
     target_link_libraries(${name} PRIVATE quelvin_flags ${PROGRAM_LINKS})
     target_precompile_headers(${name} PRIVATE ${QUELVIN_STANDARD_HEADERS})
-    install(TARGETS ${name} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    install(TARGETS ${name} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${PROGRAM_PACKAGE})
 endfunction()
 
 function(quelvin_test name)

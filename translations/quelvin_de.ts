@@ -469,6 +469,10 @@
         <source>Open the quick entry with the text that is selected on the desktop.</source>
         <translation>Öffnet die Schnelleingabe mit dem Text, der gerade markiert ist.</translation>
     </message>
+    <message>
+        <source>Synchronise the tasks.</source>
+        <translation>Die Aufgaben abgleichen.</translation>
+    </message>
 </context>
 <context>
     <name>QuickTaskController</name>

@@ -37,8 +37,8 @@ RunningInstance::RunningInstance(QDBusConnection bus, QString name) : m_bus(std:
 
 RunningInstance::~RunningInstance()
 {
+    m_bus.unregisterService(m_name); // before the object: a call that comes now starts the next program
     m_bus.unregisterObject(path());
-    m_bus.unregisterService(m_name);
 }
 
 QString RunningInstance::path() const

@@ -3,6 +3,7 @@
 #include "app/store_opening.h"
 #include "app/text.h"
 #include "app/tm_application_delegate.h"
+#include "foundation/log.h"
 #include "model/settings_defaults.h"
 #include "platform/desktop_notifications.h"
 #include "platform/hot_key_back_ends.h"
@@ -25,6 +26,7 @@ namespace {
 /// The actions of the desktop file, by which one start of the program also speaks to the other.
 const QString quickTaskAction = QStringLiteral("quick-task");
 const QString addSelectedTextAction = QStringLiteral("add-selected-text");
+const QString syncAction = QStringLiteral("sync");
 
 struct Arguments {
     std::filesystem::path store;
@@ -49,7 +51,8 @@ Arguments parse(const QCoreApplication &application)
         QStringLiteral("add"), Main::tr("Open the quick entry with this title, which may be empty."), Main::tr("text"));
     const QCommandLineOption addSelection(QStringLiteral("add-selection"),
         Main::tr("Open the quick entry with the text that is selected on the desktop."));
-    parser.addOptions({store, settings, add, addSelection});
+    const QCommandLineOption sync(QStringLiteral("sync"), Main::tr("Synchronise the tasks."));
+    parser.addOptions({store, settings, add, addSelection, sync});
     parser.addHelpOption();
     parser.addVersionOption();
     parser.process(application);
@@ -63,6 +66,8 @@ Arguments parse(const QCoreApplication &application)
         arguments.actionArguments = {parser.value(add)};
     } else if (parser.isSet(addSelection)) {
         arguments.action = addSelectedTextAction;
+    } else if (parser.isSet(sync)) {
+        arguments.action = syncAction;
     }
     return arguments;
 }
@@ -79,12 +84,18 @@ QString busName(const QString &name, const std::filesystem::path &store)
     return name + QStringLiteral(".Store_") + QString::fromLatin1(hash.left(16));
 }
 
-void runAction(views::QuickEntry &quickEntry, const QString &action, const QStringList &arguments)
+void runAction(
+    views::MainWindow &window, views::QuickEntry &quickEntry, const QString &action, const QStringList &texts)
 {
     if (action == quickTaskAction)
-        quickEntry.quickTask(arguments.value(0));
+        quickEntry.quickTask(texts.value(0));
     else if (action == addSelectedTextAction)
         quickEntry.addSelectedText();
+    else if (action == syncAction)
+        window.action(views::Command::Sync)->trigger();
+    else if (!action.isEmpty())
+        foundation::logLine(
+            "Another program asked for the action \"" + action.toStdString() + "\", which is not there.");
 }
 
 int fail(app::UserInteraction &user, const foundation::Error &error)
@@ -162,10 +173,10 @@ int main(int argc, char **argv)
     instance.serve({
         .activate = [&window] { window.showMainApplicationWindow(); },
         .activateAction
-        = [&quickEntry](const QString &action, const QStringList &texts) { runAction(quickEntry, action, texts); },
+        = [&](const QString &action, const QStringList &texts) { runAction(window, quickEntry, action, texts); },
         .addTask = [&quickEntry](const QString &text) { return quickEntry.addTaskService(text); },
     });
-    runAction(quickEntry, arguments.action, arguments.actionArguments);
+    runAction(window, quickEntry, arguments.action, arguments.actionArguments);
     const int status = app::TMApplication::exec();
     delegate.applicationWillTerminate();
     return status;

@@ -38,6 +38,13 @@ std::string hostOf(const std::string &url)
     return host;
 }
 
+/// libcurl takes a third slash for a typing mistake and the path after it for the host, which would get the password.
+bool namesNoHost(std::string_view url)
+{
+    const std::size_t scheme = url.find("://");
+    return scheme != std::string_view::npos && url.substr(scheme + 3).starts_with('/');
+}
+
 /// One exchange under way, as the callbacks see it.
 struct Exchange {
     CURL *easy;
@@ -156,6 +163,8 @@ foundation::Result<HttpReply> CurlTransport::perform(const HttpRequest &request,
     CURL *easy = m_handles->easy.get();
     if (!easy || !m_handles->multi)
         return foundation::Failure(error(HttpErrorCode::Connection, "libcurl could not be started"));
+    if (namesNoHost(request.url))
+        return foundation::Failure(error(HttpErrorCode::Connection, "the address names no host"));
     Exchange exchange{easy, body, m_options.replyLimit};
     std::string message(CURL_ERROR_SIZE, '\0');
     const double milliseconds = std::clamp(std::ceil(request.deadline * 1000), 1.0, 86'400'000.0);

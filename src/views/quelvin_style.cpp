@@ -33,4 +33,13 @@ int QuelvinStyle::pixelMetric(PixelMetric metric, const QStyleOption *option, co
     return QProxyStyle::pixelMetric(metric, option, widget);
 }
 
+int QuelvinStyle::styleHint(
+    StyleHint hint, const QStyleOption *option, const QWidget *widget, QStyleHintReturn *returned) const
+{
+    // Without a desktop's theme Qt would draw pictures of its own on OK and Cancel.
+    if (hint == SH_DialogButtonBox_ButtonsHaveIcons)
+        return 0;
+    return QProxyStyle::styleHint(hint, option, widget, returned);
+}
+
 } // namespace views

@@ -64,6 +64,11 @@ TEST_F(RunningInstance, answersTheDesktopAndOtherProgramsOverTheBus)
     EXPECT_TRUE(comesUp("Quick Entry", 2)) << "one for the action, one for the text, none for the lack of one";
     screen.press(QStringLiteral("Return"));
     EXPECT_EQ(storedTasks(), QStringList{QStringLiteral("Pears and plums")});
+
+    // Nothing to synchronise with is set, and a window says so.
+    ASSERT_TRUE(comesUp("^Quelvin$", 0));
+    call(application, QStringLiteral("ActivateAction"), {QStringLiteral("sync"), QVariantList(), QVariantMap()});
+    EXPECT_TRUE(comesUp("^Quelvin$"));
 }
 
 TEST_F(RunningInstance, worksAloneWithoutASessionBus)

@@ -77,6 +77,8 @@ TEST_F(Transport, F25_failsWhereNobodyListens)
         EXPECT_EQ(result.error().code, static_cast<int>(HttpErrorCode::Connection)) << url;
     }
     EXPECT_EQ(sink.body, "");
+    EXPECT_FALSE(transport.perform({.url = "http:///" + server.host() + "/", .stop = {}}, sink));
+    EXPECT_EQ(server.connections(), 0) << "what follows an empty host is no host";
 }
 
 TEST_F(Transport, F26_failsWhenTheReplyBreaksOff)
