@@ -25,6 +25,7 @@
 #include <QScrollBar>
 #include <QWindow>
 #include <cstdio>
+#include <cstring>
 
 namespace {
 
@@ -426,14 +427,20 @@ int main(int argc, char **argv)
         bench::generate(workplace.path(), amount).reset();
         bench::printHeader("the windows, " + std::to_string(amount.tasks) + " tasks");
         Measurement measurement(application, workplace.path());
-        measurement.badges();
-        measurement.lists();
-        measurement.search();
-        measurement.newDay();
-        measurement.editor();
-        measurement.quickEntry();
-        measurement.merge();
-        measurement.synchronisation();
+        constexpr std::array<std::pair<const char *, void (Measurement::*)()>, 8> parts{{
+            {"badges", &Measurement::badges},
+            {"lists", &Measurement::lists},
+            {"search", &Measurement::search},
+            {"newDay", &Measurement::newDay},
+            {"editor", &Measurement::editor},
+            {"quickEntry", &Measurement::quickEntry},
+            {"merge", &Measurement::merge},
+            {"synchronisation", &Measurement::synchronisation},
+        }};
+        for (const auto &[name, part] : parts) {
+            if (argc < 3 || std::strcmp(argv[2], name) == 0)
+                (measurement.*part)();
+        }
         return 0;
     } catch (const std::exception &exception) {
         std::fprintf(stderr, "%s\n", exception.what());
