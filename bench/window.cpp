@@ -382,10 +382,18 @@ private:
         show(*m_table.viewport());
     }
 
+    /// Reads the number of every row, seen or not, until all are right.
     void readBadges()
     {
-        QCoreApplication::processEvents();
-        context().processPendingChanges();
+        do {
+            QCoreApplication::processEvents();
+            context().processPendingChanges();
+            readEachBadge();
+        } while (m_sources.isCounting());
+    }
+
+    void readEachBadge()
+    {
         for (int top = 0; top < m_sources.rowCount(); ++top) {
             const QModelIndex parent = m_sources.index(top, 0);
             (void)parent.data(SourceListController::BadgeRole);
