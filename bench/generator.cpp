@@ -3,6 +3,7 @@
 
 #include "foundation/clock.h"
 #include "model/entities.h"
+#include "model/smart_folder.h"
 
 #include <array>
 #include <cstdio>
@@ -60,6 +61,25 @@ std::vector<ManagedObject *> all(objectstore::ObjectContext &moc, const char *en
     return std::move(*found);
 }
 
+/// As people make them: a word in the title, a priority, a star, a place, a tag, or two of these.
+void makeSmartFolders(objectstore::ObjectContext &moc, int number)
+{
+    constexpr std::array formats{
+        "title CONTAINS[c] 'garlic'",
+        "star == YES AND complete == NO",
+        "priorities.priority >= 2 AND complete == NO",
+        "(title CONTAINS[c] 'piano' OR notes CONTAINS[c] 'winter') AND star == YES",
+        "folders.title == 'Folder 7' AND complete == NO",
+        "ANY tags.title == 'tag 11'",
+        "contexts.title == 'Context 3' OR contexts.title == 'Context 4'",
+    };
+    for (int i = 0; i < number; ++i) {
+        auto &folder = model::insert<model::SmartFolder>(moc);
+        folder.setTitle("Smart folder " + std::to_string(i + 1));
+        folder.setPredicate(objectstore::Predicate::format(formats[static_cast<std::size_t>(i) % formats.size()]));
+    }
+}
+
 } // namespace
 
 Workplace::Workplace()
@@ -100,6 +120,7 @@ std::unique_ptr<model::TaskStore> generate(const std::filesystem::path &folder, 
         const auto folders = make(moc, "Folders", amount.folders, "Folder");
         const auto contexts = make(moc, "Contexts", amount.contexts, "Context");
         const auto tags = make(moc, "Tags", amount.tags, "tag");
+        makeSmartFolders(moc, amount.smartFolders);
         const auto states = all(moc, "States");
         const auto priorities = all(moc, "Priorities");
         const double now = clock.now().seconds;

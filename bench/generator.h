@@ -13,6 +13,7 @@ struct Amount {
     int folders = 200;
     int contexts = 100;
     int tags = 300;
+    int smartFolders = 50;
     unsigned seed = 20261124;
 };
 

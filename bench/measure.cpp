@@ -10,13 +10,13 @@
 
 namespace bench {
 
-namespace {
 double middle(std::vector<double> values)
 {
     std::sort(values.begin(), values.end());
     return values[values.size() / 2];
 }
 
+namespace {
 double processorSeconds()
 {
     timespec time{};
@@ -79,6 +79,13 @@ void printRatio(const std::string &work, double ours, double raw, const std::str
 {
     std::printf("%-58s %9.3f %-2s %9.3f %-2s %8.2f  <= %.2f%s\n", work.c_str(), ours, unit.c_str(), raw, unit.c_str(),
         ours / raw, reach, ours / raw <= reach ? "" : "  MISSED");
+    std::fflush(stdout);
+}
+
+void printLimit(const std::string &work, double middle, double worst, const std::string &unit, double reach)
+{
+    std::printf("%-58s %9.3f %-2s  worst %9.3f %-2s    <= %.4g%s\n", work.c_str(), middle, unit.c_str(), worst,
+        unit.c_str(), reach, middle <= reach ? "" : "  MISSED");
     std::fflush(stdout);
 }
 

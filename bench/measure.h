@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace bench {
 
@@ -27,12 +28,17 @@ struct Pair {
 /// The median on the wall clock.
 [[nodiscard]] double median(int rounds, const std::function<void()> &work);
 
+/// The middle one of some figures.
+[[nodiscard]] double middle(std::vector<double> values);
+
 /// Bytes that the program holds on the heap now.
 [[nodiscard]] double heapInUse();
 
 void printHeader(const std::string &title);
 /// One row: our figure, the raw one in the same unit, their ratio and what is to be reached.
 void printRatio(const std::string &work, double ours, double raw, const std::string &unit, double reach);
+/// One row with the middle of some figures, the worst of them, and what the middle one is to reach.
+void printLimit(const std::string &work, double middle, double worst, const std::string &unit, double reach);
 /// One row without a raw limit.
 void printFigure(const std::string &work, double ours, const std::string &unit, const std::string &reach);
 

@@ -72,7 +72,8 @@ double push(Place &place, const std::string &email)
 {
     place.makeAccount(email);
     const bench::Workplace workplace;
-    const auto made = bench::generate(workplace.path(), {.tasks = 0, .folders = 0, .contexts = 0, .tags = 0});
+    const auto made
+        = bench::generate(workplace.path(), {.tasks = 0, .folders = 0, .contexts = 0, .tags = 0, .smartFolders = 0});
     unsigned state = 7;
     for (int i = 0; i < tasks; ++i)
         model::insert<model::Tasks>(made->managedObjectContext()).setTitle(bench::words(38, state));

@@ -113,7 +113,8 @@ int main(int count, char **arguments)
     try {
         const int tasks = count > 1 ? std::atoi(arguments[1]) : 100000;
         const bench::Workplace workplace;
-        const auto made = bench::generate(workplace.path(), {.tasks = 0, .folders = 0, .contexts = 0, .tags = 0});
+        const auto made = bench::generate(
+            workplace.path(), {.tasks = 0, .folders = 0, .contexts = 0, .tags = 0, .smartFolders = 0});
         const auto replies = repliesFor(tasks);
         foundation::MemorySettingsFile file;
         foundation::Settings settings(file, model::settingsDefaults());

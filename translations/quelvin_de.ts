@@ -1242,6 +1242,14 @@
         <source>Move to &quot;%1&quot;</source>
         <translation>Nach „%1“ bewegen</translation>
     </message>
+    <message>
+        <source>%1 tasks, %2 days</source>
+        <translation>%1 Aufgaben, %2 Tage</translation>
+    </message>
+    <message>
+        <source>%1 tasks, %2 day</source>
+        <translation>%1 Aufgaben, %2 Tag</translation>
+    </message>
 </context>
 <context>
     <name>viewcontrollers::TaskCommands</name>

@@ -25,8 +25,8 @@ constexpr auto longestSaveWait = 100ms; // for another writer; longer would be f
 constexpr auto heldUpSaveDelay = 300ms;
 constexpr int heldUpSavesUntold = 10; // some four seconds
 constexpr int heldUpSavesBeforeQuitting = 100; // some ten seconds
-constexpr auto externalChangesInterval = 1500ms;
 constexpr auto tickInterval = 2s;
+constexpr auto externalChangesInterval = tickInterval; // so that an idle program wakes for both at once
 
 bool isHeldUp(const Error &error)
 {

@@ -37,6 +37,12 @@ constexpr std::array<DefaultState, 11> defaultStates{{
 constexpr std::int64_t lowestPriority = -1;
 constexpr std::int64_t highestPriority = 5;
 
+/// A record with a name of its own, which takes none of the numbers of those that the user makes.
+template <typename Record> Record &insertUnnumbered(ObjectContext &moc)
+{
+    return static_cast<Record &>(moc.insert(Record::entityName, objectstore::Awakening::None));
+}
+
 void save(ObjectContext &moc, foundation::ErrorPresenter &presenter)
 {
     moc.processPendingChanges();
@@ -66,7 +72,7 @@ void initFolderEntity(ObjectContext &moc, foundation::ErrorPresenter &presenter)
     const auto found = DataUtilities(moc, presenter).fetch("Folders", predicate);
     if (!found || !found->empty())
         return;
-    auto &inbox = insert<Folders>(moc);
+    auto &inbox = insertUnnumbered<Folders>(moc);
     inbox.setFolderID(0);
     inbox.setTitle("Inbox");
     save(moc, presenter);
@@ -82,7 +88,9 @@ void initContextEntity(ObjectContext &moc, foundation::ErrorPresenter &presenter
         found->back()->setValue("contextID", std::int64_t{0});
         return;
     }
-    insert<Contexts>(moc).setTitle("None");
+    auto &none = insertUnnumbered<Contexts>(moc);
+    none.setTitle("None");
+    none.setDate("creationDate", moc.store().clock().now());
     save(moc, presenter);
 }
 

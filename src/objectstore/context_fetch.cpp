@@ -138,6 +138,24 @@ Result<std::vector<const Property *>> columnsFor(const std::vector<std::string> 
 
 } // namespace
 
+bool ObjectContext::State::takeKnown(
+    Statement &statement, const EntityDescription &entity, std::vector<ManagedObject *> &found) const
+{
+    const Objects &here = objects[static_cast<std::size_t>(entity.index())];
+    while (statement.step()) {
+        const auto kept = here.find(statement.integer(0));
+        if (kept == here.end())
+            return false;
+        ManagedObject &object = *kept->second;
+        if (object.hasChanges() && !object.m_deleted)
+            continue; // asked in memory
+        if (!object.m_row || object.m_deleted || object.m_inserted || object.m_row->save() != statement.integer(1))
+            return false;
+        found.push_back(&object);
+    }
+    return true;
+}
+
 Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &request)
 {
     processPendingChanges();
@@ -154,10 +172,19 @@ Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &re
     std::vector<ManagedObject *> loaded;
     try {
         // A wish for an order would keep SQLite from the index that finds the rows; they are put in order below.
+        bool isKnown = false;
+        if (!plan->inMemory) { // a list that is shown again needs no columns
+            Statement keys = m_state->connection->prepare(
+                "SELECT t._key, t._save FROM " + identifier(plan->entity->name()) + " t" + where(*plan));
+            bindAll(keys, plan->condition);
+            isKnown = m_state->takeKnown(keys, *plan->entity, found);
+            if (!isKnown)
+                found.clear();
+        }
         Statement statement = m_state->connection->prepare(selectRows(*plan->entity) + where(*plan));
         bindAll(statement, plan->condition);
         RowBuilder builder;
-        while (statement.step()) {
+        while (!isKnown && statement.step()) {
             auto &kept = objects[statement.integer(0)];
             if (!kept) {
                 kept = plan->entity->makeObject();

@@ -57,6 +57,10 @@ struct ObjectContext::State {
     [[nodiscard]] const std::vector<const Value *> &unsavedBySlot(const ManagedObject &object);
     /// What the object says now, as a row of the save with this number.
     [[nodiscard]] RowPointer rowOf(const ManagedObject &object, std::int64_t save);
+    /// Takes the objects of keys and saves, as `statement` gives them, that have no unsaved changes. False as soon as
+    /// one is not here as the store has it.
+    [[nodiscard]] bool takeKnown(
+        Statement &statement, const EntityDescription &entity, std::vector<ManagedObject *> &found) const;
     [[nodiscard]] std::vector<ManagedObject *> allChanged() const;
     [[nodiscard]] static std::vector<ManagedObject *> sorted(std::vector<ManagedObject *> objects);
 };

@@ -266,6 +266,11 @@ private:
     /// that can be, a plus sign takes the affinity away, and with it the use of the index.
     [[nodiscard]] std::string key(const std::string &alias) const { return (m_plainKeys ? "" : "+") + alias + "._key"; }
 
+    /// A table's key, to be compared with a column that points at it. Such a column has no affinity: next to a key,
+    /// which has one, it would be converted first, and SQLite would read all of it for each row instead of asking its
+    /// index.
+    static std::string target(const std::string &alias) { return "+" + alias + "._key"; }
+
     std::string newAlias() { return "x" + std::to_string(++m_aliases); }
 
     /// A path through to-one relationships as one value; NULL where it meets nothing.
@@ -285,11 +290,11 @@ private:
         if (!property.joinTable.empty()) {
             const std::string inner = newAlias();
             return "(SELECT count(*) FROM " + identifier(property.joinTable) + " " + inner + " WHERE " + inner + "."
-                + property.joinOwner + " = " + alias + "._key)";
+                + property.joinOwner + " = " + target(alias) + ")";
         }
         const std::string inner = newAlias();
         return "(SELECT count(*) FROM " + identifier(property.destination->name()) + " " + inner + " WHERE " + inner
-            + "." + identifier(property.inverse->name) + " = " + alias + "._key)";
+            + "." + identifier(property.inverse->name) + " = " + target(alias) + ")";
     }
 
     /// "EXISTS" over every value that the path leads to, of which `leaf` makes the condition.
@@ -309,9 +314,9 @@ private:
             const std::string join = newAlias();
             from = identifier(property.joinTable) + " " + join + " JOIN " + from + " ON " + inner + "._key = " + join
                 + "." + property.joinMember;
-            link = join + "." + property.joinOwner + " = " + alias + "._key";
+            link = join + "." + property.joinOwner + " = " + target(alias);
         } else if (property.isToMany()) {
-            link = inner + "." + identifier(property.inverse->name) + " = " + alias + "._key";
+            link = inner + "." + identifier(property.inverse->name) + " = " + target(alias);
         }
         const std::string condition = last ? leaf(key(inner)) : along(path, step + 1, inner, leaf);
         return "EXISTS (SELECT 1 FROM " + from + " WHERE " + link + " AND " + condition + ")";

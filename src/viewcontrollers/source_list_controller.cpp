@@ -6,6 +6,9 @@
 #include "model/settings_defaults.h"
 #include "viewcontrollers/task_cells.h"
 
+#include <QLocale>
+#include <ctime>
+
 namespace viewcontrollers {
 
 using app::toQString;
@@ -17,6 +20,17 @@ namespace keys = model::keys;
 namespace {
 
 constexpr quintptr topLevelId = 0; // of an index; below a group it is one more than the group's row
+
+constexpr double longestToday = 60; // seconds after which an edit has Today counted anew, for time goes on, too
+constexpr double longestCounting = 0.02; // seconds in one turn of the event loop; longer would be felt
+
+/// Seconds that this thread has computed, which other programs do not lengthen.
+double processorSeconds()
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
 
 /// The key of a row's number; a record's address is no small number.
 quintptr badgeKey(const QModelIndex &index, const ManagedObject *record)
@@ -36,8 +50,12 @@ QString todayImageName(foundation::Instant now)
     return QStringLiteral("today_%1").arg(foundation::toLocal(now).day);
 }
 
-SourceListController::SourceListController(app::TMApplicationDelegate &delegate) : m_delegate(delegate)
+SourceListController::SourceListController(app::TMApplicationDelegate &delegate)
+    : m_delegate(delegate), m_counts(delegate.managedObjectContext())
 {
+    m_countTimer.setSingleShot(true);
+    m_countTimer.setInterval(0);
+    connect(&m_countTimer, &QTimer::timeout, this, &SourceListController::beginTurn);
     m_refreshTimer.setSingleShot(true);
     m_refreshTimer.setInterval(0);
     connect(&m_refreshTimer, &QTimer::timeout, this, &SourceListController::refreshOutlineView);
@@ -47,12 +65,14 @@ SourceListController::SourceListController(app::TMApplicationDelegate &delegate)
     connect(&m_delegate, &app::TMApplicationDelegate::objectsDidChange, this, &SourceListController::follow);
     connect(&m_delegate, &app::TMApplicationDelegate::newDayDidBegin, this, &SourceListController::refreshOutlineView);
     connect(&m_delegate, &app::TMApplicationDelegate::syncDidEnd, this, &SourceListController::refreshOutlineView);
-    connect(&m_delegate, &app::TMApplicationDelegate::storeDidChangeElsewhere, &m_refreshTimer,
-        qOverload<>(&QTimer::start));
     const app::QVLLocationManagerDelegate &location = m_delegate.locationController();
     connect(
         &location, &app::QVLLocationManagerDelegate::locationUpdated, this, &SourceListController::locationDidUpdate);
     connect(&location, &app::QVLLocationManagerDelegate::statusChanged, this, &SourceListController::locationDidUpdate);
+    connect(&m_delegate, &app::TMApplicationDelegate::storeDidChangeElsewhere, this, [this] {
+        m_counts.forget();
+        m_refreshTimer.start();
+    });
     for (int row = 0; row < rowCount(); ++row) {
         if (topLevel(row).childKind != SourceKind::None)
             children(row) = fetchChildren(topLevel(row).childKind);
@@ -137,6 +157,7 @@ void SourceListController::refreshOutlineView()
         if (topLevel(row).childKind != SourceKind::None)
             reloadGroup(row);
     }
+    m_counts.doubtAll();
     repaintAll();
     m_delegate.updateDockBadge();
     Q_EMIT refreshed();
@@ -150,7 +171,6 @@ void SourceListController::reloadGroup(int group)
 
 void SourceListController::repaintAll()
 {
-    m_badges.clear();
     Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, 0));
     for (int group = 0; group < rowCount(); ++group) {
         if (const int count = rowCount(index(group, 0)); count > 0)
@@ -160,9 +180,15 @@ void SourceListController::repaintAll()
 
 void SourceListController::follow(const objectstore::ObjectsChange &change)
 {
+    m_counts.follow(change);
+    if (m_delegate.clock().now().seconds - m_todayCounted.seconds > longestToday
+        || m_delegate.clock().now() < m_todayCounted)
+        m_counts.doubt(badgeKey(indexOf(SourceKind::Today), nullptr));
     const auto concernsGroups = [](const std::vector<ManagedObject *> &objects) {
         return std::any_of(objects.begin(), objects.end(), [](const ManagedObject *object) {
             const std::string &entity = object->entity().name();
+            if (TaskCounts::hasOnlyOtherMembers(*object)) // as when a task is dropped on a folder
+                return false;
             return entity == "Folders" || entity == "Contexts" || entity == "SmartFolder";
         });
     };
@@ -240,14 +266,31 @@ QVariant SourceListController::badge(const QModelIndex &index) const
     if (isExpandableGroup(index))
         return {};
     const quintptr key = badgeKey(index, record(index));
-    if (const auto known = m_badges.find(key); known != m_badges.end())
-        return known->second;
+    if (const auto known = m_counts.known(key))
+        return static_cast<qint64>(m_badges[key] = *known);
+    m_countTimer.start();
+    if (m_counted > longestCounting) {
+        m_isWaiting = true;
+        const auto shown = m_badges.find(key);
+        return shown == m_badges.end() ? QVariant() : shown->second;
+    }
+    const double start = processorSeconds();
     const auto request = badgeTasks(index);
+    if (kind(index) == SourceKind::Today)
+        m_todayCounted = m_delegate.clock().now();
     // This runs while the list is drawn, where no alert can be shown; reading the list itself will show the error.
-    const auto counted = request ? m_delegate.managedObjectContext().count(*request) : 0;
+    const auto counted = request ? m_counts.count(key, *request) : 0;
     if (!counted)
         foundation::logLine("A list could not be counted: " + counted.error().message);
-    return m_badges[key] = counted.value_or(0);
+    m_counted += processorSeconds() - start;
+    return static_cast<qint64>(m_badges[key] = counted.value_or(0));
+}
+
+void SourceListController::beginTurn()
+{
+    m_counted = 0;
+    if (std::exchange(m_isWaiting, false))
+        repaintAll();
 }
 
 TipType SourceListController::tip(const QModelIndex &index) const
@@ -311,6 +354,18 @@ QString SourceListController::title(const QModelIndex &index) const
     return QCoreApplication::translate("SourceList", topLevel(index.row()).key);
 }
 
+/// The title, which a narrow list cuts, and of a smart folder how much work its tasks are.
+QString SourceListController::toolTip(const QModelIndex &index) const
+{
+    auto *folder = model::as<model::SmartFolder>(record(index));
+    if (!folder)
+        return title(index);
+    const QString summary = toQString(folder->summaryString(m_delegate.user())); // "4 tasks, 1.33 day"
+    const QString format = summary.endsWith(u's') ? tr("%1 tasks, %2 days") : tr("%1 tasks, %2 day");
+    const QString days = QLocale().toString(summary.section(u' ', 2, 2).toDouble(), 'f', 2);
+    return title(index) + u'\n' + format.arg(summary.section(u' ', 0, 0), days);
+}
+
 QVariant SourceListController::data(const QModelIndex &index, int role) const
 {
     if (!index.isValid())
@@ -322,7 +377,7 @@ QVariant SourceListController::data(const QModelIndex &index, int role) const
     case Qt::ToolTipRole:
         if (kind(index) == SourceKind::Location)
             return m_delegate.locationController().statusText();
-        return record(index) ? title(index) : QVariant();
+        return record(index) ? toolTip(index) : QVariant();
     case KindRole:
         return static_cast<int>(kind(index));
     case BadgeRole:

@@ -5,20 +5,21 @@
 #include "model/smart_folder.h"
 #include "viewcontrollers/record_model.h"
 #include "viewcontrollers/source_item.h"
+#include "viewcontrollers/task_counts.h"
 
 #include <QTimer>
 #include <array>
 #include <optional>
-#include <unordered_map>
 #include <vector>
 
 namespace viewcontrollers {
 
 /// The source list: eight fixed rows, of which four are groups of records, each with the number of its tasks.
 ///
-/// Numbers are counted by the store when a row is first drawn and kept until something changes, so a long list costs
-/// what is seen of it. Follows the main context by itself; a record keeps its row, and an open editor its text, through
-/// every refresh. Main thread. An error of the store is shown and the list goes on with what it had.
+/// Numbers are counted by the store when a row is first drawn and follow each task that changes, so a long list costs
+/// what is seen of it. Where the store needs long, the numbers that are there stand until it is done, a few at a time.
+/// Follows the main context by itself; a record keeps its row, and an open editor its text, through every refresh. Main
+/// thread. An error of the store is shown and the list goes on with what it had.
 class SourceListController final : public RecordModel
 {
     Q_OBJECT
@@ -53,8 +54,8 @@ public:
 
     /// Reads the groups again and counts anew.
     void refreshOutlineView();
-    /// Forgets the numbers, which are counted when they are next drawn.
-    void repaintAll();
+    /// Whether rows that were drawn wait for their numbers.
+    [[nodiscard]] bool isCounting() const { return m_isWaiting; }
 
     [[nodiscard]] QModelIndex index(int row, int column, const QModelIndex &parent = {}) const override;
     [[nodiscard]] QModelIndex parent(const QModelIndex &child) const override;
@@ -84,17 +85,25 @@ private:
     [[nodiscard]] const Records &children(int group) const { return m_children[static_cast<std::size_t>(group)]; }
     [[nodiscard]] Records fetchChildren(SourceKind kind) const;
     void reloadGroup(int group);
+    void repaintAll();
     void follow(const objectstore::ObjectsChange &change);
     void locationDidUpdate();
     [[nodiscard]] std::optional<objectstore::FetchRequest> badgeTasks(const QModelIndex &index) const;
     [[nodiscard]] QVariant badge(const QModelIndex &index) const;
     [[nodiscard]] objectstore::FetchRequest smartFolderTasks(const model::SmartFolder &folder) const;
     [[nodiscard]] QString title(const QModelIndex &index) const;
+    [[nodiscard]] QString toolTip(const QModelIndex &index) const;
+    void beginTurn();
     bool file(model::Tasks &task, const QModelIndex &target);
 
     app::TMApplicationDelegate &m_delegate;
     std::array<Records, topLevelItems.size()> m_children; ///< empty for the rows that have none
-    mutable std::unordered_map<quintptr, qint64> m_badges; ///< by the row's own number or its record's address
+    mutable TaskCounts m_counts; ///< by the row's own number or its record's address
+    mutable std::unordered_map<quintptr, qint64> m_badges; ///< what was last shown
+    mutable foundation::Instant m_todayCounted;
+    mutable double m_counted = 0; ///< seconds of computing in this turn of the event loop
+    mutable bool m_isWaiting = false; ///< a row for the next turn, to be counted
+    mutable QTimer m_countTimer;
     QTimer m_refreshTimer;
     QTimer m_flagTimer; ///< after tasks came to other contexts
 };

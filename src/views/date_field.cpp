@@ -16,6 +16,7 @@
 #include <QStyle>
 #include <QTextCharFormat>
 #include <QTimeEdit>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 namespace views {
@@ -136,12 +137,19 @@ CalendarPopup::CalendarPopup(std::optional<Instant> date, Instant now, QWidget *
     m_calendar->setSelectedDate(date ? toDateTime(*date).date() : today);
     connect(m_calendar, &QCalendarWidget::clicked, this, &CalendarPopup::pickDay);
     connect(m_calendar, &QCalendarWidget::activated, this, &CalendarPopup::pickDay);
+    for (const auto &[name, image] : {std::pair("qt_calendar_prevmonth", "chevron-left"),
+             std::pair("qt_calendar_nextmonth", "chevron-right")}) { // whose own pictures heed neither light nor dark
+        auto *button = m_calendar->findChild<QToolButton *>(QString::fromLatin1(name));
+        button->setIcon(icon(QString::fromLatin1(image)));
+    }
     layout->addWidget(m_calendar);
 
     const QTime time = date ? toDateTime(*date).time() : QTime(0, 0);
     m_hasTime = new QCheckBox(tr("At"));
     m_hasTime->setChecked(time != QTime(0, 0));
     m_time = new QTimeEdit(m_hasTime->isChecked() ? time : QTime(9, 0));
+    if (QLocale().language() == QLocale::C) // which would show seconds
+        m_time->setDisplayFormat(QStringLiteral("HH:mm"));
     m_time->setEnabled(m_hasTime->isChecked());
     connect(m_hasTime, &QCheckBox::toggled, m_time, &QWidget::setEnabled);
     auto *set = new QPushButton(tr("Set"));

@@ -24,7 +24,8 @@ namespace keys = model::keys;
 
 namespace {
 
-constexpr auto countDelay = 120ms; // a count for each letter that is typed would come too late to be read
+constexpr auto countDelay = 120ms; // between letters that are typed, where a count takes longer than is not felt
+constexpr auto quickCount = 40ms;
 constexpr int growDuration = 120; // ms
 constexpr int sideMargin = 24;
 constexpr int initialWidth = 720;
@@ -206,11 +207,13 @@ void SmartFolderEditController::orderFocus()
 
 void SmartFolderEditController::updateCount()
 {
+    const auto start = std::chrono::steady_clock::now();
     std::optional<bool> complete;
     const foundation::Settings &settings = m_delegate.settings();
     if (settings.boolean(keys::SmartFoldersApplyShowCompleted))
         complete = settings.boolean(keys::ShowCompletedTasks);
     const auto count = m_delegate.managedObjectContext().count(model::smartFolderTasks(predicate(), complete));
+    m_countTimer.setInterval(std::chrono::steady_clock::now() - start < quickCount ? 0ms : countDelay);
     if (!count) {
         m_count->setText(app::toQString(count.error().message));
         return;

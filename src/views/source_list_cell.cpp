@@ -6,6 +6,7 @@
 #include "views/icons.h"
 #include "views/theme.h"
 
+#include <QAbstractScrollArea>
 #include <QLineEdit>
 #include <QPainter>
 
@@ -47,8 +48,8 @@ QFont groupFont(const QFont &base)
 
 QRect selectionRect(const QStyleOptionViewItem &option)
 {
-    const QWidget *view = option.widget;
-    const int width = view ? view->width() : option.rect.right();
+    const auto *view = qobject_cast<const QAbstractScrollArea *>(option.widget);
+    const int width = view ? view->viewport()->width() : option.rect.right(); // beside the scroll bar
     return {sideMargin, option.rect.top() + 1, width - 2 * sideMargin, option.rect.height() - 2};
 }
 

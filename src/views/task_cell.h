@@ -14,9 +14,7 @@ class TaskCell final : public QStyledItemDelegate
 
 public:
     /// `tasks` must outlive the delegate.
-    explicit TaskCell(viewcontrollers::TasksArrayController &tasks, QObject *parent = nullptr)
-        : QStyledItemDelegate(parent), m_tasks(tasks)
-    { }
+    explicit TaskCell(viewcontrollers::TasksArrayController &tasks, QObject *parent = nullptr);
 
     void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
     [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override;

@@ -2,6 +2,7 @@
 // The editors that the task table opens in its cells.
 #include "viewcontrollers/task_cells.h"
 #include "viewcontrollers/value_transformers.h"
+#include "views/cell_draft.h"
 #include "views/cell_painting.h"
 #include "views/date_field.h"
 #include "views/task_cell.h"
@@ -29,7 +30,22 @@ QComboBox *makeChoiceEditor(QWidget *parent, const std::vector<viewcontrollers::
     return editor;
 }
 
+void takeBackDraft(const QWidget *editor)
+{
+    if (auto *draft = editor->findChild<CellDraft *>())
+        draft->takeBack();
+}
+
 } // namespace
+
+TaskCell::TaskCell(viewcontrollers::TasksArrayController &tasks, QObject *parent)
+    : QStyledItemDelegate(parent), m_tasks(tasks)
+{
+    connect(this, &QAbstractItemDelegate::closeEditor, this, [](const QWidget *editor, EndEditHint hint) {
+        if (hint == RevertModelCache)
+            takeBackDraft(editor);
+    });
+}
 
 QWidget *TaskCell::createEditor(QWidget *parent, const QStyleOptionViewItem &, const QModelIndex &index) const
 {
@@ -61,6 +77,8 @@ QWidget *TaskCell::createEditor(QWidget *parent, const QStyleOptionViewItem &, c
     default: {
         auto *editor = new QLineEdit(parent);
         editor->setAccessibleName(m_tasks.headerData(index.column(), Qt::Horizontal, Qt::DisplayRole).toString());
+        if (auto *task = m_tasks.task(index); task && columnOf(index) == TaskColumn::Title)
+            new CellDraft(*editor, *task);
         return editor;
     }
     }
@@ -93,6 +111,7 @@ void TaskCell::setModelData(QWidget *editor, QAbstractItemModel *model, const QM
         model->setData(index, date->date() ? QVariant(viewcontrollers::toDateTime(*date->date())) : QVariant());
     } else if (const auto *line = qobject_cast<QLineEdit *>(editor)) {
         if (columnOf(index) == TaskColumn::Title) {
+            takeBackDraft(editor);
             model->setData(index, line->text());
         } else if (const auto minutes = viewcontrollers::parseLength(line->text())) {
             model->setData(index, static_cast<qlonglong>(*minutes));

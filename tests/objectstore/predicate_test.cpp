@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "objectstore/connection.h"
 #include "objectstore/library.h"
 #include "objectstore/predicate_node.h"
 
@@ -215,6 +216,20 @@ TEST(PredicateBounds, aPatternThatWouldTryForEverGivesUp)
     EXPECT_EQ(count(*context, "Book", "title MATCHES '(a|aa)*c'"), 0);
     EXPECT_EQ(count(*context, "Book", "title LIKE '*a*a*a*a*a*b'"), 0);
     EXPECT_EQ(count(*context, "Book", "title MATCHES 'a+'"), 1);
+}
+
+TEST(PredicateSql, looksMembersUpInsteadOfReadingAllOfThemForEachObject)
+{
+    const Library library;
+    const auto connection = value(library.store->connect());
+    for (const char *text : {"ANY labels.title == 'rare'", "labels.@count > 1", "ALL labels.books.pages > 3"}) {
+        const SqlCondition condition = value(compileToSql(Predicate::format(text), *model().entity("Book")));
+        Statement plan = connection->prepare("EXPLAIN QUERY PLAN SELECT t._key FROM Book t WHERE " + condition.sql);
+        while (plan.step()) {
+            const std::string step = plan.text(3);
+            EXPECT_TRUE(!step.starts_with("SCAN") || step.starts_with("SCAN t")) << text << ": " << step;
+        }
+    }
 }
 
 TEST(PredicateArchive, isReadAsItWasWrittenInVersionOne)

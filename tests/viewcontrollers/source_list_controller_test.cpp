@@ -2,6 +2,7 @@
 #include "viewcontrollers/source_list_controller.h"
 
 #include "app/text.h"
+#include "objectstore/undo_manager.h"
 #include "support/test_application.h"
 
 #include <QAbstractItemModelTester>
@@ -67,6 +68,49 @@ TEST_F(SourceList, countsAnewAfterEveryChange)
     application.clock.set(at("2026-11-25 09:00"));
     application.delegate().newDay();
     EXPECT_EQ(badge("Today"), 1);
+}
+
+TEST_F(SourceList, keepsItsNumbersRightWhileTasksAndWhatTheyPointAtChange)
+{
+    auto &milk = application.add(aTask().titled("Milk").in("House"));
+    auto &bread = application.add(aTask().titled("Bread").in("House"));
+    auto &house = *milk.folders();
+    const auto smartFolder = [this](const char *title, const char *format) {
+        auto &made = model::insert<model::SmartFolder>(application.moc());
+        made.setTitle(title);
+        made.setPredicate(objectstore::Predicate::format(format));
+    };
+    smartFolder("Indoors", "folders.title == 'House'");
+    smartFolder("Food", "ANY tags.title == 'food'");
+    list.refreshOutlineView();
+    const auto badges = [this] {
+        application.moc().processPendingChanges();
+        return QStringLiteral("%1 %2 %3").arg(badge("House")).arg(badge("Indoors")).arg(badge("Food")).toStdString();
+    };
+    EXPECT_EQ(badges(), "2 2 0");
+    application.records().addTaskToFolderByObject(application.records().getFolderByTitle("Inbox"), &bread);
+    EXPECT_EQ(badges(), "1 1 0");
+    milk.addObject("tags", application.addRecord<model::Tags>("food"));
+    EXPECT_EQ(badges(), "1 1 1");
+    application.moc().undoManager()->undo();
+    EXPECT_EQ(badges(), "1 1 0");
+    house.setTitle("Home");
+    application.moc().processPendingChanges();
+    EXPECT_EQ(badge("Indoors"), 0);
+    application.moc().undoManager()->undo();
+    EXPECT_EQ(badges(), "1 1 0");
+    application.moc().remove(milk);
+    EXPECT_EQ(badges(), "0 0 0");
+}
+
+TEST_F(SourceList, tellsHowMuchWorkASmartFolderIs)
+{
+    for (int i = 0; i < 4; ++i)
+        application.add(aTask().titled("task"));
+    auto &made = model::insert<model::SmartFolder>(application.moc());
+    made.setTitle("Work");
+    list.refreshOutlineView();
+    EXPECT_EQ(row("Work").data(Qt::ToolTipRole).toString(), QStringLiteral("Work\n4 tasks, 1.33 day"));
 }
 
 TEST_F(SourceList, showsTheTrashOnlyUntilItIsEmptied)

@@ -8,6 +8,7 @@
 #include "views/tray_icon.h"
 
 #include <QLineEdit>
+#include <QPointer>
 #include <QTest>
 
 using support::aTask;
@@ -106,6 +107,31 @@ TEST_F(Window, searchesAllTasksAndEscapeReturnsToTheList)
     trigger(Command::GoToInbox);
     EXPECT_EQ(titles(), "Bread|Butter");
     EXPECT_EQ(child<QLineEdit>("searchField").text(), QString());
+}
+
+TEST_F(Window, savesATitleThatIsBeingTypedInItsCellAndStillMakesItOneStep)
+{
+    auto &task = application.add(aTask().titled("Milk"));
+    application.delegate().saveAction();
+    open();
+    trigger(Command::GoToInbox);
+    const auto edit = [this](const char *text) {
+        table().setCurrentIndex(table().model()->index(0, 0));
+        table().editTitle();
+        auto *editor = table().viewport()->findChild<QLineEdit *>();
+        QTest::keyClicks(editor, QString::fromUtf8(text));
+        return editor;
+    };
+    for (const int key : {Qt::Key_Escape, Qt::Key_Return}) {
+        QPointer<QLineEdit> editor = edit("Bread");
+        EXPECT_TRUE(QTest::qWaitFor([&] { return task.title() == "Bread"; })) << "before the editor closes";
+        QTest::keyClicks(editor, QStringLiteral(" rolls"));
+        QTest::keyClick(editor, static_cast<Qt::Key>(key));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return editor.isNull(); }));
+        EXPECT_EQ(task.title(), key == Qt::Key_Escape ? "Milk" : "Bread rolls");
+    }
+    trigger(Command::Undo);
+    EXPECT_EQ(task.title(), "Milk");
 }
 
 TEST_F(Window, aTitleThatIsBeingEditedOutlivesWhatChangesAroundIt)

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "views/cell_draft.h"
+
+#include "app/text.h"
+#include "objectstore/object_context.h"
+#include "objectstore/undo_manager.h"
+
+#include <chrono>
+
+namespace views {
+
+using namespace std::chrono_literals;
+
+CellDraft::CellDraft(QLineEdit &editor, model::Tasks &task)
+    : QObject(&editor), m_editor(editor), m_task(task), m_before(task.title())
+{
+    m_timer.setSingleShot(true);
+    m_timer.setInterval(400ms);
+    connect(&editor, &QLineEdit::textEdited, &m_timer, qOverload<>(&QTimer::start));
+    connect(&m_timer, &QTimer::timeout, this, &CellDraft::keep);
+}
+
+void CellDraft::keep()
+{
+    if (!m_kept)
+        m_before = m_task.title();
+    write(app::toUtf8(m_editor.text()));
+    m_kept = m_task.title();
+}
+
+void CellDraft::takeBack()
+{
+    m_timer.stop();
+    const auto kept = std::exchange(m_kept, std::nullopt);
+    if (kept && m_task.title() == *kept) // else another has written since, whose title stands
+        write(m_before);
+}
+
+void CellDraft::write(const std::string &title)
+{
+    if (m_task.isDeleted() || m_task.title() == title)
+        return;
+    objectstore::ObjectContext &moc = m_task.context();
+    objectstore::UndoManager *undo = moc.undoManager();
+    moc.processPendingChanges(); // what came before belongs to the steps
+    if (undo)
+        undo->disableRegistration();
+    m_task.setTitle(title);
+    moc.processPendingChanges();
+    if (undo)
+        undo->enableRegistration();
+}
+
+} // namespace views
