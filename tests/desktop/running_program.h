@@ -12,6 +12,7 @@
 #include <QDBusConnectionInterface>
 #include <QFile>
 #include <QTest>
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace support {
@@ -67,6 +68,33 @@ protected:
     bool comesUp(const char *title, int count = 1) const
     {
         return QTest::qWaitFor([&] { return windows(QString::fromUtf8(title)) == count; }, patience);
+    }
+    /// Whether the window with this title takes the keys in the end.
+    bool takesKeys(const char *title) const
+    {
+        return QTest::qWaitFor(
+            [&] {
+                return screen.xdotool(QStringLiteral("getwindowfocus getwindowname")).contains(QLatin1String(title));
+            },
+            patience);
+    }
+    /// Presses keys until they have an effect: a busy machine may bring them before the program listens.
+    bool pressUntil(const QString &keys, const std::function<bool()> &hasEffect) const
+    {
+        constexpr int attempts = 4;
+        for (int attempt = 0; attempt < attempts; ++attempt) {
+            screen.press(keys);
+            if (QTest::qWaitFor(hasEffect, patience / attempts))
+                return true;
+        }
+        return false;
+    }
+    /// Presses Return in a quick entry until only `left` are open.
+    bool acceptQuickEntry(int left = 0) const
+    {
+        return takesKeys("Quick Entry") && pressUntil(QStringLiteral("Return"), [this, left] {
+            return windows(QStringLiteral("Quick Entry")) == left;
+        });
     }
     /// The titles of the stored tasks, once there are any.
     QStringList storedTasks()

@@ -19,7 +19,7 @@ TEST_F(RunningInstance, takesOverWhatASecondStartWasFor)
     ASSERT_TRUE(second.waitForFinished(patience));
     EXPECT_EQ(second.exitCode(), 0);
     ASSERT_TRUE(comesUp("Quick Entry"));
-    screen.press(QStringLiteral("Return"));
+    EXPECT_TRUE(acceptQuickEntry());
     EXPECT_EQ(storedTasks(), QStringList{QStringLiteral("Milk & honey")});
     EXPECT_TRUE(comesUp("Quick Entry", 0));
     QProcess &third = start();
@@ -40,8 +40,8 @@ TEST_F(RunningInstance, aFirstStartOpensTheQuickEntryToo)
 {
     start({QStringLiteral("--add"), QStringLiteral("Bread")});
     ASSERT_TRUE(comesUp("Quick Entry"));
-    screen.press(QStringLiteral("Escape"));
-    EXPECT_TRUE(comesUp("Quick Entry", 0));
+    ASSERT_TRUE(takesKeys("Quick Entry"));
+    EXPECT_TRUE(pressUntil(QStringLiteral("Escape"), [this] { return windows(QStringLiteral("Quick Entry")) == 0; }));
 }
 
 TEST_F(RunningInstance, answersTheDesktopAndOtherProgramsOverTheBus)
@@ -62,7 +62,7 @@ TEST_F(RunningInstance, answersTheDesktopAndOtherProgramsOverTheBus)
     EXPECT_EQ(addTask(""), failure);
     EXPECT_EQ(addTask("Pears\nand plums"), failure) << "also where it is no failure";
     EXPECT_TRUE(comesUp("Quick Entry", 2)) << "one for the action, one for the text, none for the lack of one";
-    screen.press(QStringLiteral("Return"));
+    EXPECT_TRUE(acceptQuickEntry(1));
     EXPECT_EQ(storedTasks(), QStringList{QStringLiteral("Pears and plums")});
 
     // Nothing to synchronise with is set, and a window says so.
@@ -76,7 +76,7 @@ TEST_F(RunningInstance, worksAloneWithoutASessionBus)
     busAddress = QStringLiteral("unix:path=/nowhere");
     QProcess &program = start({QStringLiteral("--add"), QStringLiteral("Milk")});
     ASSERT_TRUE(comesUp("Quick Entry"));
-    screen.press(QStringLiteral("Return"));
+    EXPECT_TRUE(acceptQuickEntry());
     EXPECT_EQ(storedTasks(), QStringList{QStringLiteral("Milk")});
     program.terminate();
     ASSERT_TRUE(program.waitForFinished(patience));
@@ -88,19 +88,22 @@ TEST_F(RunningInstance, opensTheQuickEntryByItsHotKeyWhateverIsInFront)
 {
     start();
     ASSERT_TRUE(comesUp("Today"));
-    screen.press(QStringLiteral("ctrl+super+t"));
-    ASSERT_TRUE(comesUp("Quick Entry"));
+    ASSERT_TRUE(
+        pressUntil(QStringLiteral("ctrl+super+t"), [this] { return windows(QStringLiteral("Quick Entry")) == 1; }));
+    ASSERT_TRUE(takesKeys("Quick Entry"));
     screen.xdotool(QStringLiteral("type Apples"));
-    screen.press(QStringLiteral("Return"));
+    EXPECT_TRUE(acceptQuickEntry());
     EXPECT_EQ(storedTasks(), QStringList{QStringLiteral("Apples")});
 }
 
 TEST_F(RunningInstance, keepsWhatWasBeingTypedWhenItEnds)
 {
     QProcess &program = start({QStringLiteral("--add"), QStringLiteral("Only offered")});
-    ASSERT_TRUE(comesUp("Quick Entry"));
-    screen.press(QStringLiteral("ctrl+super+t"));
-    ASSERT_TRUE(comesUp("Quick Entry", 2));
+    ASSERT_TRUE(takesKeys("Quick Entry"));
+    const QString first = screen.xdotool(QStringLiteral("getwindowfocus"));
+    ASSERT_TRUE(pressUntil(QStringLiteral("ctrl+super+t"), [&] {
+        return windows(QStringLiteral("Quick Entry")) == 2 && screen.xdotool(QStringLiteral("getwindowfocus")) != first;
+    }));
     screen.xdotool(QStringLiteral("type Plums"));
     QTest::qWait(1500); // nothing outside the program tells that it has read its keys, and it may have to wait its turn
     program.terminate();
