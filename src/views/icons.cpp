@@ -19,8 +19,6 @@ namespace views {
 
 namespace {
 
-constexpr int neutralSize = 20;
-
 QByteArray svgSource(const QString &name)
 {
     static const bool isReady = (initResources(), true);

@@ -15,7 +15,7 @@ TagBrowser::TagBrowser(app::TMApplicationDelegate &delegate, QWidget *parent)
     setAccessibleName(tr("Tags"));
     setFrameShape(QFrame::NoFrame);
     connect(this, &QListWidget::itemChanged, this, &TagBrowser::tick);
-    connect(this, &QListWidget::itemClicked, this, [this](QListWidgetItem *item) {
+    connect(this, &QListWidget::itemClicked, this, [](QListWidgetItem *item) {
         // a click anywhere on the row ticks it; one on the box has ticked it already
         if (item->data(Qt::UserRole + 1).toInt() == item->checkState())
             item->setCheckState(item->checkState() == Qt::Checked ? Qt::Unchecked : Qt::Checked);

@@ -44,7 +44,7 @@ protected:
     RemindedUser user;
     app::ReminderTimer timer{
         application.moc(), application.clock, user, [this] { application.delegate().saveAction(); }};
-    const std::vector<std::string> nothing;
+    std::vector<std::string> nothing;
 };
 
 using Messages = std::vector<std::string>;

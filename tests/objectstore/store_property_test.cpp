@@ -18,17 +18,6 @@ struct BookState {
 };
 using State = std::map<int, BookState>;
 
-std::ostream &operator<<(std::ostream &out, const State &state)
-{
-    for (const auto &[number, held] : state) {
-        out << number << ":\"" << held.title << "\"@" << held.shelf << "{";
-        for (const int label : held.labels)
-            out << label << ",";
-        out << "} ";
-    }
-    return out;
-}
-
 /// A context with undo over a store, a second one that only merges, and beside them the state as it should be.
 class Desk
 {

@@ -29,8 +29,8 @@ RC_GTEST_PROP(Request, ofAnyBytesBecomesTextThatXmlCanHold, (const std::string &
 {
     const std::string text = cleaned(percentDecoded(bytes));
     RC_ASSERT(cleaned(text) == text);
-    for (const unsigned char byte : text)
-        RC_ASSERT(byte >= 0x20 || byte == '\t' || byte == '\n' || byte == '\r');
+    for (const char byte : text)
+        RC_ASSERT(static_cast<unsigned char>(byte) >= 0x20 || byte == '\t' || byte == '\n' || byte == '\r');
 }
 
 TEST(Request, takesTheFirstOfDoubledNames)
