@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // How long a person waits in the windows over a large store, on an X server that nobody sees: choosing a list,
-// searching, editing, scrolling, a synchronisation that runs meanwhile, the editor of smart folders and the quick
+// searching, editing, scrolling, taking over what others wrote, the editor of smart folders and the quick
 // entry.
 #include "generator.h"
 #include "measure.h"
@@ -8,9 +8,7 @@
 #include "app/tm_application_delegate.h"
 #include "model/settings_defaults.h"
 #include "platform/desktop_notifications.h"
-#include "service/http_server.h"
 #include "support/x_server.h"
-#include "toodledo/curl_transport.h"
 #include "views/main_window.h"
 #include "views/quick_task_controller.h"
 #include "views/smart_folder_edit_controller.h"
@@ -31,34 +29,6 @@ namespace {
 
 using viewcontrollers::SourceKind;
 using viewcontrollers::SourceListController;
-
-/// A service on the disk with one account.
-class Place
-{
-public:
-    explicit Place(const std::filesystem::path &folder)
-        : m_database(std::move(service::Database::open((folder / "service").string()).value()))
-        , m_service(*m_database, {.tokensPerHour = 1000})
-        , m_server(std::move(service::HttpServer::start(m_service).value()))
-    {
-        class Nothing final : public toodledo::BodySink
-        {
-            bool receive(std::string_view) override { return true; }
-        } nothing;
-        toodledo::CurlTransport transport{toodledo::CurlTransport::Options{}};
-        const auto made = transport.perform(
-            {.url = "http://" + address() + "/api.php?method=createAccount;email=a@example.org;pass=password;"},
-            nothing);
-        if (!made)
-            throw std::runtime_error(made.error().message);
-    }
-    [[nodiscard]] const std::string &address() const { return m_server->address(); }
-
-private:
-    std::unique_ptr<service::Database> m_database;
-    service::Service m_service;
-    std::unique_ptr<service::HttpServer> m_server;
-};
 
 /// The program over the store in `folder`, as `main` ties it together.
 class Program
@@ -334,22 +304,7 @@ public:
         times.print("the quick entry, from its hot key to its window", 60);
     }
 
-    void synchronisation()
-    {
-        const bench::Workplace workplace;
-        Place place(workplace.path());
-        settings().set("ToodledoHost", place.address());
-        settings().set("ToodleDoUsername", std::string("a@example.org"));
-        settings().set("ToodleDoPassword", std::string("password"));
-        bool isDone = false;
-        QObject::connect(&delegate(), &app::TMApplicationDelegate::syncDidEnd, &window(), [&isDone] { isDone = true; });
-        delegate().synchronizeTasks();
-        const double longest = longestSilence([&isDone] { return isDone; });
-        std::printf("%s\n", delegate().statusText().toUtf8().constData());
-        bench::printLimit("a synchronisation: the main thread's longest silence", longest, longest, "ms", 50);
-    }
-
-    /// What a run does to the main thread when it ends: ten thousand tasks were changed by another context.
+    /// What the end of a synchronisation asks of the main thread: ten thousand tasks were changed by another context.
     void merge()
     {
         objectstore::ObjectContext other(context().store(), objectstore::MergePolicy::Rollback);
@@ -443,7 +398,6 @@ int main(int argc, char **argv)
             {"editor", &Measurement::editor},
             {"quickEntry", &Measurement::quickEntry},
             {"merge", &Measurement::merge},
-            {"synchronisation", &Measurement::synchronisation},
         }};
         for (const auto &[name, part] : parts) {
             if (argc < 3 || std::strcmp(argv[2], name) == 0)

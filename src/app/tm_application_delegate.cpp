@@ -26,7 +26,6 @@ constexpr auto heldUpSaveDelay = 300ms;
 constexpr int heldUpSavesUntold = 10; // some four seconds
 constexpr int heldUpSavesBeforeQuitting = 100; // some ten seconds
 constexpr auto tickInterval = 2s;
-constexpr auto externalChangesInterval = tickInterval; // so that an idle program wakes for both at once
 
 bool isHeldUp(const Error &error)
 {
@@ -65,8 +64,10 @@ TMApplicationDelegate::TMApplicationDelegate(Environment environment)
 
     m_saveTimer.setSingleShot(true);
     connect(&m_saveTimer, &QTimer::timeout, this, &TMApplicationDelegate::saveAction);
-    connect(&m_externalChangesTimer, &QTimer::timeout, this, &TMApplicationDelegate::mergeExternalChanges);
-    connect(&m_secondsTimer, &QTimer::timeout, this, &TMApplicationDelegate::checkSecondActions);
+    connect(&m_secondsTimer, &QTimer::timeout, this, [this] {
+        mergeExternalChanges();
+        checkSecondActions();
+    });
 }
 
 TMApplicationDelegate::~TMApplicationDelegate()
@@ -115,8 +116,8 @@ bool TMApplicationDelegate::applicationShouldTerminate()
 
 void TMApplicationDelegate::applicationWillTerminate()
 {
-    for (QTimer *timer : {&m_saveTimer, &m_externalChangesTimer, &m_secondsTimer})
-        timer->stop();
+    m_saveTimer.stop();
+    m_secondsTimer.stop();
     m_reminderTimer.stopTimer();
     m_syncHost.stopServing();
     m_sync.reset();
@@ -358,7 +359,6 @@ void TMApplicationDelegate::initTimers()
     resetTimer();
     m_today = m_clock.now(); // no midnight, so that the first tick finds a new day
     m_secondsTimer.start(tickInterval);
-    m_externalChangesTimer.start(externalChangesInterval);
 }
 
 void TMApplicationDelegate::resetTimer()

@@ -176,7 +176,6 @@ private:
 
     ReminderTimer m_reminderTimer;
     QTimer m_saveTimer;
-    QTimer m_externalChangesTimer;
     QTimer m_secondsTimer;
     RepeatingSchedule m_syncSchedule;
     foundation::LocalZoneWatch m_zone;
