@@ -82,13 +82,17 @@ void SmartFolder::follow(const ObjectsChange &change)
         refresh();
 }
 
-std::string SmartFolder::summaryString(foundation::ErrorPresenter &presenter)
+SmartFolder::Work SmartFolder::work(foundation::ErrorPresenter &presenter)
 {
     const std::size_t count = tasks(presenter).size();
-    const bool isOneDay = count >= 3 && count < 6;
+    return {count, static_cast<double>(static_cast<float>(count) / 3.0F), count >= 3 && count < 6};
+}
+
+std::string SmartFolder::summaryString(foundation::ErrorPresenter &presenter)
+{
+    const auto [count, days, isOneDay] = work(presenter);
     std::array<char, 80> text{};
-    std::snprintf(text.data(), text.size(), "%zu tasks, %.2f day%s", count,
-        static_cast<double>(static_cast<float>(count) / 3.0F), isOneDay ? "" : "s");
+    std::snprintf(text.data(), text.size(), "%zu tasks, %.2f day%s", count, days, isOneDay ? "" : "s");
     return text.data();
 }
 

@@ -36,6 +36,13 @@ public:
 
     /// The tasks that answer; an error is shown and counts as none. The list holds until a task changes.
     [[nodiscard]] const std::vector<ManagedObject *> &tasks(foundation::ErrorPresenter &presenter);
+    /// How much work the tasks are, at three a day; from three to five count as one day.
+    struct Work {
+        std::size_t tasks;
+        double days;
+        bool isOneDay;
+    };
+    [[nodiscard]] Work work(foundation::ErrorPresenter &presenter);
     /// How much work that is, at three tasks a day: "4 tasks, 1.33 day".
     [[nodiscard]] std::string summaryString(foundation::ErrorPresenter &presenter);
     /// Forgets the tasks, so that they are looked for when they are next asked for.

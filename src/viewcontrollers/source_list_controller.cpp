@@ -360,10 +360,9 @@ QString SourceListController::toolTip(const QModelIndex &index) const
     auto *folder = model::as<model::SmartFolder>(record(index));
     if (!folder)
         return title(index);
-    const QString summary = toQString(folder->summaryString(m_delegate.user())); // "4 tasks, 1.33 day"
-    const QString format = summary.endsWith(u's') ? tr("%1 tasks, %2 days") : tr("%1 tasks, %2 day");
-    const QString days = QLocale().toString(summary.section(u' ', 2, 2).toDouble(), 'f', 2);
-    return title(index) + u'\n' + format.arg(summary.section(u' ', 0, 0), days);
+    const auto work = folder->work(m_delegate.user());
+    const QString format = work.isOneDay ? tr("%1 tasks, %2 day") : tr("%1 tasks, %2 days");
+    return title(index) + u'\n' + format.arg(work.tasks).arg(QLocale().toString(work.days, 'f', 2));
 }
 
 QVariant SourceListController::data(const QModelIndex &index, int role) const
