@@ -10,7 +10,9 @@ namespace syncing {
 namespace {
 
 constexpr std::size_t notesInAPage = 128;
-constexpr std::byte pageForm{1}; // the first byte of a page
+// The first byte of a page. The first form had one part less, and is read as the second.
+constexpr std::byte pageForm{2};
+constexpr std::byte oldestPageForm{1};
 
 /// Calls `visit` with each part of a note that may be missing, in the order in which they lie in a page.
 template <class Note, class Visit> void forEachPart(Note &note, Visit visit)
@@ -21,6 +23,7 @@ template <class Note, class Visit> void forEachPart(Note &note, Visit visit)
     visit(note.sent);
     visit(note.replaced);
     visit(note.replacedDate);
+    visit(note.source);
 }
 
 class PageWriter
@@ -64,7 +67,7 @@ class PageReader
 public:
     explicit PageReader(std::span<const std::byte> bytes) : m_rest(bytes)
     {
-        m_isWhole = !m_rest.empty() && m_rest.front() == pageForm;
+        m_isWhole = !m_rest.empty() && m_rest.front() >= oldestPageForm && m_rest.front() <= pageForm;
         m_rest = m_isWhole ? m_rest.subspan(1) : std::span<const std::byte>();
     }
 

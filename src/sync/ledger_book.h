@@ -4,6 +4,7 @@
 #include "foundation/clock.h"
 #include "objectstore/value.h"
 #include "sync/task_content.h"
+#include "toodledo/gtd_task.h"
 
 #include <cstddef>
 #include <functional>
@@ -24,6 +25,7 @@ struct LedgerNote {
     std::optional<ContentMark> sent; ///< what is on the way
     std::optional<ContentMark> replaced; ///< what the service had before `server`
     std::optional<foundation::Instant> replacedDate;
+    std::optional<toodledo::SourceMark> source; ///< the bytes by which a list told of `server`
 };
 
 /// The notes on the records of one kind, by the records' keys. They lie in pages of many, since a row of its own for

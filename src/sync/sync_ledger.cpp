@@ -121,6 +121,19 @@ bool SyncLedger::isAgreed(const ObjectID &record, const ServerVersion &server) c
     return note && note->server == server.content && !note->sent && (!server.date || note->serverDate == server.date);
 }
 
+std::optional<toodledo::SourceMark> SyncLedger::agreedSource(std::int64_t taskKey) const
+{
+    const LedgerNote *note = m_books[0].find(taskKey);
+    return note && note->server && !note->sent ? note->source : std::nullopt;
+}
+
+void SyncLedger::noteSource(std::int64_t taskKey, std::optional<toodledo::SourceMark> source)
+{
+    const LedgerNote *note = m_books[0].find(taskKey);
+    if (note && source && note->source != source)
+        m_books[0].edit(taskKey).source = source;
+}
+
 std::optional<std::unordered_set<std::int64_t>> SyncLedger::tasksChangedHere() const
 {
     const auto changes = m_isGuarding && m_comparedSave ? m_moc.changesSince(*m_comparedSave) : std::nullopt;
@@ -155,7 +168,8 @@ void SyncLedger::agree(const ManagedObject &record, const ServerVersion &server,
     const std::int64_t key = record.objectID().key;
     const LedgerNote *before = book->find(key);
     const bool isSame = before && before->server == server.content;
-    if (isSame && before->local == local && !before->sent && (!server.date || before->serverDate == server.date))
+    if (isSame && before->local == local && !before->sent && (!server.date || before->serverDate == server.date)
+        && (!server.source || before->source == server.source))
         return;
     LedgerNote &note = book->edit(key);
     if (note.serverDate && !isSame) {
@@ -165,6 +179,7 @@ void SyncLedger::agree(const ManagedObject &record, const ServerVersion &server,
     if (server.date || !isSame)
         note.serverDate = server.date;
     note.server = server.content;
+    note.source = server.source;
     note.folder = server.folder;
     note.context = server.context;
     note.local = local;
@@ -176,8 +191,11 @@ void SyncLedger::noteDate(const ManagedObject &record, const ServerVersion &list
     LedgerBook *book = bookOf(record);
     const std::int64_t key = record.objectID().key;
     const LedgerNote *before = book ? book->find(key) : nullptr;
-    if (before && before->server == listed.content && before->serverDate != listed.date)
-        book->edit(key).serverDate = listed.date;
+    if (before && before->server == listed.content && before->serverDate != listed.date) {
+        LedgerNote &note = book->edit(key);
+        note.serverDate = listed.date;
+        note.source.reset();
+    }
 }
 
 void SyncLedger::placeIsGone(Place place, std::int64_t id)
@@ -195,6 +213,7 @@ void SyncLedger::placeIsGone(Place place, std::int64_t id)
         LedgerNote &note = tasks.edit(record);
         (place == Place::Folder ? note.folder : note.context) = 0;
         note.serverDate.reset();
+        note.source.reset();
         for (std::optional<ContentMark> *mark : {&note.server, &note.local, &note.sent}) {
             if (*mark)
                 *mark = static_cast<ContentMark>(

@@ -30,6 +30,7 @@ struct ServerVersion {
     std::optional<foundation::Instant> date = {}; ///< its modification, where a list told it
     std::int64_t folder = 0; ///< of a task
     std::int64_t context = 0; ///< of a task
+    std::optional<toodledo::SourceMark> source = {}; ///< of a task out of a list
 };
 
 /// Notes, for each record, what the service last had of it, what the record looked like here then, and what is on the
@@ -62,6 +63,10 @@ public:
 
     /// Whether both sides agreed on just this version, and nothing was sent since.
     [[nodiscard]] bool isAgreed(const objectstore::ObjectID &record, const ServerVersion &server) const;
+    /// The bytes by which a list told of the version that both sides agreed on, and after which nothing was sent.
+    [[nodiscard]] std::optional<toodledo::SourceMark> agreedSource(std::int64_t taskKey) const;
+    /// A list told of the version that both sides agreed on by these bytes.
+    void noteSource(std::int64_t taskKey, std::optional<toodledo::SourceMark> source);
     /// The keys of the tasks that may be others here than when tasks were compared last; nothing where any may.
     [[nodiscard]] std::optional<std::unordered_set<std::int64_t>> tasksChangedHere() const;
     /// Every task that may have changed here was compared with the service's list, and what differs was sent or noted.

@@ -27,6 +27,15 @@ public:
     /// Whether the task was in the Trash when the index was read.
     [[nodiscard]] bool isInTrash(const objectstore::ObjectID &task) const { return m_inTrash.contains(task.key); }
 
+    /// Calls `visit` with each id that only one task has, and that task.
+    template <class Visit> void forEachSingle(Visit visit) const
+    {
+        for (const auto &[taskID, keys] : m_keys) {
+            if (keys.first == keys.last)
+                visit(taskID, objectstore::ObjectID{m_entity, keys.first});
+        }
+    }
+
     [[nodiscard]] std::size_t size() const { return m_keys.size(); }
     /// Adds a task that has just got its id.
     void add(const model::Tasks &task);

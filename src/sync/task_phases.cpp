@@ -3,6 +3,7 @@
 
 #include "foundation/log.h"
 #include "model/task_queries.h"
+#include "sync/unchanged_tasks.h"
 #include "toodledo/td_text.h"
 
 #include <algorithm>
@@ -39,21 +40,33 @@ void keepWhatIsNotCarried(GtdTask &sent, const GtdTask &listed)
     sent.repeatAdvanced = listed.repeatAdvanced;
 }
 
+ServerVersion versionOf(const GtdTask &listed, ContentMark content)
+{
+    return {content, listed.modifiedDate, listed.folder, listed.context, listed.source};
+}
+
 } // namespace
 
 bool TaskPhases::getTasks()
 {
     TDError error;
-    auto listed = m_session.client().getTasks(&error);
-    m_isListed = m_session.acceptList(listed.has_value(), error);
-    if (listed && (m_isListed || !m_session.isGuarding()))
-        m_tdTasks = std::move(*listed);
-    if (m_session.isGuarding()) {
-        std::erase_if(m_tdTasks, [](const GtdTask &task) { return !isServiceId(task.taskId); });
-        for (const GtdTask &task : m_tdTasks)
-            m_listedIds.insert(task.taskId);
+    if (!m_session.isGuarding()) {
+        auto listed = m_session.client().getTasks(&error);
+        m_isListed = m_session.acceptList(listed.has_value(), error);
+        m_tdTasks = std::move(listed).value_or(std::vector<GtdTask>());
+        return m_isListed;
     }
-    return m_isListed;
+    auto listed = m_session.client().getTasks(unchangedTasks(m_session), &error);
+    m_isListed = m_session.acceptList(listed.has_value(), error);
+    if (!listed || !m_isListed)
+        return false;
+    m_tdTasks = std::move(listed->tasks);
+    std::erase_if(m_tdTasks, [](const GtdTask &task) { return !isServiceId(task.taskId); });
+    m_listedIds.reserve(m_tdTasks.size() + listed->unchanged.size());
+    m_listedIds.insert(listed->unchanged.begin(), listed->unchanged.end());
+    for (const GtdTask &task : m_tdTasks)
+        m_listedIds.insert(task.taskId);
+    return true;
 }
 
 std::optional<TaskIndex> TaskPhases::index()
@@ -87,7 +100,7 @@ GtdTask TaskPhases::asAdded(GtdTask task)
 
 TaskPhases::Winner TaskPhases::whoWins(const GtdTask &listed, const Tasks &task, ContentMark server, ContentMark local)
 {
-    const ServerVersion version{server, listed.modifiedDate, listed.folder, listed.context};
+    const ServerVersion version = versionOf(listed, server);
     switch (m_session.ledger().compare(task, version, local)) {
     case Change::OldList:
         return Winner::None;
@@ -130,8 +143,7 @@ void TaskPhases::takeOver(const GtdTask &listed, Tasks &task, ContentMark server
 /// The task is here as the service has it, except perhaps for a folder that is not known here.
 void TaskPhases::noteAgreement(const GtdTask &listed, Tasks &task, ContentMark server)
 {
-    m_session.ledger().agree(
-        task, {server, listed.modifiedDate, listed.folder, listed.context}, contentOf(asSent(task)));
+    m_session.ledger().agree(task, versionOf(listed, server), contentOf(asSent(task)));
     const model::Folders *folder = task.folders();
     if (isServiceId(listed.folder) && (!folder || folder->folderID() != listed.folder))
         m_withoutFolder.emplace_back(&task, &listed);
@@ -193,8 +205,10 @@ std::vector<TaskPhases::Comparison> TaskPhases::listedThatMayDiffer(const TaskIn
             continue;
         const ContentMark server = m_session.isGuarding() ? contentOf(listed) : 0;
         if (changedHere && !changedHere->contains(id.key)
-            && m_session.ledger().isAgreed(id, {server, listed.modifiedDate, listed.folder, listed.context}))
+            && m_session.ledger().isAgreed(id, versionOf(listed, server))) {
+            m_session.ledger().noteSource(id.key, listed.source);
             continue;
+        }
         (void)m_session.moc().object(id); // so that many are read at once
         comparisons.push_back({&listed, id, server});
     }
@@ -260,8 +274,7 @@ Tasks *TaskPhases::adopt(const GtdTask &listed)
             continue;
         task->setTaskID(listed.taskId);
         task->setIsNew(false);
-        m_session.ledger().agree(*task, {content, listed.modifiedDate, listed.folder, listed.context},
-            content); // an edit made since is sent late
+        m_session.ledger().agree(*task, versionOf(listed, content), content); // an edit made since is sent late
         m_adopted.push_back(task);
         return task;
     }

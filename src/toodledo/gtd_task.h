@@ -10,6 +10,9 @@
 
 namespace toodledo {
 
+/// Tells the bytes of one record of a reply from all others.
+using SourceMark = std::uint64_t;
+
 /// One task as the service has it: its numbers and codes unconverted, its texts in UTF-8.
 struct GtdTask {
     std::int64_t taskId = 0; ///< 0: not yet known
@@ -38,6 +41,7 @@ struct GtdTask {
     std::int64_t parentId = 0;
     std::int64_t children = 0;
     std::optional<std::string> note;
+    std::optional<SourceMark> source; ///< of the bytes that it was read from, where they were looked at
 };
 
 } // namespace toodledo

@@ -9,6 +9,7 @@
 #include "toodledo/gtd_note.h"
 #include "toodledo/gtd_task.h"
 #include "toodledo/http_transport.h"
+#include "toodledo/known_tasks.h"
 #include "toodledo/td_key.h"
 #include "toodledo/td_parser.h"
 #include "toodledo/td_request.h"
@@ -86,6 +87,8 @@ public:
 
     // Tasks
     [[nodiscard]] std::optional<std::vector<GtdTask>> getTasks(TDError *error = nullptr);
+    /// The same, but the tasks in `known` are only named, and the others come with their marks.
+    [[nodiscard]] std::optional<TaskList> getTasks(const KnownTasks &known, TDError *error = nullptr);
     [[nodiscard]] std::optional<std::vector<GtdTask>> getTasksAfterDate(
         foundation::Instant date, TDError *error = nullptr);
     /// Deleted tasks, of which only the id counts.

@@ -82,6 +82,13 @@ std::optional<std::vector<GtdTask>> TDApi::getTasks(TDError *error)
     return performForList(listTasks, {}, TDTasksParser(m_environment.contextByTitle), error);
 }
 
+std::optional<TaskList> TDApi::getTasks(const KnownTasks &known, TDError *error)
+{
+    TDTasksParser parser(m_environment.contextByTitle, &known);
+    auto tasks = performForList(listTasks, {}, parser, error);
+    return tasks ? std::optional(TaskList{std::move(*tasks), parser.takeUnchanged()}) : std::nullopt;
+}
+
 std::optional<std::vector<GtdTask>> TDApi::getTasksAfterDate(foundation::Instant date, TDError *error)
 {
     return performForList(

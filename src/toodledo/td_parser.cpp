@@ -131,7 +131,22 @@ void TDParser::startElement(const char *name, const char **attributes)
         return;
     }
     endPiece();
+    noteEndOfTag();
     didStartElement(element, Attributes(attributes));
+}
+
+void TDParser::noteEndOfTag()
+{
+    if (m_depth != 1)
+        return;
+    const XML_Parser parser = expat(m_expat);
+    m_endOfLastTag = static_cast<std::uint64_t>(XML_GetCurrentByteIndex(parser))
+        + static_cast<std::uint64_t>(XML_GetCurrentByteCount(parser));
+}
+
+bool TDParser::isBetweenRecords() const
+{
+    return !m_error && m_depth == 1 && m_endOfLastTag == m_bytesFed;
 }
 
 void TDParser::endElement(const char *name)
@@ -143,6 +158,7 @@ void TDParser::endElement(const char *name)
     const std::string_view element(name);
     if (element == "error")
         m_errorTexts.push_back(m_text);
+    noteEndOfTag();
     didEndElement(element, m_text);
     if (std::max(recordCount(), m_errorTexts.size()) > longestList)
         refuse("a list too long");

@@ -50,9 +50,9 @@ public:
     TDParser &operator=(const TDParser &) = delete;
 
     /// Takes the next bytes; false when the reply is already known to be bad.
-    bool feed(std::string_view bytes) noexcept;
+    virtual bool feed(std::string_view bytes) noexcept;
     /// Says that the last byte has been fed; false when the reply was not well-formed.
-    bool finish() noexcept;
+    virtual bool finish() noexcept;
     /// A whole reply at once.
     bool parse(std::string_view reply) { return feed(reply) && finish(); }
 
@@ -68,6 +68,9 @@ protected:
     virtual void didEndElement(std::string_view name, std::string_view text);
     /// How many records have been made.
     [[nodiscard]] virtual std::size_t recordCount() const { return 0; }
+    /// Whether all that has been fed ends with a tag, directly inside the outermost element: a record that came now
+    /// would be read as one.
+    [[nodiscard]] bool isBetweenRecords() const;
     /// Ends the parsing: the reply is not to be believed.
     void refuse(const char *why);
 
@@ -82,6 +85,7 @@ private:
     void endElement(const char *name);
     void gatherText(std::string_view text);
     void endPiece();
+    void noteEndOfTag();
 
     std::unique_ptr<void, ExpatDeleter> m_expat;
     std::string m_text; ///< since the last end of an element
@@ -89,6 +93,7 @@ private:
     int m_depth = 0;
     std::uint64_t m_bytesFed = 0;
     std::uint64_t m_bytesAtLastEvent = 0;
+    std::uint64_t m_endOfLastTag = 0; ///< in bytes from the beginning, of a tag directly inside the outermost element
     std::string m_root;
     std::vector<std::string> m_errorTexts;
     std::optional<TDError> m_error;

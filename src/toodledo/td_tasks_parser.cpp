@@ -5,6 +5,8 @@
 #include "toodledo/td_text.h"
 
 #include <algorithm>
+#include <cstring>
+#include <exception>
 
 namespace toodledo {
 
@@ -76,7 +78,108 @@ constexpr TaskTable taskElements({
     {"timer", setInteger<&GtdTask::timer>}, {"context", nullptr}, // asks the caller's lookup, see didEndElement
 });
 
+constexpr std::string_view recordStart = "<task>";
+constexpr std::string_view recordEnd = "</task>";
+constexpr std::string_view blanks = " \t\r\n";
+constexpr std::size_t longestRecord = std::size_t{1} << 20; ///< a longer one is read as it comes
+
+/// The position of `text` in `bytes` at or after `from`.
+std::size_t find(std::string_view bytes, std::string_view text, std::size_t from)
+{
+    const void *found = memmem(bytes.data() + from, bytes.size() - from, text.data(), text.size());
+    return found ? static_cast<std::size_t>(static_cast<const char *>(found) - bytes.data()) : std::string_view::npos;
+}
+
 } // namespace
+
+bool TDTasksParser::feed(std::string_view bytes) noexcept
+{
+    if (!m_known)
+        return TDParser::feed(bytes);
+    try {
+        m_pending.erase(0, std::exchange(m_next, 0));
+        m_pending.append(bytes);
+        while (!error() && sift() == Sifted::Part) { }
+    } catch (const std::exception &exception) {
+        refuse(exception.what());
+    }
+    return !error();
+}
+
+bool TDTasksParser::finish() noexcept
+{
+    read(m_pending.size() - m_next);
+    return TDParser::finish();
+}
+
+/// Deals with the next part of what is pending. Only where the parser is between two records, records are looked for:
+/// the same bytes inside a comment, a text or another record are none.
+TDTasksParser::Sifted TDTasksParser::sift()
+{
+    if (isBetweenRecords() && root() == "tasks")
+        return siftRecord();
+    const std::size_t start = find(m_pending, recordStart, m_next);
+    if (start == m_next) {
+        read(recordStart.size());
+        return Sifted::Part;
+    }
+    const bool isFound = start != std::string_view::npos;
+    const std::size_t size = m_pending.size() - m_next;
+    // what is left may be the beginning of a record, or the blanks before one
+    const std::string_view before = std::string_view(m_pending).substr(
+        m_next, isFound ? start - m_next : size - std::min(size, recordStart.size() - 1));
+    const std::size_t last = before.find_last_not_of(blanks);
+    read(last == std::string_view::npos ? before.size() : last + 1);
+    return isFound ? Sifted::Part : Sifted::NeedsMore;
+}
+
+TDTasksParser::Sifted TDTasksParser::siftRecord()
+{
+    const std::string_view pending = m_pending;
+    const std::size_t start = pending.find_first_not_of(blanks, m_next);
+    if (start == std::string_view::npos) {
+        if (pending.size() - m_next > longestRecord)
+            read(pending.size() - m_next);
+        return Sifted::NeedsMore;
+    }
+    const std::string_view rest = pending.substr(start);
+    if (!rest.starts_with(recordStart)) {
+        if (rest.size() < recordStart.size() && recordStart.starts_with(rest))
+            return Sifted::NeedsMore;
+        read(start - m_next + 1);
+        return Sifted::Part;
+    }
+    const std::size_t end = find(pending, recordEnd, start);
+    if (end == std::string_view::npos) {
+        if (rest.size() < longestRecord)
+            return Sifted::NeedsMore;
+        read(start - m_next + recordStart.size());
+        return Sifted::Part;
+    }
+    const std::string_view record = pending.substr(start, end + recordEnd.size() - start);
+    const SourceMark mark = m_known->markOf(record);
+    if (const auto id = m_known->find(mark))
+        m_unchanged.push_back(*id);
+    else
+        readRecord(record, mark);
+    m_next = end + recordEnd.size();
+    return Sifted::Part;
+}
+
+/// Reads what looks like one record. It gets its mark only when it was one, and nothing besides.
+void TDTasksParser::readRecord(std::string_view record, SourceMark mark)
+{
+    const std::size_t before = m_results.size();
+    TDParser::feed(record);
+    if (isBetweenRecords() && m_results.size() == before + 1)
+        m_results.back().source = mark;
+}
+
+void TDTasksParser::read(std::size_t size)
+{
+    TDParser::feed(std::string_view(m_pending).substr(m_next, size));
+    m_next += size;
+}
 
 void TDTasksParser::didStartElement(std::string_view name, const Attributes &attributes)
 {

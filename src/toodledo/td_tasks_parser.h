@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "toodledo/gtd_task.h"
+#include "toodledo/known_tasks.h"
 #include "toodledo/td_parser.h"
 
 #include <functional>
@@ -18,10 +18,28 @@ using ContextLookup = std::function<std::int64_t(std::string_view title)>;
 class TDTasksParser final : public TDListParser<GtdTask>
 {
 public:
-    /// Without a lookup, no task has a context.
-    explicit TDTasksParser(ContextLookup contextByTitle = {}) : m_contextByTitle(std::move(contextByTitle)) { }
+    /// Without a lookup, no task has a context. `known`, which must outlive the parser, are the tasks to pass over;
+    /// with it, the others get their marks.
+    explicit TDTasksParser(ContextLookup contextByTitle = {}, const KnownTasks *known = nullptr)
+        : m_contextByTitle(std::move(contextByTitle)), m_known(known)
+    { }
+
+    bool feed(std::string_view bytes) noexcept override;
+    bool finish() noexcept override;
+
+    /// The ids of the tasks that were passed over. They are handed over, so ask once.
+    [[nodiscard]] std::vector<std::int64_t> takeUnchanged() { return std::move(m_unchanged); }
+
+protected:
+    [[nodiscard]] std::size_t recordCount() const override { return m_results.size() + m_unchanged.size(); }
 
 private:
+    enum class Sifted { Part, NeedsMore };
+
+    [[nodiscard]] Sifted sift();
+    [[nodiscard]] Sifted siftRecord();
+    void readRecord(std::string_view record, SourceMark mark);
+    void read(std::size_t size);
     void didStartElement(std::string_view name, const Attributes &attributes) override;
     void didEndElement(std::string_view name, std::string_view text) override;
     [[nodiscard]] std::int64_t contextOf(std::string_view title);
@@ -30,6 +48,11 @@ private:
     std::map<std::string, std::int64_t, std::less<>> m_contexts; ///< titles that this reply has asked for
     GtdTask m_current;
     bool m_inTask = false;
+
+    const KnownTasks *m_known;
+    std::string m_pending; ///< bytes that are neither read nor passed over yet, from `m_next` on
+    std::size_t m_next = 0;
+    std::vector<std::int64_t> m_unchanged;
 };
 
 } // namespace toodledo

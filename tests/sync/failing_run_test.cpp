@@ -4,6 +4,7 @@
 #include "support/scripted_http_server.h"
 #include "support/sync_device.h"
 
+#include <algorithm>
 #include <gmock/gmock.h>
 #include <map>
 #include <mutex>
@@ -95,6 +96,35 @@ TEST(SyncRun, tellsItsStepsInOrderAndStoresItsDate)
     EXPECT_THAT(service.methods(),
         ElementsAre("getUserid", "getToken", "getServerInfo", "getAccountInfo", "getFolders", "getContexts", "getTasks",
             "getFolders", "getContexts", "getDeleted"));
+}
+
+TEST(SyncRun, readsTasksAnewWhereTheSameBytesNameAnotherContextOrWhereOneHasChangedHere)
+{
+    Service service;
+    const std::string list = "<tasks><task><id>5</id><title>Milk</title><context>Shop</context></task>"
+                             "<task><id>6</id><title>Bread</title></task></tasks>";
+    service.answer("getTasks", {list});
+    service.answer("getContexts", {"<contexts><context id=\"1\">Shop</context></contexts>"});
+    SyncDevice device(service.server.host());
+    const auto contextOfMilk = [&device] {
+        const model::Contexts *context = device.task("Milk").contexts();
+        return context ? context->contextID() : 0;
+    };
+    const auto edits = [&service] { return std::ranges::count(service.methods(), "editTask"); };
+    for (int run = 0; run < 3; ++run)
+        EXPECT_EQ(device.sync(), SyncOutcome::Completed);
+    EXPECT_EQ(contextOfMilk(), 1);
+    EXPECT_EQ(edits(), 0);
+
+    service.answer("getContexts",
+        {"<contexts><context id=\"1\">Shop of old</context><context id=\"2\">Shop</context></contexts>"});
+    EXPECT_EQ(device.sync(), SyncOutcome::Completed);
+    EXPECT_EQ(contextOfMilk(), 2);
+
+    EXPECT_EQ(device.sync(), SyncOutcome::Completed);
+    device.edit(device.task("Bread"), "title", std::string("Dark bread"));
+    EXPECT_EQ(device.sync(), SyncOutcome::Completed);
+    EXPECT_EQ(edits(), 1);
 }
 
 struct Failure {

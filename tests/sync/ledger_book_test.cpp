@@ -52,6 +52,8 @@ LedgerNote noteOf(std::int64_t number)
             *date = foundation::Instant{static_cast<double>(number) + 0.5};
         bit <<= 1;
     }
+    if (number & bit)
+        note.source = static_cast<toodledo::SourceMark>(number);
     return note;
 }
 
@@ -61,7 +63,7 @@ testing::Matcher<const LedgerNote &> is(const LedgerNote &note)
         testing::Field(&LedgerNote::serverDate, note.serverDate), testing::Field(&LedgerNote::folder, note.folder),
         testing::Field(&LedgerNote::context, note.context), testing::Field(&LedgerNote::local, note.local),
         testing::Field(&LedgerNote::sent, note.sent), testing::Field(&LedgerNote::replaced, note.replaced),
-        testing::Field(&LedgerNote::replacedDate, note.replacedDate));
+        testing::Field(&LedgerNote::replacedDate, note.replacedDate), testing::Field(&LedgerNote::source, note.source));
 }
 
 void expectNotes(const LedgerBook &book, const std::map<std::int64_t, LedgerNote> &expected)

@@ -123,6 +123,13 @@ inline std::int64_t lengthAsContext(std::string_view title)
     return static_cast<std::int64_t>(title.size());
 }
 
+/// Nothing is known of the tasks of these contexts, so all are read, each by itself.
+inline const KnownTasks *noKnownTasks()
+{
+    static const KnownTasks none(7);
+    return &none;
+}
+
 inline const std::vector<Reader> &readers()
 {
     static const std::vector<Reader> all{
@@ -150,6 +157,10 @@ inline const std::vector<Reader> &readers()
             "  <reminder>60</reminder> <completed>2006-02-03</completed> <repeat>1</repeat>\n"
             "  <rep_advanced>Every day</rep_advanced> <status>4</status> <star>1</star> <priority>-1</priority>\n"
             "  <length>20</length> <timer onfor=\"0\">7</timer> <note>line 1\n line 2</note>\n </task>\n</tasks>"},
+        {"sifted", reading<TDTasksParser>(ContextLookup(&lengthAsContext), noKnownTasks()),
+            "<?xml version=\"1.0\"?>\n<tasks num=\"2\">\n <task>\n  <id>1234</id> <title>Buy Milk &amp; \xE2\x82\xAC "
+            "5</title>\n"
+            "  <context id=\"9\">Home</context>\n </task><task><id>5</id><note>]]</note></task>\n<!-- c --></tasks>"},
         {"deleted", reading<TDTasksParser>(ContextLookup()),
             "<deleted><task><id>1234</id><stamp>2006-01-25 05:12:45</stamp></task><task><id>5</id></task></deleted>"},
     };
