@@ -5,19 +5,13 @@
 #include "objectstore/object_context.h"
 #include "objectstore/undo_manager.h"
 
-#include <chrono>
-
 namespace views {
-
-using namespace std::chrono_literals;
 
 CellDraft::CellDraft(QLineEdit &editor, model::Tasks &task)
     : QObject(&editor), m_editor(editor), m_task(task), m_before(task.title())
 {
-    m_timer.setSingleShot(true);
-    m_timer.setInterval(400ms);
-    connect(&editor, &QLineEdit::textEdited, &m_timer, qOverload<>(&QTimer::start));
-    connect(&m_timer, &QTimer::timeout, this, &CellDraft::keep);
+    connect(&editor, &QLineEdit::textEdited, &m_typing, &TypingPause::typed);
+    connect(&m_typing, &TypingPause::paused, this, &CellDraft::keep);
 }
 
 void CellDraft::keep()
@@ -30,7 +24,7 @@ void CellDraft::keep()
 
 void CellDraft::takeBack()
 {
-    m_timer.stop();
+    m_typing.stop();
     const auto kept = std::exchange(m_kept, std::nullopt);
     if (kept && m_task.title() == *kept) // else another has written since, whose title stands
         write(m_before);

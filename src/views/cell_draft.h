@@ -2,14 +2,15 @@
 #pragma once
 
 #include "model/entities.h"
+#include "views/typing_pause.h"
 
 #include <QLineEdit>
-#include <QTimer>
 
 namespace views {
 
-/// Keeps a title that is being typed in a cell in its record whenever the typing pauses, so that it is saved before the
-/// editor closes. Until then it is no step to undo, and the title from before can be had back. Lives with the editor.
+/// Keeps a title that is being typed in a cell in its record whenever the typing pauses, or lasts, so that it is saved
+/// before the editor closes. Until then it is no step to undo, and the title from before can be had back. Lives with
+/// the editor.
 class CellDraft final : public QObject
 {
     Q_OBJECT
@@ -28,7 +29,7 @@ private:
     model::Tasks &m_task;
     std::string m_before;
     std::optional<std::string> m_kept; ///< the title that we gave the record
-    QTimer m_timer;
+    TypingPause m_typing;
 };
 
 } // namespace views

@@ -32,8 +32,6 @@ using viewcontrollers::TaskColumn;
 
 namespace {
 
-using namespace std::chrono_literals;
-constexpr auto commitDelay = 400ms;
 constexpr int margin = 20;
 
 QList<Picker::Choice> pickerChoices(const std::vector<viewcontrollers::Choice> &choices)
@@ -63,9 +61,7 @@ DetailPane::DetailPane(app::TMApplicationDelegate &delegate, QWidget *parent) : 
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_pages);
 
-    m_commitTimer.setSingleShot(true);
-    m_commitTimer.setInterval(commitDelay);
-    connect(&m_commitTimer, &QTimer::timeout, this, &DetailPane::commitEditing);
+    connect(&m_typing, &TypingPause::paused, this, &DetailPane::commitEditing);
     connect(&m_delegate, &app::TMApplicationDelegate::commitEditing, this, &DetailPane::commitEditing);
     connect(&m_delegate, &app::TMApplicationDelegate::objectsDidChange, this, &DetailPane::follow);
     setUpPickers();
@@ -199,8 +195,8 @@ void DetailPane::setUpPickers()
 
 void DetailPane::connectFields()
 {
-    connect(m_title, &QPlainTextEdit::textChanged, &m_commitTimer, qOverload<>(&QTimer::start));
-    connect(m_notes, &QPlainTextEdit::textChanged, &m_commitTimer, qOverload<>(&QTimer::start));
+    connect(m_title, &QPlainTextEdit::textChanged, &m_typing, &TypingPause::typed);
+    connect(m_notes, &QPlainTextEdit::textChanged, &m_typing, &TypingPause::typed);
     connect(m_title, &GrowingTextEdit::returnPressed, this, [this] {
         commitEditing();
         m_notes->setFocus();
@@ -340,7 +336,7 @@ void DetailPane::storeTokens(const QStringList &titles)
 
 void DetailPane::commitEditing()
 {
-    m_commitTimer.stop();
+    m_typing.stop();
     if (!m_task)
         return;
     if (m_title->document()->isModified()) {

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "app/tm_application_delegate.h"
+#include "views/typing_pause.h"
 
-#include <QTimer>
 #include <QWidget>
 #include <vector>
 
@@ -56,7 +56,7 @@ private:
 
     app::TMApplicationDelegate &m_delegate;
     model::Tasks *m_task = nullptr;
-    QTimer m_commitTimer;
+    TypingPause m_typing;
 
     QStackedWidget *m_pages = nullptr;
     QLabel *m_emptyText = nullptr;

@@ -6,8 +6,10 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <mutex>
 #include <stdexcept>
 #include <string_view>
+#include <thread>
 
 namespace faults {
 
@@ -51,6 +53,34 @@ Options read(int argc, char **argv)
     return options;
 }
 
+/// Takes in how a case ended; false when no more are wanted.
+using Take = std::function<bool(std::int64_t number, const std::optional<std::string> &failure)>;
+
+void runInLanes(const Harness &harness, std::int64_t first, std::int64_t end, const Take &take)
+{
+    std::mutex mutex;
+    std::int64_t next = first;
+    const auto lane = [&] {
+        std::unique_lock lock(mutex);
+        while (next < end) {
+            const std::int64_t number = next++;
+            lock.unlock();
+            std::optional<std::string> failure;
+            try {
+                failure = harness.run(number);
+            } catch (const std::exception &exception) {
+                failure = exception.what();
+            }
+            lock.lock();
+            if (!take(number, failure))
+                end = next;
+        }
+    };
+    std::vector<std::jthread> lanes;
+    for (int i = 0; i < harness.lanes; ++i)
+        lanes.emplace_back(lane);
+}
+
 int run(const std::string &program, const Options &options, const Harness &harness)
 {
     if (!options.control.empty() && !plant(options.control))
@@ -60,22 +90,29 @@ int run(const std::string &program, const Options &options, const Harness &harne
     if (available > 0)
         end = std::min(end, available);
     std::int64_t failures = 0;
-    for (std::int64_t number = options.first; number < end; ++number) {
-        const auto failure = harness.run(number);
-        if (!failure)
-            continue;
-        if (++failures <= mostFailuresShown)
+    std::int64_t tried = 0;
+    const auto take = [&](std::int64_t number, const std::optional<std::string> &failure) {
+        if (failure && ++failures <= mostFailuresShown)
             std::printf("case %lld failed: %s\n  again: %s --seed %llu --case %lld%s%s\n",
                 static_cast<long long>(number), failure->c_str(), program.c_str(),
                 static_cast<unsigned long long>(options.seed), static_cast<long long>(number),
                 options.control.empty() ? "" : " --control ", options.control.c_str());
-    }
+        ++tried;
+        return options.control.empty() || failures == 0; // a planted bug is to be found once
+    };
+    if (harness.lanes > 1)
+        runInLanes(harness, options.first, end, take);
+    else
+        for (std::int64_t number = options.first; number < end; ++number) {
+            if (!take(number, harness.run(number)))
+                break;
+        }
     const std::string seen
         = harness.seen && !options.single && options.control.empty() ? harness.seen() : std::string();
     std::printf("%s: %lld cases from %lld of %lld, seed %llu, %lld failures%s%s\n", harness.name.c_str(),
-        static_cast<long long>(std::max<std::int64_t>(end - options.first, 0)), static_cast<long long>(options.first),
-        static_cast<long long>(available), static_cast<unsigned long long>(options.seed),
-        static_cast<long long>(failures), seen.empty() ? "" : "; ", seen.c_str());
+        static_cast<long long>(tried), static_cast<long long>(options.first), static_cast<long long>(available),
+        static_cast<unsigned long long>(options.seed), static_cast<long long>(failures), seen.empty() ? "" : "; ",
+        seen.c_str());
     if (options.control.empty())
         return failures == 0 ? 0 : 1;
     std::printf("the planted bug %s was %s\n", options.control.c_str(), failures > 0 ? "found" : "NOT found");

@@ -23,6 +23,8 @@ struct Harness {
     std::function<std::optional<std::string>(std::int64_t number)> run;
     /// Words on what was seen in all cases, for the summary; throws when the harness cannot have tested anything.
     std::function<std::string()> seen;
+    /// How many cases run at a time, each on a thread of its own; more than one suits cases that mostly wait.
+    int lanes = 1;
 };
 
 /// The main function of a harness.

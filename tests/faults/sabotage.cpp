@@ -30,6 +30,10 @@ constexpr std::array bugs{
     Bug{"failed-saves-acknowledged", {}, {}},
     Bug{"settings-in-place", {}, {}},
     Bug{"damaged-settings-dropped", {}, {}},
+    Bug{"idle-save-off", {}, {}},
+    Bug{"typing-kept-back", {}, {}},
+    Bug{"window-blocked", {}, {}},
+    Bug{"ids-forgotten", {}, {}},
 };
 
 std::vector<std::string_view> &planted()
