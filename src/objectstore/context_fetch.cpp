@@ -241,7 +241,6 @@ Result<std::int64_t> ObjectContext::count(const FetchRequest &request)
         const auto found = fetch(request);
         return found ? Result<std::int64_t>(static_cast<std::int64_t>(found->size())) : Failure(found.error());
     }
-    const PredicateEvaluator evaluator(request.predicate, *plan->entity);
     const bool unsaved = !m_state->changedOf(*plan->entity).empty();
     std::int64_t number = 0;
     try {
@@ -262,6 +261,7 @@ Result<std::int64_t> ObjectContext::count(const FetchRequest &request)
         return Failure(storeError(StoreErrorCode::Unreadable, "The tasks could not be counted.", exception));
     }
     if (unsaved) {
+        const PredicateEvaluator evaluator(request.predicate, *plan->entity);
         for (const ManagedObject *object : m_state->changedOf(*plan->entity)) {
             if (object->hasChanges() && !object->m_deleted && evaluator.matches(*object))
                 ++number;
