@@ -45,12 +45,15 @@ double processorSecondsFor(const std::function<void()> &work)
     return processorSeconds() - start;
 }
 
-Pair alternate(int rounds, const std::function<void()> &ours, const std::function<void()> &raw, Measure measure)
+Pair alternate(int rounds, const std::function<void()> &ours, const std::function<void()> &raw, Measure measure,
+    const std::function<void()> &before)
 {
     std::vector<double> our;
     std::vector<double> limit;
     for (int i = 0; i < rounds; ++i) {
+        before();
         limit.push_back(measure(raw));
+        before();
         our.push_back(measure(ours));
     }
     return {middle(our), middle(limit)};

@@ -18,13 +18,15 @@ namespace bench {
 
 using Measure = double (*)(const std::function<void()> &);
 
-/// The medians of `rounds` alternating runs of two pieces of work, so that both meet the same weather.
+/// The medians of `rounds` alternating runs of two pieces of work, so that both meet the same weather. `before` is done
+/// ahead of each and not counted.
 struct Pair {
     double ours = 0; ///< seconds
     double raw = 0;
 };
 [[nodiscard]] Pair alternate(
-    int rounds, const std::function<void()> &ours, const std::function<void()> &raw, Measure measure = secondsFor);
+    int rounds, const std::function<void()> &ours, const std::function<void()> &raw, Measure measure = secondsFor,
+    const std::function<void()> &before = [] {});
 /// The median on the wall clock.
 [[nodiscard]] double median(int rounds, const std::function<void()> &work);
 

@@ -34,7 +34,7 @@ struct RawDatabase {
     {
         if (sqlite3_open_v2(file.c_str(), &handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr) != SQLITE_OK)
             throw std::runtime_error("raw open");
-        execute("PRAGMA synchronous=FULL");
+        execute("PRAGMA synchronous=FULL; PRAGMA cache_size=-8000"); // as the store has it
     }
     RawDatabase(const RawDatabase &) = delete;
     RawDatabase &operator=(const RawDatabase &) = delete;
@@ -217,6 +217,9 @@ void changing(Store &store, const RawDatabase &raw)
             tasks[i]->setValue("star", !tasks[i]->boolean("star"));
         value(context.save());
     };
+    // The save that fills the log writes it back into the file. With a log left over by one side, it would always be
+    // the other that does this for both.
+    const auto emptyLog = [&] { raw.execute("PRAGMA wal_checkpoint(RESTART)"); };
     std::size_t place = 0;
     std::int64_t star = 0;
     constexpr std::size_t inARow = 20; // a user's saves follow each other; a page read anew is not part of each
@@ -234,11 +237,11 @@ void changing(Store &store, const RawDatabase &raw)
                 for (std::size_t i = 0; i < inARow; ++i)
                     rawChange(tasks.size() - 1 - i, 1, ++star);
             },
-            measure);
+            measure, emptyLog);
         bench::printRatio(
             "change one attribute and save" + suffix, one.ours * 1000 / inARow, one.raw * 1000 / inARow, "ms", 1.5);
         const auto many = bench::alternate(
-            9, [&] { change(0, 10000); }, [&] { rawChange(tasks.size() - 10000, 10000, ++star); }, measure);
+            9, [&] { change(0, 10000); }, [&] { rawChange(tasks.size() - 10000, 10000, ++star); }, measure, emptyLog);
         bench::printRatio("change 10,000 objects and save" + suffix, many.ours * 1000, many.raw * 1000, "ms", 1.6);
     }
     sqlite3_finalize(update);

@@ -390,7 +390,7 @@ int main(int argc, char **argv)
         bench::generate(workplace.path(), amount).reset();
         bench::printHeader("the windows, " + std::to_string(amount.tasks) + " tasks");
         Measurement measurement(application, workplace.path());
-        constexpr std::array<std::pair<const char *, void (Measurement::*)()>, 8> parts{{
+        constexpr std::array<std::pair<const char *, void (Measurement::*)()>, 7> parts{{
             {"badges", &Measurement::badges},
             {"lists", &Measurement::lists},
             {"search", &Measurement::search},

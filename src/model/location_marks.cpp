@@ -61,7 +61,8 @@ void DataUtilities::markTasksForLocation(bool flag, const std::vector<Contexts *
         if (!looked)
             presentError(looked.error());
     };
-    static const Predicate marked = Predicate::format("isCurrentLocation != nil");
+    // a mark of either kind; said as a range because the index finds that, and not whatever is something
+    static const Predicate marked = Predicate::format("isCurrentLocation BETWEEN {NO, YES}");
     static const Predicate ofContext = Predicate::format("contexts == $CONTEXT");
     look(marked);
     for (const Contexts *context : near)

@@ -237,37 +237,69 @@ Result<std::int64_t> ObjectContext::count(const FetchRequest &request)
     const auto plan = planFor(request, m_store.model(), hasChanges());
     if (!plan)
         return Failure(plan.error());
-    if (plan->inMemory) {
-        const auto found = fetch(request);
-        return found ? Result<std::int64_t>(static_cast<std::int64_t>(found->size())) : Failure(found.error());
-    }
-    const PredicateEvaluator evaluator(request.predicate, *plan->entity);
-    const bool unsaved = !m_state->changedOf(*plan->entity).empty();
     std::int64_t number = 0;
+    if (plan->inMemory || !m_state->changedOf(*plan->entity).empty()) {
+        const auto counted = fetchIDs(request, [&number](const ObjectID &) { ++number; });
+        return counted ? Result<std::int64_t>(number) : Failure(counted.error());
+    }
     try {
-        const std::string from = " FROM " + identifier(plan->entity->name()) + " t" + where(*plan);
-        Statement statement = m_state->connection->prepare((unsaved ? "SELECT t._key" : "SELECT count(*)") + from);
+        Statement statement = m_state->connection->prepare(
+            "SELECT count(*) FROM " + identifier(plan->entity->name()) + " t" + where(*plan));
         bindAll(statement, plan->condition);
-        const auto &objects = m_state->objects[static_cast<std::size_t>(plan->entity->index())];
-        while (statement.step()) {
-            if (!unsaved) {
-                number = statement.integer(0);
-                break;
-            }
-            const auto kept = objects.find(statement.integer(0));
-            number += kept == objects.end() || !m_state->isChanged(*kept->second) ? 1 : 0;
-        }
+        if (statement.step())
+            number = statement.integer(0);
     } catch (const SQLite::Exception &exception) {
         disconnect(exception);
         return Failure(storeError(StoreErrorCode::Unreadable, "The tasks could not be counted.", exception));
     }
-    if (unsaved) {
-        for (const ManagedObject *object : m_state->changedOf(*plan->entity)) {
-            if (object->hasChanges() && !object->m_deleted && evaluator.matches(*object))
-                ++number;
+    return request.limit > 0 ? std::min(number, request.limit) : number;
+}
+
+Result<void> ObjectContext::fetchIDs(const FetchRequest &request, const std::function<void(const ObjectID &)> &visit)
+{
+    processPendingChanges();
+    if (!connected())
+        return Failure(m_state->connectError);
+    const auto plan = planFor(request, m_store.model(), hasChanges());
+    if (!plan)
+        return Failure(plan.error());
+    if (plan->inMemory) {
+        const auto found = fetch(request);
+        if (!found)
+            return Failure(found.error());
+        std::for_each(found->begin(), found->end(), [&](const ManagedObject *object) { visit(object->m_id); });
+        return {};
+    }
+    std::int64_t left = request.limit > 0 ? request.limit : std::numeric_limits<std::int64_t>::max();
+    const auto &changed = m_state->changedOf(*plan->entity);
+    try {
+        Statement statement = m_state->connection->prepare(
+            "SELECT t._key FROM " + identifier(plan->entity->name()) + " t" + where(*plan));
+        bindAll(statement, plan->condition);
+        const auto &objects = m_state->objects[static_cast<std::size_t>(plan->entity->index())];
+        while (left > 0 && statement.step()) {
+            const std::int64_t key = statement.integer(0);
+            if (!changed.empty()) {
+                const auto kept = objects.find(key);
+                if (kept != objects.end() && m_state->isChanged(*kept->second))
+                    continue;
+            }
+            visit({plan->entity, key});
+            --left;
+        }
+    } catch (const SQLite::Exception &exception) {
+        disconnect(exception);
+        return Failure(
+            storeError(StoreErrorCode::Unreadable, "The tasks could not be read from the store.", exception));
+    }
+    const PredicateEvaluator evaluator(request.predicate, *plan->entity);
+    for (const ManagedObject *object : changed) {
+        if (left > 0 && object->hasChanges() && !object->m_deleted && evaluator.matches(*object)) {
+            visit(object->m_id);
+            --left;
         }
     }
-    return request.limit > 0 ? std::min(number, request.limit) : number;
+    return {};
 }
 
 Result<void> ObjectContext::fetchValues(const FetchRequest &request, const std::vector<std::string> &keys,

@@ -140,6 +140,10 @@ public:
     [[nodiscard]] Result<std::vector<ManagedObject *>> fetch(const FetchRequest &request);
     /// How many `fetch` would return; builds no objects.
     [[nodiscard]] Result<std::int64_t> count(const FetchRequest &request);
+    /// Calls `visit` with the id of each record that `fetch` would return, in no order; builds no objects. `visit` must
+    /// leave the context alone.
+    [[nodiscard]] Result<void> fetchIDs(
+        const FetchRequest &request, const std::function<void(const ObjectID &)> &visit);
     /// Reads a few columns of many records without building objects: calls `visit` for each record that answers, in the
     /// order of insertion, with its values of `keys` (attributes and to-one relationships of the entity itself), the
     /// context's unsaved changes included. The values hold until `visit` returns; `visit` must leave the context alone.

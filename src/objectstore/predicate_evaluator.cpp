@@ -4,7 +4,6 @@
 #include "objectstore/comparison.h"
 #include "objectstore/predicate_node.h"
 #include "objectstore/text_folding.h"
-#include "objectstore/text_test.h"
 
 #include <algorithm>
 
@@ -84,59 +83,6 @@ private:
     }
 };
 
-/// A comparison of one column with a constant, read straight from a row: what most predicates of lists are made of.
-class PredicateEvaluator::ColumnTest
-{
-public:
-    ColumnTest(const PredicateNode &node, int slot, const ValueView &constant, const TextTest *textTest)
-        : m_slot(slot)
-        , m_test(node.test)
-        , m_constant(constant)
-        , m_whole(toInteger(constant))
-        , m_real(toDouble(constant))
-        , m_isReal(std::holds_alternative<double>(constant) || std::holds_alternative<Instant>(constant))
-        , m_textTest(textTest)
-    { }
-
-    /// Whether `node` is such a comparison.
-    static bool fits(const PredicateNode &node, const Operand &left, const Operand &right)
-    {
-        const bool column = node.left.kind == Expression::Kind::KeyPath && left.path.problem.empty()
-            && left.path.steps.size() == 1 && !left.path.count && !left.several;
-        const bool number
-            = right.constant.index() > 0 && right.constant.index() < 5 && node.test <= Operator::GreaterOrEqual;
-        const bool text = std::holds_alternative<std::string_view>(right.constant) && isTextTest(node.test);
-        return column && node.right.isConstant() && (number || text);
-    }
-
-    [[nodiscard]] bool answer(const Row &row) const
-    {
-        const Row::Kind kind = row.kind(m_slot);
-        if (m_textTest)
-            return kind == Row::Kind::Text && m_textTest->matches(row.text(m_slot));
-        if (kind == Row::Kind::Nil)
-            return m_test == Operator::NotEqual;
-        if (!m_isReal && kind <= Row::Kind::Reference) {
-            const std::int64_t value = row.integer(m_slot);
-            return answers(m_test, value < m_whole ? -1 : value > m_whole ? 1 : 0) == (m_test != Operator::NotEqual);
-        }
-        if (m_isReal && (kind == Row::Kind::Date || kind == Row::Kind::Double)) {
-            const double value = row.real(m_slot);
-            return answers(m_test, value < m_real ? -1 : value > m_real ? 1 : 0) == (m_test != Operator::NotEqual);
-        }
-        return answers(m_test, compareStored(row.value(m_slot, nullptr), m_constant)) == (m_test != Operator::NotEqual);
-    }
-
-private:
-    int m_slot;
-    Operator m_test;
-    ValueView m_constant;
-    std::int64_t m_whole;
-    double m_real;
-    bool m_isReal;
-    const TextTest *m_textTest;
-};
-
 struct PredicateEvaluator::Node {
     Node(const PredicateNode &from, const EntityDescription &entity)
         : source(from), left(from.left, entity), right(from.right, entity)
@@ -147,8 +93,15 @@ struct PredicateEvaluator::Node {
         if (from.kind == PredicateNode::Kind::Comparison && text && textOperator)
             prepared = std::make_unique<TextTest>(
                 from.test == Operator::NotEqual ? Operator::Equal : from.test, *text, from.options);
-        if (from.kind == PredicateNode::Kind::Comparison && ColumnTest::fits(from, left, right))
-            column.emplace(from, left.path.steps[0]->slot, right.constant, prepared.get());
+        if (from.kind == PredicateNode::Kind::Comparison && isOfColumn() && ColumnTest::fits(from.test, right.constant))
+            column.emplace(left.path.steps[0]->slot, from.test, right.constant, prepared.get());
+    }
+
+    /// Whether one column is compared with a constant.
+    [[nodiscard]] bool isOfColumn() const
+    {
+        return source.left.kind == Expression::Kind::KeyPath && left.path.problem.empty() && left.path.steps.size() == 1
+            && !left.path.count && !left.several && source.right.isConstant();
     }
 
     [[nodiscard]] bool answer(const ManagedObject &object) const
@@ -167,10 +120,53 @@ struct PredicateEvaluator::Node {
         case PredicateNode::Kind::Not:
             return !children[0]->answer(object);
         case PredicateNode::Kind::Comparison:
-            return column && object.m_row && !object.m_unsaved && !object.m_deleted ? column->answer(*object.m_row)
-                                                                                    : compared(object);
+            return column && isAsStored(object) ? column->answer(*object.m_row) : compared(object);
         }
         return false;
+    }
+
+    /// How far the answer is to seek, for the cheap ones among several to be asked first: a flag or a number that tells
+    /// by its kind, a column's cell, a text, anything else.
+    [[nodiscard]] int cost() const
+    {
+        int dearest = 0;
+        for (const auto &child : children)
+            dearest = std::max(dearest, child->cost());
+        if (source.kind == PredicateNode::Kind::Comparison)
+            dearest = column ? column->cost() : 4;
+        return dearest;
+    }
+
+    /// Whether all that can be asked of the object lies in its row.
+    [[nodiscard]] static bool isAsStored(const ManagedObject &object)
+    {
+        return object.m_row && !object.m_unsaved && !object.m_deleted;
+    }
+
+    /// Lays the node out before the places to go on at; its own place. Nothing where it does not ask columns alone.
+    [[nodiscard]] std::optional<int> layOut(RowTest &test, int whenTrue, int whenFalse) const
+    {
+        std::optional<int> place = whenTrue;
+        switch (source.kind) {
+        case PredicateNode::Kind::True:
+            return whenTrue;
+        case PredicateNode::Kind::False:
+            return whenFalse;
+        case PredicateNode::Kind::Not:
+            return children[0]->layOut(test, whenFalse, whenTrue);
+        case PredicateNode::Kind::Comparison:
+            return column ? std::optional(test.add(*column, whenTrue, whenFalse)) : std::nullopt;
+        case PredicateNode::Kind::And:
+            for (auto child = children.rbegin(); child != children.rend() && place; ++child)
+                place = (*child)->layOut(test, *place, whenFalse);
+            return place;
+        case PredicateNode::Kind::Or:
+            place = whenFalse;
+            for (auto child = children.rbegin(); child != children.rend() && place; ++child)
+                place = (*child)->layOut(test, whenTrue, *place);
+            return place;
+        }
+        return std::nullopt;
     }
 
     [[nodiscard]] bool compared(const ManagedObject &object) const
@@ -252,18 +248,25 @@ std::unique_ptr<PredicateEvaluator::Node> PredicateEvaluator::prepare(
     auto prepared = std::make_unique<Node>(node, entity);
     for (const auto &child : node.children)
         prepared->children.push_back(prepare(*child, entity));
+    std::ranges::stable_sort(prepared->children, {}, [](const auto &child) { return child->cost(); });
     return prepared;
 }
 
 PredicateEvaluator::PredicateEvaluator(const Predicate &predicate, const EntityDescription &entity)
     : m_predicate(predicate.shared()), m_root(prepare(*m_predicate, entity))
-{ }
+{
+    RowTest rowTest;
+    if (const auto first = m_root->layOut(rowTest, RowTest::yes, RowTest::no)) {
+        rowTest.setFirst(*first);
+        m_rowTest = std::move(rowTest);
+    }
+}
 
 PredicateEvaluator::~PredicateEvaluator() = default;
 
 bool PredicateEvaluator::matches(const ManagedObject &object) const
 {
-    return m_root->answer(object);
+    return m_rowTest && Node::isAsStored(object) ? m_rowTest->answer(*object.m_row) : m_root->answer(object);
 }
 
 std::vector<ManagedObject *> PredicateEvaluator::matching(std::span<ManagedObject *const> objects) const
@@ -276,7 +279,7 @@ std::vector<ManagedObject *> PredicateEvaluator::matching(std::span<ManagedObjec
             __builtin_prefetch(objects[i + 2 * ahead]);
         if (i + ahead < objects.size() && objects[i + ahead]->m_row)
             __builtin_prefetch(&*objects[i + ahead]->m_row);
-        if (m_root->answer(*objects[i]))
+        if (matches(*objects[i]))
             found.push_back(objects[i]);
     }
     return found;

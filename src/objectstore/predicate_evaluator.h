@@ -3,8 +3,10 @@
 
 #include "objectstore/managed_object.h"
 #include "objectstore/predicate.h"
+#include "objectstore/row_test.h"
 
 #include <memory>
+#include <optional>
 
 namespace objectstore {
 
@@ -23,11 +25,11 @@ public:
 private:
     struct Node;
     struct Operand;
-    class ColumnTest;
     static std::unique_ptr<Node> prepare(const PredicateNode &node, const EntityDescription &entity);
 
     std::shared_ptr<const PredicateNode> m_predicate; ///< the prepared nodes point into it
     std::unique_ptr<Node> m_root;
+    std::optional<RowTest> m_rowTest; ///< where the predicate asks only columns: the quicker way
 };
 
 } // namespace objectstore

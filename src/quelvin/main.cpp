@@ -10,6 +10,7 @@
 #include "platform/launcher_badge.h"
 #include "platform/location_managers.h"
 #include "platform/running_instance.h"
+#include "views/first_picture.h"
 #include "views/icons.h"
 #include "views/main_window.h"
 #include "views/quick_task_controller.h"
@@ -20,6 +21,7 @@
 
 #include <QCommandLineParser>
 #include <QCryptographicHash>
+#include <optional>
 
 namespace {
 
@@ -152,31 +154,32 @@ int main(int argc, char **argv)
         }});
     views::MainWindow window(delegate);
     user.setWindow(&window);
-    window.showMainApplicationWindow();
-
     QObject::connect(&window, &views::MainWindow::appearanceChanged, &window, applyTheme);
-    platform::LauncherBadge launcherBadge(bus, application.desktopFileName());
-    const auto showBadge = [&launcherBadge](const QString &badge) { launcherBadge.show(badge); };
-    showBadge(delegate.badge());
-    QObject::connect(&delegate, &app::TMApplicationDelegate::dockBadgeChanged, &window, showBadge);
-    const views::TrayIcon tray(delegate,
-        {window.action(views::Command::QuickTask), window.action(views::Command::Sync),
-            window.action(views::Command::Quit)});
-    QObject::connect(&tray, &views::TrayIcon::activated, &window, &views::MainWindow::showMainApplicationWindow);
-
     views::QuickEntry quickEntry(delegate);
     app::TerminationSignals terminationSignals;
     QObject::connect(&terminationSignals, &app::TerminationSignals::terminationRequested, &window, &QWidget::close);
-    if (delegate.isFirstRun())
-        window.showFirstRun();
-    delegate.applicationDidFinishLaunching();
-    instance.serve({
-        .activate = [&window] { window.showMainApplicationWindow(); },
-        .activateAction
-        = [&](const QString &action, const QStringList &texts) { runAction(window, quickEntry, action, texts); },
-        .addTask = [&quickEntry](const QString &text) { return quickEntry.addTaskService(text); },
+    platform::LauncherBadge launcherBadge(bus, application.desktopFileName());
+    QObject::connect(&delegate, &app::TMApplicationDelegate::dockBadgeChanged, &window,
+        [&launcherBadge](const QString &badge) { launcherBadge.show(badge); });
+    std::optional<views::TrayIcon> tray;
+    const views::FirstPicture firstPicture(window, [&] {
+        tray.emplace(delegate,
+            QList{window.action(views::Command::QuickTask), window.action(views::Command::Sync),
+                window.action(views::Command::Quit)});
+        QObject::connect(&*tray, &views::TrayIcon::activated, &window, &views::MainWindow::showMainApplicationWindow);
+        if (delegate.isFirstRun())
+            window.showFirstRun();
+        launcherBadge.show({}); // what a run that ended badly left there
+        delegate.applicationDidFinishLaunching();
+        instance.serve({
+            .activate = [&window] { window.showMainApplicationWindow(); },
+            .activateAction
+            = [&](const QString &action, const QStringList &texts) { runAction(window, quickEntry, action, texts); },
+            .addTask = [&quickEntry](const QString &text) { return quickEntry.addTaskService(text); },
+        });
+        runAction(window, quickEntry, arguments.action, arguments.actionArguments);
     });
-    runAction(window, quickEntry, arguments.action, arguments.actionArguments);
+    window.showMainApplicationWindow();
     const int status = app::TMApplication::exec();
     delegate.applicationWillTerminate();
     return status;

@@ -22,11 +22,17 @@ std::string hexadecimal(std::span<const unsigned char> bytes)
     return text;
 }
 
+/// The algorithm of this name, to be kept: looking it up takes longer than a short text's digest.
+const EVP_MD *algorithmNamed(const char *name)
+{
+    return EVP_MD_fetch(nullptr, name, nullptr);
+}
+
 std::string digest(std::string_view text, const EVP_MD *algorithm)
 {
     std::array<unsigned char, EVP_MAX_MD_SIZE> bytes{};
     unsigned int size = 0;
-    if (EVP_Digest(text.data(), text.size(), bytes.data(), &size, algorithm, nullptr) != 1)
+    if (!algorithm || EVP_Digest(text.data(), text.size(), bytes.data(), &size, algorithm, nullptr) != 1)
         throw std::runtime_error("the cryptographic library computes no digest");
     return hexadecimal({bytes.data(), size});
 }
@@ -35,12 +41,14 @@ std::string digest(std::string_view text, const EVP_MD *algorithm)
 
 std::string md5(std::string_view text)
 {
-    return digest(text, EVP_md5());
+    static const EVP_MD *algorithm = algorithmNamed("MD5");
+    return digest(text, algorithm);
 }
 
 std::string sha256(std::string_view text)
 {
-    return digest(text, EVP_sha256());
+    static const EVP_MD *algorithm = algorithmNamed("SHA256");
+    return digest(text, algorithm);
 }
 
 std::string randomHexadecimal(std::size_t bytes)

@@ -9,6 +9,7 @@
 
 #include <QTimer>
 #include <array>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -101,7 +102,8 @@ private:
     mutable TaskCounts m_counts; ///< by the row's own number or its record's address
     mutable std::unordered_map<quintptr, qint64> m_badges; ///< what was last shown
     mutable foundation::Instant m_todayCounted;
-    mutable double m_counted = 0; ///< seconds of computing in this turn of the event loop
+    /// Seconds of computing in this turn of the event loop; the first picture waits for no number.
+    mutable double m_counted = std::numeric_limits<double>::infinity();
     mutable bool m_isWaiting = false; ///< a row for the next turn, to be counted
     mutable QTimer m_countTimer;
     QTimer m_refreshTimer;

@@ -58,8 +58,8 @@ objectstore::Result<std::int64_t> TaskCounts::count(std::uintptr_t id, const obj
         return old->second.members.size();
     }
     KeySet members;
-    const auto read = m_moc.fetchValues(
-        request, {}, [&members](const objectstore::ObjectID &task, auto) { members.insert(task.key); });
+    const auto read
+        = m_moc.fetchIDs(request, [&members](const objectstore::ObjectID &task) { members.insert(task.key); });
     if (!read) {
         m_entries.erase(id);
         return foundation::Failure(read.error());

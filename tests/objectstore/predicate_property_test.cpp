@@ -297,6 +297,10 @@ void agree(ObjectContext &context, const Predicate &predicate)
                       [&](const ObjectID &id, std::span<const ValueView>) { visited.push_back(id.key); })
                   .has_value());
     RC_ASSERT(visited == expected);
+    visited.clear();
+    RC_ASSERT(context.fetchIDs(request, [&](const ObjectID &id) { visited.push_back(id.key); }).has_value());
+    std::sort(visited.begin(), visited.end());
+    RC_ASSERT(visited == expected);
 }
 
 } // namespace

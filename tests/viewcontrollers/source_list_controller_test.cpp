@@ -31,7 +31,14 @@ protected:
         }
         return {};
     }
-    int badge(const char *title) { return row(title).data(SourceListController::BadgeRole).toInt(); }
+    /// The number that the row comes to; the first time that one is asked for, it waits for the next turn.
+    int badge(const char *title)
+    {
+        QVariant number = row(title).data(SourceListController::BadgeRole);
+        for (; list.isCounting(); number = row(title).data(SourceListController::BadgeRole))
+            QCoreApplication::processEvents();
+        return number.toInt();
+    }
 
     support::TestApplication application;
     SourceListController list{application.delegate()};
