@@ -1644,6 +1644,22 @@
         <source>Connection FAILED!</source>
         <translation>Verbindung FEHLGESCHLAGEN!</translation>
     </message>
+    <message>
+        <source>Server</source>
+        <translation>Server</translation>
+    </message>
+    <message>
+        <source>sync.example.org</source>
+        <translation>sync.example.org</translation>
+    </message>
+    <message>
+        <source>Test the connection to see whether the account is there.</source>
+        <translation>Die Verbindung prüfen zeigt, ob es das Konto gibt.</translation>
+    </message>
+    <message>
+        <source>Work Without an Account</source>
+        <translation>Ohne Konto arbeiten</translation>
+    </message>
 </context>
 <context>
     <name>views::FoldersOutlineView</name>
@@ -1925,10 +1941,6 @@ Aufgaben, damit Dinge getan werden.</translation>
         <translation>Erledigte Aufgaben zeigen</translation>
     </message>
     <message>
-        <source>In smart folders, too</source>
-        <translation>Auch in intelligenten Ordnern</translation>
-    </message>
-    <message>
         <source>Count Today in the badge</source>
         <translation>Heute im Zähler des Symbols</translation>
     </message>
@@ -2039,6 +2051,14 @@ Aufgaben, damit Dinge getan werden.</translation>
     <message>
         <source>Location</source>
         <translation>Ort</translation>
+    </message>
+    <message>
+        <source>Apply this to smart folders, too</source>
+        <translation>Auch auf intelligente Ordner anwenden</translation>
+    </message>
+    <message>
+        <source>sync.example.org</source>
+        <translation>sync.example.org</translation>
     </message>
 </context>
 <context>

@@ -85,7 +85,7 @@ std::optional<std::string> TDApi::getUserIdForUsername(std::string_view username
 
 void TDApi::warnOfPlainLogin()
 {
-    if (!m_warnedOfPlainLogin && !isLoopback(m_host))
+    if (!m_warnedOfPlainLogin && !m_host.empty() && !isLoopback(m_host))
         foundation::logLine("The login to " + m_host + " is sent unencrypted.");
     m_warnedOfPlainLogin = true;
 }

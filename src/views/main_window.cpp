@@ -311,7 +311,8 @@ void MainWindow::showMainApplicationWindow()
 
 void MainWindow::restoreGeometryAndState()
 {
-    resize(1280, 800);
+    const QSize room = screen()->availableSize() - QSize(16, 56); // beside and above it, the frame
+    resize(QSize(1280, 800).boundedTo(room));
     m_splitter->setSizes({250, 726, 304});
     const foundation::Settings &settings = m_delegate.settings();
     restoreGeometry(savedState(settings, geometryKey));

@@ -3,6 +3,7 @@
 #include "app/text.h"
 #include "model/settings_defaults.h"
 #include "views/detail_pane.h"
+#include "views/first_run_controller.h"
 #include "views/icons.h"
 #include "views/main_window.h"
 #include "views/management_window.h"

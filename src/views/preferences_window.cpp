@@ -116,6 +116,7 @@ void PreferencesWindow::addPane(const QString &title, const QString &iconName, Q
     button->setIconSize({24, 24});
     button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
     button->setCheckable(true);
+    button->setFocusPolicy(Qt::StrongFocus); // the ring lies on the pane that was clicked
     m_bar->addWidget(button);
     m_buttons->addButton(button, m_panes->addWidget(pane));
 }
@@ -138,7 +139,7 @@ QWidget *PreferencesWindow::makeGeneralPane()
     const auto shown = [this] { Q_EMIT visibilityChanged(); };
     const auto badge = [this] { m_delegate.updateDockBadge(); };
     layout->addWidget(checkBox(tr("Show completed tasks"), keys::ShowCompletedTasks, shown));
-    layout->addWidget(checkBox(tr("In smart folders, too"), keys::SmartFoldersApplyShowCompleted, shown));
+    layout->addWidget(checkBox(tr("Apply this to smart folders, too"), keys::SmartFoldersApplyShowCompleted, shown));
     layout->addSpacing(8);
     layout->addWidget(checkBox(tr("Count Today in the badge"), keys::ShowTodayInBadge, badge));
     layout->addWidget(checkBox(tr("Count the Inbox in the badge"), keys::ShowInboxInBadge, badge));
@@ -216,7 +217,7 @@ void PreferencesWindow::resetColors()
     showColors();
 }
 
-QWidget *PreferencesWindow::textField(std::string_view key, bool isSecret)
+QLineEdit *PreferencesWindow::textField(std::string_view key, bool isSecret)
 {
     auto *field = new QLineEdit(toQString(m_delegate.settings().text(key)));
     field->setMinimumWidth(240);
@@ -246,7 +247,9 @@ QWidget *PreferencesWindow::makeSyncPane()
     form->addRow(tr("Repeat every"), interval);
     form->addRow(tr("E-mail"), textField(keys::ToodleDoUsername));
     form->addRow(tr("Password"), textField(keys::ToodleDoPassword, true));
-    form->addRow(tr("Server"), textField(keys::ToodledoHost));
+    auto *server = textField(keys::ToodledoHost);
+    server->setPlaceholderText(tr("sync.example.org"));
+    form->addRow(tr("Server"), server);
     layout->addLayout(form);
 
     auto *test = new QPushButton(tr("Test Connection"));
@@ -325,64 +328,6 @@ QWidget *PreferencesWindow::makeShortcutPane()
         [this](const hotkeys::QVLKeyCombo &keyCombo) { m_delegate.changeHotKey(keyCombo); });
     connect(&m_delegate, &app::TMApplicationDelegate::hotKeyProblemChanged, problem, &QLabel::setText);
     return pane;
-}
-
-FirstRunController::FirstRunController(app::TMApplicationDelegate &delegate, QWidget *parent)
-    : QDialog(parent), m_delegate(delegate), m_connectionTest(delegate.settings(), delegate.clock())
-{
-    setAttribute(Qt::WA_DeleteOnClose);
-    setWindowTitle(tr("Welcome"));
-    auto *title = new QLabel(tr("Welcome to Quelvin"));
-    title->setObjectName(QStringLiteral("windowTitle"));
-    auto *text = new QLabel(tr("Your tasks stay on this computer. If you have an account at a service that speaks the "
-                               "Toodledo protocol, they can be kept the same there, too. You can set this up later."));
-    text->setObjectName(QStringLiteral("subline"));
-    text->setWordWrap(true);
-    auto *email = new QLineEdit(toQString(m_delegate.settings().text(keys::ToodleDoUsername)));
-    auto *password = new QLineEdit(toQString(m_delegate.settings().text(keys::ToodleDoPassword)));
-    password->setEchoMode(QLineEdit::Password);
-    const std::pair<QLineEdit *, std::string_view> fields[]
-        = {{email, keys::ToodleDoUsername}, {password, keys::ToodleDoPassword}};
-    for (const auto &[field, key] : fields)
-        connect(field, &QLineEdit::textChanged, this,
-            [this, which = key](const QString &typed) { m_delegate.settings().set(which, toUtf8(typed)); });
-    auto *form = makeForm();
-    form->addRow(tr("E-mail"), email);
-    form->addRow(tr("Password"), password);
-    auto *status = new QLabel;
-    status->setObjectName(QStringLiteral("subline"));
-    auto *create = new QPushButton(tr("Create Account"));
-    auto *test = new QPushButton(tr("Test Connection"));
-    auto *done = new QPushButton(tr("Done"));
-    done->setDefault(true);
-    connect(create, &QPushButton::clicked, &m_connectionTest, &app::ConnectionTest::createAccount);
-    connect(test, &QPushButton::clicked, this, [this, status] {
-        status->setText(tr("Connecting…"));
-        m_connectionTest.testConnection();
-    });
-    connect(&m_connectionTest, &app::ConnectionTest::finished, this, [this, status](bool isSuccessful) {
-        status->setText(isSuccessful ? tr("Connection succeeded") : tr("Connection FAILED!"));
-        if (isSuccessful)
-            m_delegate.settings().set(keys::HasBeenRun, true);
-    });
-    connect(done, &QPushButton::clicked, this, [this] {
-        m_delegate.settings().set(keys::HasBeenRun, true);
-        close();
-    });
-    auto *buttons = new QHBoxLayout;
-    buttons->addWidget(create);
-    buttons->addWidget(test);
-    buttons->addStretch();
-    buttons->addWidget(done);
-    auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(32, 28, 32, 24);
-    layout->setSpacing(14);
-    layout->addWidget(title);
-    layout->addWidget(text);
-    layout->addLayout(form);
-    layout->addWidget(status);
-    layout->addLayout(buttons);
-    setFixedWidth(480);
 }
 
 } // namespace views

@@ -9,6 +9,7 @@
 #include <QDialog>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QLineEdit>
 #include <QStackedWidget>
 #include <QToolButton>
 
@@ -37,7 +38,7 @@ private:
     QWidget *makeColumnsPane();
     QWidget *makeShortcutPane();
     QCheckBox *checkBox(const QString &text, std::string_view key, const std::function<void()> &changed);
-    QWidget *textField(std::string_view key, bool isSecret = false);
+    QLineEdit *textField(std::string_view key, bool isSecret = false);
     void pickColor(std::string_view key);
     void resetColors();
     void showColors();
@@ -50,20 +51,6 @@ private:
     QStackedWidget *m_panes = nullptr;
     QLabel *m_connectionStatus = nullptr;
     std::vector<QToolButton *> m_colorWells; ///< in the order of the colours
-};
-
-/// The first window of a new user: the account to synchronise with, which may as well be left for later.
-class FirstRunController final : public QDialog
-{
-    Q_OBJECT
-
-public:
-    /// `delegate` must outlive the window.
-    explicit FirstRunController(app::TMApplicationDelegate &delegate, QWidget *parent = nullptr);
-
-private:
-    app::TMApplicationDelegate &m_delegate;
-    app::ConnectionTest m_connectionTest;
 };
 
 } // namespace views
