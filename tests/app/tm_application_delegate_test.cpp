@@ -150,7 +150,7 @@ TEST_F(Delegate, findsANewDayAtTheFirstTickAndAtMidnight)
     EXPECT_EQ(delegate().today(), at("2026-11-25"));
 }
 
-TEST_F(Delegate, findsANewDayWhenTheClockIsSetBackOrTheComputerIsInAnotherZone)
+TEST_F(Delegate, F24_one_new_day_after_a_sleep_a_clock_set_back_and_a_journey)
 {
     delegate().initTimers();
     delegate().checkSecondActions();
@@ -159,7 +159,8 @@ TEST_F(Delegate, findsANewDayWhenTheClockIsSetBackOrTheComputerIsInAnotherZone)
     delegate().checkSecondActions();
     EXPECT_EQ(days.count(), 1);
     application.clock.set(at("2026-11-27 07:00")); // slept over more than one midnight
-    delegate().checkSecondActions();
+    for (int tick = 0; tick < 5; ++tick)
+        delegate().checkSecondActions();
     EXPECT_EQ(days.count(), 2);
 
     const QByteArray zone = qgetenv("TZ");
@@ -194,7 +195,7 @@ TEST_F(Delegate, aDayOfAClockChangeBeginsOnceThoughItHas23Or25Hours)
     foundation::localZoneChanged();
 }
 
-TEST(RepeatingSchedule, isDueByTheClockThroughSleepAndAClockSetBack)
+TEST(RepeatingSchedule, F24_is_due_once_by_the_clock_through_sleep_and_a_clock_set_back)
 {
     using namespace std::chrono_literals;
     app::RepeatingSchedule schedule;
