@@ -4,6 +4,7 @@
 #include "sync/sync_session.h"
 #include "toodledo/gtd_context.h"
 
+#include <set>
 #include <vector>
 
 namespace syncing {
@@ -39,6 +40,8 @@ private:
     void remove(model::Contexts &context);
 
     SyncSession &m_session;
+    std::set<const model::Contexts *>
+        m_sentSinceListed; ///< whether the service has them is not known before the next list
 };
 
 } // namespace syncing

@@ -44,6 +44,7 @@ std::optional<FolderPhases::GtdFolders> FolderPhases::listFolders()
         return std::nullopt;
     if (m_session.isGuarding())
         std::erase_if(*folders, [](const GtdFolder &folder) { return !isServiceId(folder.folderId); });
+    m_sentSinceListed.clear();
     m_session.listedFolders.emplace();
     for (const GtdFolder &folder : *folders)
         m_session.listedFolders->insert(folder.folderId);
@@ -150,6 +151,9 @@ bool FolderPhases::deleteAtService(const Folders &folder)
             static_cast<void>(m_session.client().deleteFolder(deleted));
         return true;
     }
+    // One that was sent and deleted in the same run may be there under an id that only the next list tells.
+    if (!isServiceId(deleted.folderId) && m_sentSinceListed.contains(&folder))
+        return false;
     if (!isServiceId(deleted.folderId)
         || (m_session.listedFolders && !m_session.listedFolders->contains(deleted.folderId)))
         return true;
@@ -228,6 +232,7 @@ bool FolderPhases::sendNewFolder(Folders &folder)
     if (m_session.isGuarding()) {
         m_session.ledger().beginSending(folder, contentOf(asSent(folder)));
         m_session.saveAction();
+        m_sentSinceListed.insert(&folder);
     }
     TDError error;
     const std::int64_t id = m_session.client().addFolder(asSent(folder), &error);

@@ -4,6 +4,7 @@
 #include "sync/sync_session.h"
 #include "toodledo/gtd_folder.h"
 
+#include <set>
 #include <vector>
 
 namespace syncing {
@@ -40,6 +41,8 @@ private:
     [[nodiscard]] bool isTaken(std::int64_t folderID, const model::Folders *but);
 
     SyncSession &m_session;
+    std::set<const model::Folders *>
+        m_sentSinceListed; ///< whether the service has them is not known before the next list
 };
 
 } // namespace syncing
