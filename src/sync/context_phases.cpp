@@ -70,11 +70,20 @@ bool ContextPhases::getNewContexts()
         if (m_session.records().getContextById(context.contextId) || context.title == noneTitle)
             continue;
         if (Contexts *adopted = adoptableContext(context))
-            giveId(*adopted, context.contextId);
+            adopt(*adopted, context);
         else
             makeContext(context);
     }
     return true;
+}
+
+/// What was sent is what both sides agree on: an edit made since is this side's.
+void ContextPhases::adopt(Contexts &context, const GtdContext &listed)
+{
+    const ContentMark content = contentOf(listed);
+    if (m_session.ledger().isUnanswered(context, content))
+        m_session.ledger().agree(context, {content}, content);
+    giveId(context, listed.contextId);
 }
 
 void ContextPhases::giveId(Contexts &context, std::int64_t id)
@@ -161,6 +170,7 @@ void ContextPhases::reconcile(Contexts &context, const GtdContext &listed)
         m_session.ledger().agree(context, {server}, local);
     } else if (change == Change::Local
         || (change == Change::Unknown && m_session.isLater(context.modifiedDate(), true))) {
+        m_session.ledger().noteListed(context, {server});
         sendEdit(context, listed);
     } else {
         context.setTitle(listed.title.value_or(""));
@@ -228,10 +238,10 @@ bool ContextPhases::deleteAtService(const Contexts &context)
         static_cast<void>(m_session.client().deleteContext(deleted));
         return true;
     }
-    // One that was sent and deleted in the same run may be there under an id that only the next list tells.
-    if (!isServiceId(deleted.contextId) && m_sentSinceListed.contains(&context))
-        return false;
-    if (!isServiceId(deleted.contextId) || !isListed(deleted.contextId))
+    const bool wasJustSent = m_sentSinceListed.contains(&context);
+    if (!isServiceId(deleted.contextId))
+        return !wasJustSent; // else it may be there under an id that only the next list tells
+    if (!wasJustSent && !isListed(deleted.contextId))
         return true;
     TDError error;
     const bool succeeded = m_session.client().deleteContext(deleted, &error);

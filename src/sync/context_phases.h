@@ -36,12 +36,12 @@ private:
     void sendNewContext(model::Contexts &context);
     [[nodiscard]] bool deleteAtService(const model::Contexts &context);
     [[nodiscard]] bool isListed(std::int64_t contextID) const;
+    void adopt(model::Contexts &context, const toodledo::GtdContext &listed);
     void giveId(model::Contexts &context, std::int64_t id);
     void remove(model::Contexts &context);
 
     SyncSession &m_session;
-    std::set<const model::Contexts *>
-        m_sentSinceListed; ///< whether the service has them is not known before the next list
+    std::set<const model::Contexts *> m_sentSinceListed; ///< only the next list tells whether they are there
 };
 
 } // namespace syncing
