@@ -233,7 +233,7 @@ bool TaskPhases::sendEdits(std::vector<Edit> edits)
     for (const std::span<Edit> batch : inBatches(edits)) {
         if (m_session.isGuarding()) {
             for (const Edit &edit : batch)
-                m_session.ledger().beginSending(*edit.task, edit.content);
+                m_session.ledger().beginSending(*edit.task, edit.content, edit.sent.folder, edit.sent.context);
             m_session.saveAction();
         }
         for (Edit &edit : batch) {
