@@ -186,12 +186,16 @@ void SyncLedger::agree(const ManagedObject &record, const ServerVersion &server,
     note.sent.reset();
 }
 
-void SyncLedger::noteDate(const ManagedObject &record, const ServerVersion &listed)
+void SyncLedger::noteListed(const ManagedObject &record, const ServerVersion &listed)
 {
     LedgerBook *book = bookOf(record);
     const std::int64_t key = record.objectID().key;
     const LedgerNote *before = book ? book->find(key) : nullptr;
-    if (before && before->server == listed.content && before->serverDate != listed.date) {
+    if (!before)
+        return;
+    if (before->sent == listed.content) {
+        agree(record, listed, *before->sent);
+    } else if (before->server == listed.content && before->serverDate != listed.date) {
         LedgerNote &note = book->edit(key);
         note.serverDate = listed.date;
         note.source.reset();
@@ -222,10 +226,18 @@ void SyncLedger::placeIsGone(Place place, std::int64_t id)
     }
 }
 
-void SyncLedger::beginSending(const ManagedObject &record, ContentMark content)
+void SyncLedger::beginSending(
+    const ManagedObject &record, ContentMark content, std::int64_t folder, std::int64_t context)
 {
-    if (LedgerBook *book = bookOf(record))
-        book->edit(record.objectID().key).sent = content;
+    LedgerBook *book = bookOf(record);
+    if (!book)
+        return;
+    LedgerNote &note = book->edit(record.objectID().key);
+    note.sent = content;
+    if (!note.server) {
+        note.folder = folder;
+        note.context = context;
+    }
 }
 
 ObjectID SyncLedger::takeUnanswered(std::string_view entity, ContentMark content)

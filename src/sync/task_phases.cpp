@@ -66,7 +66,20 @@ bool TaskPhases::getTasks()
     m_listedIds.insert(listed->unchanged.begin(), listed->unchanged.end());
     for (const GtdTask &task : m_tdTasks)
         m_listedIds.insert(task.taskId);
+    setUnlistedContextsAside();
     return true;
+}
+
+/// What such a list says of its tasks is not taken over; the next one will know. New ones are made without a context.
+void TaskPhases::setUnlistedContextsAside()
+{
+    for (GtdTask &task : m_tdTasks) {
+        if (task.context != SyncSession::unlistedContext)
+            continue;
+        m_inUnlistedContexts.insert(task.taskId);
+        task.context = 0;
+        task.source.reset();
+    }
 }
 
 std::optional<TaskIndex> TaskPhases::index()
@@ -108,7 +121,7 @@ TaskPhases::Winner TaskPhases::whoWins(const GtdTask &listed, const Tasks &task,
         m_session.ledger().agree(task, version, local);
         return Winner::None;
     case Change::Local:
-        m_session.ledger().noteDate(task, version);
+        m_session.ledger().noteListed(task, version);
         return Winner::Local;
     case Change::Server:
         return Winner::Server;
@@ -188,7 +201,7 @@ bool TaskPhases::synchEditedTasks()
     }
     if (!sendEdits(std::move(edits)))
         return false;
-    if (m_isListed)
+    if (m_isListed && m_inUnlistedContexts.empty())
         m_session.ledger().noteComparison();
     return true;
 }
@@ -201,7 +214,7 @@ std::vector<TaskPhases::Comparison> TaskPhases::listedThatMayDiffer(const TaskIn
     std::vector<Comparison> comparisons;
     for (const GtdTask &listed : m_tdTasks) {
         const objectstore::ObjectID id = known.lastID(listed.taskId);
-        if (!id || known.isInTrash(id))
+        if (!id || known.isInTrash(id) || m_inUnlistedContexts.contains(listed.taskId))
             continue;
         const ContentMark server = m_session.isGuarding() ? contentOf(listed) : 0;
         if (changedHere && !changedHere->contains(id.key)
@@ -378,7 +391,8 @@ bool TaskPhases::sendNewTasks()
     for (const std::span<Edit> batch : inBatches(additions)) {
         if (m_session.isGuarding()) {
             for (const Edit &addition : batch)
-                m_session.ledger().beginSending(*addition.task, addition.content);
+                m_session.ledger().beginSending(
+                    *addition.task, addition.content, addition.sent.folder, addition.sent.context);
             m_session.saveAction(); // with the ids of the batch before
         }
         for (Edit &addition : batch) {
