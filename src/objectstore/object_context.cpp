@@ -244,10 +244,14 @@ std::vector<ManagedObject *> ObjectContext::objects(std::span<const ObjectID> id
     found.reserve(ids.size());
     if (ids.empty())
         return found;
-    auto &kept = m_state->objects[static_cast<std::size_t>(ids.front().entity->index())];
+    const auto index = static_cast<std::size_t>(ids.front().entity->index());
+    auto &kept = m_state->objects[index];
     kept.reserve(std::max(kept.size(), ids.size()));
     for (const ObjectID &id : ids) {
+        const std::size_t before = kept.size();
         ManagedObject &object = registered(id);
+        if (kept.size() > before)
+            m_state->faults[index].push_back(id.key); // who works through them one by one has them read in batches
         if (object.m_deleted && !m_state->changedOf(*id.entity).contains(object)) {
             object.m_deleted = false; // an undo elsewhere brought it back
             object.m_row.reset();

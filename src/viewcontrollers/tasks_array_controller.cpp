@@ -102,13 +102,15 @@ model::Tasks *TasksArrayController::task(int row) const
 {
     if (row < 0 || row >= rowCount())
         return nullptr;
+    return model::as<model::Tasks>(m_tasks[static_cast<std::size_t>(row)]);
+}
+
+void TasksArrayController::readRowsAround(int row) const
+{
     const auto place = static_cast<std::size_t>(row);
-    if (m_tasks[place]->isFault()) {
-        const std::size_t first = place - place % rowsReadTogether;
-        const std::span all(m_tasks);
-        m_delegate.managedObjectContext().fill(all.subspan(first, std::min(rowsReadTogether, all.size() - first)));
-    }
-    return model::as<model::Tasks>(m_tasks[place]);
+    const std::size_t first = place - place % rowsReadTogether;
+    const std::span all(m_tasks);
+    m_delegate.managedObjectContext().fill(all.subspan(first, std::min(rowsReadTogether, all.size() - first)));
 }
 
 int TasksArrayController::row(const ManagedObject &task) const
@@ -172,6 +174,8 @@ QVariant TasksArrayController::data(const QModelIndex &index, int role) const
     const model::Tasks *shown = task(index);
     if (!shown)
         return {};
+    if (shown->isFault())
+        readRowsAround(index.row());
     const auto column = static_cast<TaskColumn>(index.column());
     switch (role) {
     case Qt::DisplayRole:

@@ -68,6 +68,7 @@ Q_SIGNALS:
 private:
     [[nodiscard]] std::optional<Records> fetchTasks() const;
     [[nodiscard]] std::optional<Records> tasksFromCatalog(const objectstore::FetchRequest &request) const;
+    void readRowsAround(int row) const;
     void follow(const objectstore::ObjectsChange &change);
     void repaintRows(const Records &tasks);
 
