@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The built program on a screen of its own, watched from outside: how soon its window is there, what it takes of the
-// memory with a hundred thousand tasks on show, and what it costs while nobody does anything.
+// memory with a hundred thousand tasks on show, how soon its hot key brings the quick entry, and what it costs while
+// nobody does anything.
 #include "generator.h"
 #include "measure.h"
 #include "watched_program.h"
@@ -68,6 +69,23 @@ void measureStart(const support::XServer &server, const Quelvin &quelvin)
         bench::middle(raw) * 1000, "ms", 6);
 }
 
+/// From the key that is pressed, by a tool whose own start is in it, to the window with its content.
+void measureHotKey(const support::XServer &server, bench::Screen &screen)
+{
+    std::vector<double> times;
+    for (int round = 0; round < rounds; ++round) {
+        const auto begin = std::chrono::steady_clock::now();
+        server.xdotool(QStringLiteral("key --delay 0 ctrl+super+t")); // by itself it lingers over each key
+        const auto entry = screen.nextWindow();
+        screen.waitForContent(entry);
+        times.push_back(std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count() * 1000);
+        server.xdotool(QStringLiteral("windowfocus %1 key Escape").arg(entry));
+        std::this_thread::sleep_for(200ms);
+    }
+    bench::printLimit("the quick entry, from its hot key pressed to its window", bench::middle(times),
+        *std::max_element(times.begin(), times.end()), "ms", 60);
+}
+
 void measureRest(const support::XServer &server, const Quelvin &quelvin, std::chrono::seconds idle)
 {
     bench::Screen screen(server.display());
@@ -76,6 +94,7 @@ void measureRest(const support::XServer &server, const Quelvin &quelvin, std::ch
     screen.waitForContent(window);
     std::this_thread::sleep_for(10s); // the look at the store and its copy at the start go by
     bench::printFigure("memory after the start", program.memory(), "MiB", "");
+    measureHotKey(server, screen);
     server.xdotool(QStringLiteral("windowfocus %1").arg(window));
     server.xdotool(QStringLiteral("key --delay 100 ctrl+f x BackSpace")); // an empty search shows every task
     std::this_thread::sleep_for(3s);

@@ -7,6 +7,7 @@
 
 #include "app/tm_application_delegate.h"
 #include "model/settings_defaults.h"
+#include "model/smart_folder.h"
 #include "platform/desktop_notifications.h"
 #include "support/x_server.h"
 #include "views/main_window.h"
@@ -237,6 +238,23 @@ public:
                 show(window());
             });
         days.print("newDay", 100);
+        const auto folders = context().fetch({.entity = "SmartFolder", .predicate = {}, .sortDescriptors = {}}).value();
+        for (objectstore::ManagedObject *folder : folders) // each with a date that the day moves
+            model::as<model::SmartFolder>(folder)->setPredicate(objectstore::Predicate::format(
+                "title CONTAINS[c] 'garlic' AND dueDate >= RELATIVE(-86400.0, 8e8, 0, YES)"));
+        delegate().saveAction();
+        Times renewals;
+        foundation::Instant day = foundation::SystemClock().now();
+        for (int i = 0; i < 7; ++i)
+            renewals.add([&] {
+                day.seconds += 86400;
+                (void)model::renewSmartFolders(context(), day);
+                context().processPendingChanges();
+            });
+        if (!context().hasChanges())
+            throw std::runtime_error("no smart folder changed with the day");
+        renewals.print("bring fifty smart folders with dates to a new day", 50);
+        context().rollback();
     }
 
     void editor()

@@ -7,6 +7,7 @@
 
 #include <QScopedValueRollback>
 #include <chrono>
+#include <limits>
 
 namespace app {
 
@@ -18,6 +19,7 @@ ReminderTimer::ReminderTimer(
 {
     m_timer.setInterval(30s);
     connect(&m_timer, &QTimer::timeout, this, &ReminderTimer::remindUser);
+    m_changes = m_moc.onObjectsDidChange([this](const objectstore::ObjectsChange &) { m_next.reset(); });
 }
 
 void ReminderTimer::startTimer()
@@ -37,9 +39,13 @@ void ReminderTimer::remindUser()
     const QScopedValueRollback reminding(m_isReminding, true);
     m_save();
     const foundation::Instant now = m_clock.now();
-    const auto found = m_moc.fetch(model::tasksToRemindOf(now));
-    if (!found || found->empty())
+    if (m_next && now < *m_next)
         return;
+    const auto found = m_moc.fetch(model::tasksToRemindOf(now));
+    if (!found || found->empty()) {
+        m_next = nextReminder();
+        return;
+    }
     foundation::logLine("Reminder the following tasks:");
     QString message = tr("Upcoming event(s): ");
     std::vector<objectstore::ObjectID> reminded;
@@ -52,6 +58,18 @@ void ReminderTimer::remindUser()
     }
     if (m_user.remind(message) == ReminderAnswer::StopReminding)
         removeReminders(reminded, now);
+}
+
+/// When the first reminder is due, of which none is now.
+foundation::Instant ReminderTimer::nextReminder() const
+{
+    foundation::Instant next{std::numeric_limits<double>::infinity()};
+    const auto read = m_moc.fetchValues(model::tasksToRemindOf(next), {"dueDate", "reminder"},
+        [&next](const objectstore::ObjectID &, std::span<const objectstore::ValueView> values) {
+            const double due = objectstore::toDouble(values[0]) - 60 * objectstore::toDouble(values[1]);
+            next.seconds = std::min(next.seconds, due);
+        });
+    return read ? next : m_clock.now();
 }
 
 /// Looks the tasks up anew, since much may have happened under the alert.

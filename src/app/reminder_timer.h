@@ -15,7 +15,7 @@ namespace app {
 /// reminders are taken away, moved or in the Trash.
 ///
 /// Main thread. A poll lasts until its alert is dismissed, and no other begins in between. A failed fetch finds
-/// nothing.
+/// nothing. While nothing is due and nothing changes, a poll looks at the clock alone.
 class ReminderTimer final : public QObject
 {
     Q_OBJECT
@@ -33,6 +33,7 @@ public:
     void remindUser();
 
 private:
+    [[nodiscard]] foundation::Instant nextReminder() const;
     void removeReminders(const std::vector<objectstore::ObjectID> &tasks, foundation::Instant now);
 
     objectstore::ObjectContext &m_moc;
@@ -41,6 +42,8 @@ private:
     std::function<void()> m_save;
     QTimer m_timer;
     bool m_isReminding = false;
+    std::optional<foundation::Instant> m_next; ///< before which nobody is reminded; unknown after a change
+    objectstore::Subscription m_changes;
 };
 
 } // namespace app

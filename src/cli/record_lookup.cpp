@@ -115,6 +115,8 @@ Result<model::Tasks *> taskNamed(ObjectContext &moc, std::string_view reference)
         : key > 0                 ? moc.existingObject({entity, key})
                                   : nullptr;
     auto *task = model::as<model::Tasks>(object);
+    if (task && task->isFault()) // nor is it known to be there
+        return failed("The task " + inQuotes(reference) + " could not be read from the store.");
     if (!task || task->markedDeleted())
         return notUnderstood(inQuotes(reference) + " names no task of this store.");
     return task;

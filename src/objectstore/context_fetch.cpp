@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "objectstore/context_state.h"
 #include "objectstore/predicate_evaluator.h"
+#include "objectstore/text_order.h"
 
-#include <QCollator>
-#include <QLocale>
-#include <QString>
 #include <SQLiteCpp/Exception.h>
 #include <algorithm>
 #include <limits>
@@ -58,16 +56,11 @@ void sortBy(std::vector<ManagedObject *> &objects, const SortDescriptor &descrip
             [&](std::size_t a, std::size_t b) { return descriptor.ascending ? compare(a, b) < 0 : compare(b, a) < 0; });
     };
     if (descriptor.localized) {
-        // the C locale has no order of words, only one of bytes
-        const QLocale locale;
-        QCollator collator(locale.language() == QLocale::C ? QLocale(QLocale::English) : locale);
-        collator.setCaseSensitivity(Qt::CaseInsensitive);
+        const TextOrder textOrder;
         std::vector<QCollatorSortKey> keys;
         keys.reserve(objects.size());
-        for (const ManagedObject *object : objects) {
-            const std::string_view text = toText(valueAtPath(*object, descriptor.key));
-            keys.push_back(collator.sortKey(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()))));
-        }
+        for (const ManagedObject *object : objects)
+            keys.push_back(textOrder.key(toText(valueAtPath(*object, descriptor.key))));
         arrange([&](std::size_t a, std::size_t b) { return keys[a].compare(keys[b]); });
     } else {
         std::vector<ValueView> keys;

@@ -238,6 +238,29 @@ ManagedObject *ObjectContext::existingObject(const ObjectID &id)
     return found && !found->m_deleted ? found : nullptr;
 }
 
+std::vector<ManagedObject *> ObjectContext::objects(std::span<const ObjectID> ids)
+{
+    std::vector<ManagedObject *> found;
+    found.reserve(ids.size());
+    if (ids.empty())
+        return found;
+    const auto index = static_cast<std::size_t>(ids.front().entity->index());
+    auto &kept = m_state->objects[index];
+    kept.reserve(std::max(kept.size(), ids.size()));
+    for (const ObjectID &id : ids) {
+        const std::size_t before = kept.size();
+        ManagedObject &object = registered(id);
+        if (kept.size() > before)
+            m_state->faults[index].push_back(id.key); // who works through them one by one has them read in batches
+        if (object.m_deleted && !m_state->changedOf(*id.entity).contains(object)) {
+            object.m_deleted = false; // an undo elsewhere brought it back
+            object.m_row.reset();
+        }
+        found.push_back(&object);
+    }
+    return found;
+}
+
 ManagedObject *ObjectContext::objectWithURI(std::string_view uri)
 {
     return existingObject(m_store.objectID(uri));
@@ -252,8 +275,7 @@ std::string ObjectContext::uri(const ManagedObject &object) const
 /// will read the others.
 void ObjectContext::load(const ManagedObject &fault) const
 {
-    Connection *connection = fault.m_deleted ? nullptr : connected();
-    if (!connection)
+    if (fault.m_deleted || !connected())
         return;
     const EntityDescription &entity = fault.entity();
     const auto index = static_cast<std::size_t>(entity.index());
@@ -266,6 +288,32 @@ void ObjectContext::load(const ManagedObject &fault) const
         if (found != objects.end() && found->second->isFault() && !found->second->m_deleted)
             keys.push_back(found->first);
     }
+    if (readRows(entity, keys))
+        fault.m_deleted = !fault.m_row; // the record is in no store
+}
+
+void ObjectContext::fill(std::span<ManagedObject *const> objects) const
+{
+    std::vector<std::int64_t> keys;
+    const auto read = [&] {
+        if (!keys.empty() && connected())
+            (void)readRows(objects.front()->entity(), keys);
+        keys.clear();
+    };
+    for (const ManagedObject *object : objects) {
+        if (object->isFault() && !object->m_deleted)
+            keys.push_back(object->m_id.key);
+        if (keys.size() == faultBatch)
+            read();
+    }
+    read();
+}
+
+/// Reads at most `faultBatch` rows. False where the store gave an error: what was not read reads as nothing now and is
+/// tried again at the next read; the next fetch or save reports the cause.
+bool ObjectContext::readRows(const EntityDescription &entity, std::span<const std::int64_t> keys) const
+{
+    auto &objects = m_state->objects[static_cast<std::size_t>(entity.index())];
     const bool single = keys.size() == 1;
     std::string sql = selectRows(entity) + " WHERE t._key IN (?";
     for (std::size_t i = 1; !single && i < faultBatch; ++i)
@@ -273,7 +321,7 @@ void ObjectContext::load(const ManagedObject &fault) const
     sql += ")";
     std::vector<ManagedObject *> loaded;
     try {
-        Statement statement = connection->prepare(sql);
+        Statement statement = m_state->connection->prepare(sql);
         for (std::size_t i = 0; i < (single ? 1 : faultBatch); ++i)
             statement.bind(keys[std::min(i, keys.size() - 1)]);
         RowBuilder builder;
@@ -285,11 +333,11 @@ void ObjectContext::load(const ManagedObject &fault) const
             loaded.push_back(found->second.get());
         }
     } catch (const SQLite::Exception &) {
-        return; // reads as nothing now and is tried again at the next read; the next fetch or save reports the cause
+        return false;
     }
     for (ManagedObject *object : loaded)
         object->awakeFromFetch();
-    fault.m_deleted = !fault.m_row; // the record is in no store
+    return true;
 }
 
 bool ObjectContext::hasChanges() const

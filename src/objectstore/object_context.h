@@ -133,6 +133,11 @@ public:
     [[nodiscard]] ManagedObject *object(const ObjectID &id);
     /// The same, or null when the record is deleted or in no store.
     [[nodiscard]] ManagedObject *existingObject(const ObjectID &id);
+    /// The objects with these ids, of one entity. Those that are not here yet come as faults, which a list reads with
+    /// `fill` as far as it is seen.
+    [[nodiscard]] std::vector<ManagedObject *> objects(std::span<const ObjectID> ids);
+    /// Reads the rows of those that are faults, all of one entity, together.
+    void fill(std::span<ManagedObject *const> objects) const;
     [[nodiscard]] ManagedObject *objectWithURI(std::string_view uri);
     [[nodiscard]] std::string uri(const ManagedObject &object) const;
 
@@ -186,6 +191,7 @@ private:
     [[nodiscard]] Connection *connected() const;
     void disconnect(const SQLite::Exception &exception) const;
     void load(const ManagedObject &fault) const;
+    bool readRows(const EntityDescription &entity, std::span<const std::int64_t> keys) const;
     [[nodiscard]] ManagedObject &registered(const ObjectID &id);
     [[nodiscard]] ManagedObject *known(const ObjectID &id) const;
     void noteChange(ManagedObject &object);

@@ -43,6 +43,7 @@ std::optional<ContextPhases::GtdContexts> ContextPhases::listContexts()
         return std::nullopt;
     if (m_session.isGuarding())
         std::erase_if(*contexts, [](const GtdContext &context) { return !isServiceId(context.contextId); });
+    m_sentSinceListed.clear();
     m_session.listedContexts.emplace();
     for (const GtdContext &context : *contexts)
         m_session.listedContexts->try_emplace(context.title.value_or(""), context.contextId);
@@ -69,11 +70,20 @@ bool ContextPhases::getNewContexts()
         if (m_session.records().getContextById(context.contextId) || context.title == noneTitle)
             continue;
         if (Contexts *adopted = adoptableContext(context))
-            giveId(*adopted, context.contextId);
+            adopt(*adopted, context);
         else
             makeContext(context);
     }
     return true;
+}
+
+/// What was sent is what both sides agree on: an edit made since is this side's.
+void ContextPhases::adopt(Contexts &context, const GtdContext &listed)
+{
+    const ContentMark content = contentOf(listed);
+    if (m_session.ledger().isUnanswered(context, content))
+        m_session.ledger().agree(context, {content}, content);
+    giveId(context, listed.contextId);
 }
 
 void ContextPhases::giveId(Contexts &context, std::int64_t id)
@@ -160,6 +170,7 @@ void ContextPhases::reconcile(Contexts &context, const GtdContext &listed)
         m_session.ledger().agree(context, {server}, local);
     } else if (change == Change::Local
         || (change == Change::Unknown && m_session.isLater(context.modifiedDate(), true))) {
+        m_session.ledger().noteListed(context, {server});
         sendEdit(context, listed);
     } else {
         context.setTitle(listed.title.value_or(""));
@@ -189,6 +200,7 @@ void ContextPhases::sendNewContext(Contexts &context)
     if (m_session.isGuarding()) {
         m_session.ledger().beginSending(context, contentOf(added));
         m_session.saveAction();
+        m_sentSinceListed.insert(&context);
     }
     const std::int64_t id = m_session.client().addContext(added, &error);
     const Sent sent = m_session.acceptItem(id != -1, error, context.title());
@@ -226,7 +238,10 @@ bool ContextPhases::deleteAtService(const Contexts &context)
         static_cast<void>(m_session.client().deleteContext(deleted));
         return true;
     }
-    if (!isServiceId(deleted.contextId) || !isListed(deleted.contextId))
+    const bool wasJustSent = m_sentSinceListed.contains(&context);
+    if (!isServiceId(deleted.contextId))
+        return !wasJustSent; // else it may be there under an id that only the next list tells
+    if (!wasJustSent && !isListed(deleted.contextId))
         return true;
     TDError error;
     const bool succeeded = m_session.client().deleteContext(deleted, &error);

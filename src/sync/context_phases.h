@@ -4,6 +4,7 @@
 #include "sync/sync_session.h"
 #include "toodledo/gtd_context.h"
 
+#include <set>
 #include <vector>
 
 namespace syncing {
@@ -35,10 +36,12 @@ private:
     void sendNewContext(model::Contexts &context);
     [[nodiscard]] bool deleteAtService(const model::Contexts &context);
     [[nodiscard]] bool isListed(std::int64_t contextID) const;
+    void adopt(model::Contexts &context, const toodledo::GtdContext &listed);
     void giveId(model::Contexts &context, std::int64_t id);
     void remove(model::Contexts &context);
 
     SyncSession &m_session;
+    std::set<const model::Contexts *> m_sentSinceListed; ///< only the next list tells whether they are there
 };
 
 } // namespace syncing

@@ -44,6 +44,7 @@ std::optional<FolderPhases::GtdFolders> FolderPhases::listFolders()
         return std::nullopt;
     if (m_session.isGuarding())
         std::erase_if(*folders, [](const GtdFolder &folder) { return !isServiceId(folder.folderId); });
+    m_sentSinceListed.clear();
     m_session.listedFolders.emplace();
     for (const GtdFolder &folder : *folders)
         m_session.listedFolders->insert(folder.folderId);
@@ -71,14 +72,23 @@ bool FolderPhases::getNewFolders()
 bool FolderPhases::makeMissing(const GtdFolders &listed)
 {
     for (const GtdFolder &folder : listed) {
-        if (m_session.records().getFolderById(folder.folderId))
+        if (m_session.records().getFolderById(folder.folderId) || m_session.deletedFolders.contains(folder.folderId))
             continue;
         if (Folders *adopted = adoptableFolder(folder))
-            giveId(*adopted, folder.folderId);
+            adopt(*adopted, folder);
         else if (!makeFolder(folder))
             return false;
     }
     return true;
+}
+
+/// What was sent is what both sides agree on: an edit made since is this side's.
+void FolderPhases::adopt(Folders &folder, const GtdFolder &listed)
+{
+    const ContentMark content = contentOf(listed);
+    if (m_session.ledger().isUnanswered(folder, content))
+        m_session.ledger().agree(folder, {content}, content);
+    giveId(folder, listed.folderId);
 }
 
 void FolderPhases::giveId(Folders &folder, std::int64_t id)
@@ -150,12 +160,17 @@ bool FolderPhases::deleteAtService(const Folders &folder)
             static_cast<void>(m_session.client().deleteFolder(deleted));
         return true;
     }
-    if (!isServiceId(deleted.folderId)
-        || (m_session.listedFolders && !m_session.listedFolders->contains(deleted.folderId)))
+    const bool wasJustSent = m_sentSinceListed.contains(&folder);
+    if (!isServiceId(deleted.folderId))
+        return !wasJustSent; // else it may be there under an id that only the next list tells
+    if (!wasJustSent && m_session.listedFolders && !m_session.listedFolders->contains(deleted.folderId))
         return true;
     TDError error;
     const bool succeeded = m_session.client().deleteFolder(deleted, &error);
-    return m_session.acceptItem(succeeded, error, folder.title()) == Sent::Confirmed;
+    if (m_session.acceptItem(succeeded, error, folder.title()) != Sent::Confirmed)
+        return false;
+    m_session.deletedFolders.insert(deleted.folderId);
+    return true;
 }
 
 bool FolderPhases::sendNewFolders()
@@ -228,6 +243,7 @@ bool FolderPhases::sendNewFolder(Folders &folder)
     if (m_session.isGuarding()) {
         m_session.ledger().beginSending(folder, contentOf(asSent(folder)));
         m_session.saveAction();
+        m_sentSinceListed.insert(&folder);
     }
     TDError error;
     const std::int64_t id = m_session.client().addFolder(asSent(folder), &error);
@@ -272,6 +288,7 @@ void FolderPhases::reconcile(Folders &folder, const GtdFolder &listed)
         return;
     }
     if (localWins) {
+        m_session.ledger().noteListed(folder, {server});
         sendEdit(folder, listed);
         return;
     }

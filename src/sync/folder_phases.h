@@ -4,6 +4,7 @@
 #include "sync/sync_session.h"
 #include "toodledo/gtd_folder.h"
 
+#include <set>
 #include <vector>
 
 namespace syncing {
@@ -29,6 +30,7 @@ private:
     bool makeMissing(const GtdFolders &listed);
     [[nodiscard]] std::optional<std::vector<model::Folders *>> localFolders();
     [[nodiscard]] model::Folders *adoptableFolder(const toodledo::GtdFolder &folder);
+    void adopt(model::Folders &folder, const toodledo::GtdFolder &listed);
     void giveId(model::Folders &folder, std::int64_t id);
     bool makeFolder(const toodledo::GtdFolder &folder);
     bool deleteAtService(const model::Folders &folder);
@@ -40,6 +42,7 @@ private:
     [[nodiscard]] bool isTaken(std::int64_t folderID, const model::Folders *but);
 
     SyncSession &m_session;
+    std::set<const model::Folders *> m_sentSinceListed; ///< only the next list tells whether they are there
 };
 
 } // namespace syncing

@@ -74,12 +74,15 @@ public:
 
     /// Both sides agree: the service has `server`, and `local` is what it amounts to here.
     void agree(const objectstore::ManagedObject &record, const ServerVersion &server, ContentMark local);
-    /// A list told when the version that is known was made.
-    void noteDate(const objectstore::ManagedObject &record, const ServerVersion &listed);
+    /// A list told of this version, while the record was changed here: when the version that is known was made, or that
+    /// what was sent has arrived, on which both sides agree thereby. To be noted before anything else is sent.
+    void noteListed(const objectstore::ManagedObject &record, const ServerVersion &listed);
     /// A folder or context was deleted on both sides: every task that the service had in it is in none there now.
     void placeIsGone(Place place, std::int64_t id);
-    /// `content` is about to be sent. To be saved before it is.
-    void beginSending(const objectstore::ManagedObject &record, ContentMark content);
+    /// `content` is about to be sent, of a task that will lie in `folder` and `context` there. To be saved before it
+    /// is.
+    void beginSending(const objectstore::ManagedObject &record, ContentMark content, std::int64_t folder = 0,
+        std::int64_t context = 0);
 
     /// A record of the kind of `entity` that was being sent when the answer got lost, with just this content, and that
     /// has no id yet; each is given out once.

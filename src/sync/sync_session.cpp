@@ -43,7 +43,7 @@ std::int64_t SyncSession::contextByTitle(std::string_view title) const
     // One that was renamed here goes by its old name there.
     if (isGuarding() && listedContexts) {
         const auto listed = listedContexts->find(title);
-        return listed == listedContexts->end() ? 0 : listed->second;
+        return listed == listedContexts->end() ? unlistedContext : listed->second;
     }
     const model::Contexts *context = m_records.getContextByTitle(title);
     return context ? context->contextID() : 0;

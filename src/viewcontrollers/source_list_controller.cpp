@@ -59,6 +59,9 @@ SourceListController::SourceListController(app::TMApplicationDelegate &delegate)
     m_refreshTimer.setSingleShot(true);
     m_refreshTimer.setInterval(0);
     connect(&m_refreshTimer, &QTimer::timeout, this, &SourceListController::refreshOutlineView);
+    m_badgeTimer.setSingleShot(true);
+    m_badgeTimer.setInterval(0);
+    connect(&m_badgeTimer, &QTimer::timeout, &m_delegate, &app::TMApplicationDelegate::updateDockBadge);
     m_flagTimer.setSingleShot(true);
     m_flagTimer.setInterval(0);
     connect(&m_flagTimer, &QTimer::timeout, &m_delegate, &app::TMApplicationDelegate::flagAllTasksForLocation);
@@ -201,6 +204,7 @@ void SourceListController::follow(const objectstore::ObjectsChange &change)
     if (std::any_of(change.inserted.begin(), change.inserted.end(), isPlacedElsewhere)
         || std::any_of(change.updated.begin(), change.updated.end(), isPlacedElsewhere))
         m_flagTimer.start();
+    m_badgeTimer.start();
     repaintAll();
 }
 

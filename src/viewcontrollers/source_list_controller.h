@@ -107,6 +107,7 @@ private:
     mutable bool m_isWaiting = false; ///< a row for the next turn, to be counted
     mutable QTimer m_countTimer;
     QTimer m_refreshTimer;
+    QTimer m_badgeTimer; ///< after tasks changed: once for all that change in one turn
     QTimer m_flagTimer; ///< after tasks came to other contexts
 };
 

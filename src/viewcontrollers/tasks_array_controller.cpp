@@ -12,14 +12,20 @@ namespace viewcontrollers {
 using objectstore::ManagedObject;
 using objectstore::Predicate;
 
-TasksArrayController::TasksArrayController(app::TMApplicationDelegate &delegate) : m_delegate(delegate)
+namespace {
+constexpr std::size_t rowsReadTogether = 64; // more than a screen shows
+} // namespace
+
+TasksArrayController::TasksArrayController(app::TMApplicationDelegate &delegate)
+    : m_delegate(delegate), m_catalog(delegate)
 {
     connect(&m_delegate, &app::TMApplicationDelegate::objectsDidChange, this, &TasksArrayController::follow);
 }
 
-void TasksArrayController::setContent(std::optional<objectstore::FetchRequest> request)
+void TasksArrayController::setContent(std::optional<objectstore::FetchRequest> request, std::string searched)
 {
     m_content = std::move(request);
+    m_searched = std::move(searched);
     m_filter.reset();
     beginResetModel();
     m_rows.clear();
@@ -58,6 +64,10 @@ std::optional<RecordModel::Records> TasksArrayController::fetchTasks() const
     objectstore::FetchRequest request = *m_content;
     if (m_filter)
         request.predicate = Predicate::conjunction({request.predicate, *m_filter});
+    if (m_sortColumn == TaskColumn::Title && m_catalog.isReady()) {
+        if (auto tasks = tasksFromCatalog(request))
+            return tasks;
+    }
     const TaskColumnDescription &by = describe(m_sortColumn);
     request.sortDescriptors
         = {{.key = std::string(by.sortKey), .ascending = m_sortOrder == Qt::AscendingOrder, .localized = by.isText}};
@@ -70,6 +80,19 @@ std::optional<RecordModel::Records> TasksArrayController::fetchTasks() const
     return std::nullopt;
 }
 
+std::optional<RecordModel::Records> TasksArrayController::tasksFromCatalog(
+    const objectstore::FetchRequest &request) const
+{
+    if (!m_searched.empty() && !m_filter) {
+        auto found = m_catalog.containing(m_searched);
+        return found ? m_catalog.arranged(std::move(*found), m_sortOrder) : std::nullopt;
+    }
+    std::vector<objectstore::ObjectID> ids;
+    const auto read = m_delegate.managedObjectContext().fetchIDs(
+        request, [&ids](const objectstore::ObjectID &task) { ids.push_back(task); });
+    return read ? m_catalog.arranged(std::move(ids), m_sortOrder) : std::nullopt; // what went wrong shows in a fetch
+}
+
 model::Tasks *TasksArrayController::task(const QModelIndex &index) const
 {
     return index.isValid() ? task(index.row()) : nullptr;
@@ -80,6 +103,14 @@ model::Tasks *TasksArrayController::task(int row) const
     if (row < 0 || row >= rowCount())
         return nullptr;
     return model::as<model::Tasks>(m_tasks[static_cast<std::size_t>(row)]);
+}
+
+void TasksArrayController::readRowsAround(int row) const
+{
+    const auto place = static_cast<std::size_t>(row);
+    const std::size_t first = place - place % rowsReadTogether;
+    const std::span all(m_tasks);
+    m_delegate.managedObjectContext().fill(all.subspan(first, std::min(rowsReadTogether, all.size() - first)));
 }
 
 int TasksArrayController::row(const ManagedObject &task) const
@@ -143,6 +174,8 @@ QVariant TasksArrayController::data(const QModelIndex &index, int role) const
     const model::Tasks *shown = task(index);
     if (!shown)
         return {};
+    if (shown->isFault())
+        readRowsAround(index.row());
     const auto column = static_cast<TaskColumn>(index.column());
     switch (role) {
     case Qt::DisplayRole:

@@ -3,6 +3,7 @@
 
 #include "app/tm_application_delegate.h"
 #include "viewcontrollers/record_model.h"
+#include "viewcontrollers/task_catalog.h"
 #include "viewcontrollers/task_choices.h"
 #include "viewcontrollers/task_columns.h"
 
@@ -24,8 +25,9 @@ public:
 
     explicit TasksArrayController(app::TMApplicationDelegate &delegate);
 
-    /// Shows the tasks of `request`, without a filter; nothing empties the list.
-    void setContent(std::optional<objectstore::FetchRequest> request);
+    /// Shows the tasks of `request`, without a filter; nothing empties the list. Where the request asks for a text in
+    /// titles and notes, `searched` is that text.
+    void setContent(std::optional<objectstore::FetchRequest> request, std::string searched = {});
     /// Shows only those of them that answer; nothing shows all.
     void setFilterPredicate(std::optional<objectstore::Predicate> predicate);
     [[nodiscard]] const std::optional<objectstore::Predicate> &filterPredicate() const { return m_filter; }
@@ -65,11 +67,15 @@ Q_SIGNALS:
 
 private:
     [[nodiscard]] std::optional<Records> fetchTasks() const;
+    [[nodiscard]] std::optional<Records> tasksFromCatalog(const objectstore::FetchRequest &request) const;
+    void readRowsAround(int row) const;
     void follow(const objectstore::ObjectsChange &change);
     void repaintRows(const Records &tasks);
 
     app::TMApplicationDelegate &m_delegate;
+    TaskCatalog m_catalog;
     std::optional<objectstore::FetchRequest> m_content;
+    std::string m_searched; ///< the text that the content is searched for; empty for another content
     std::optional<objectstore::Predicate> m_filter;
     TaskColumn m_sortColumn = TaskColumn::Title;
     Qt::SortOrder m_sortOrder = Qt::AscendingOrder;

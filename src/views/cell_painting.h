@@ -14,12 +14,6 @@ namespace views {
 }
 
 /// Draws one line of text that begins where the user's script does, and is cut with an ellipsis where it is too long.
-inline void drawLine(QPainter *painter, const QStyleOption &option, const QRect &place, const QString &text)
-{
-    painter->setLayoutDirection(text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight); // the order of its words
-    const Qt::Alignment side = option.direction == Qt::RightToLeft ? Qt::AlignRight : Qt::AlignLeft;
-    painter->drawText(place, static_cast<int>(side | Qt::AlignAbsolute | Qt::AlignVCenter),
-        painter->fontMetrics().elidedText(text, Qt::ElideRight, place.width()));
-}
+void drawLine(QPainter *painter, const QStyleOption &option, const QRect &place, const QString &text);
 
 } // namespace views

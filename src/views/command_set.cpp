@@ -78,7 +78,7 @@ QString translated(const char *text)
 CommandSet::CommandSet(QWidget *window) : QObject(window)
 {
     for (const CommandDescription &description : commands) {
-        auto *action = new QAction(translated(description.text), window);
+        auto *action = new QAction(name(description), window);
         if (*description.icon)
             action->setIcon(icon(QString::fromLatin1(description.icon)));
         if (*description.shortcut)
@@ -106,6 +106,11 @@ QList<QMenu *> CommandSet::makeMenus(QWidget *parent) const
         menus.append(menu);
     }
     return menus;
+}
+
+QString CommandSet::name(const CommandDescription &description)
+{
+    return translated(description.text);
 }
 
 QString CommandSet::menuTitle(CommandMenu menu)

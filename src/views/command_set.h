@@ -82,6 +82,8 @@ public:
     [[nodiscard]] QList<QMenu *> makeMenus(QWidget *parent) const;
 
     [[nodiscard]] static QString menuTitle(CommandMenu menu);
+    /// What the command is called, whatever its action says at the moment, as of what it would undo.
+    [[nodiscard]] static QString name(const CommandDescription &description);
     [[nodiscard]] static std::span<const CommandDescription> descriptions();
 
 private:

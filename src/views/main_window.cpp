@@ -187,7 +187,7 @@ void MainWindow::showTasks(Shown shown)
 {
     Q_EMIT m_delegate.commitEditing();
     m_shown = shown;
-    m_tasks.setContent(shownTasks());
+    m_tasks.setContent(shownTasks(), shown == Shown::Search ? app::toUtf8(m_searchField->text()) : std::string());
     updateHeadline();
     updateCommands();
 }

@@ -43,19 +43,22 @@ ShortcutsWindow::ShortcutsWindow(const CommandSet &commands, QWidget *parent) : 
     for (const CommandDescription &description : CommandSet::descriptions()) {
         const QAction *action = commands.action(description.command);
         if (!action->shortcut().isEmpty())
-            rows[description.menu].append({action->text(), action->shortcut().toString(QKeySequence::NativeText)});
+            rows[description.menu].append(
+                {CommandSet::name(description), action->shortcut().toString(QKeySequence::NativeText)});
     }
     rows[CommandMenu::Edit].append({tr("Complete, in the list"), tr("Space")});
     rows[CommandMenu::Edit].append({tr("Edit in the list"), QStringLiteral("F2")});
 
     auto *left = new QVBoxLayout;
     auto *right = new QVBoxLayout;
+    left->setSpacing(0);
+    right->setSpacing(0);
     for (const CommandMenu menu :
         {CommandMenu::File, CommandMenu::Edit, CommandMenu::Lists, CommandMenu::View, CommandMenu::Help}) {
         QVBoxLayout *side = menu == CommandMenu::File || menu == CommandMenu::Edit ? left : right;
         if (!rows[menu].isEmpty()) {
             side->addLayout(column(CommandSet::menuTitle(menu), rows[menu]));
-            side->addSpacing(14);
+            side->addSpacing(24);
         }
     }
     left->addStretch(1);

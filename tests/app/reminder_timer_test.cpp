@@ -97,3 +97,16 @@ TEST_F(Reminders, stopForTheTasksThatWereShownAndStillAreThere)
     EXPECT_EQ(pollAt("2026-11-24 09:00"), Messages{"Upcoming event(s): \nA \nB "});
     EXPECT_EQ(pollAt("2026-11-24 09:01"), Messages{"Upcoming event(s): \nC "});
 }
+
+TEST_F(Reminders, comeOfWhatAnotherProgramChangedSinceThereWereNone)
+{
+    EXPECT_EQ(pollAt("2026-11-24 09:00"), nothing);
+    const auto other = application.openStore();
+    auto &task = model::insert<model::Tasks>(other->managedObjectContext());
+    task.setTitle("A");
+    task.setDueDate(at("2026-11-01"));
+    task.setReminder(15);
+    ASSERT_TRUE(other->managedObjectContext().save());
+    application.delegate().mergeExternalChanges();
+    EXPECT_EQ(pollAt("2026-11-24 09:00:30"), Messages{"Upcoming event(s): \nA "});
+}

@@ -38,6 +38,26 @@ TEST(ObjectContext, keepsEveryKindOfValueThroughTheStore)
     EXPECT_TRUE(isNil(read->value("shelf")));
 }
 
+TEST(ObjectContext, readsAsManyRowsOfAListAsAreWanted)
+{
+    Library library;
+    auto writer = library.context();
+    std::vector<ObjectID> ids;
+    for (int i = 0; i < 150; ++i) // more than are read together
+        ids.push_back(book(*writer, std::to_string(i)).objectID());
+    value(writer->save());
+    std::reverse(ids.begin(), ids.end());
+    auto context = library.context();
+    const auto books = context->objects(ids);
+    context->fill(std::span(books).first(140));
+    for (std::size_t i = 0; i < books.size(); ++i) {
+        EXPECT_EQ(books[i]->isFault(), i >= 140) << i;
+        EXPECT_EQ(books[i]->objectID(), ids[i]);
+    }
+    for (std::size_t i = 0; i < books.size(); ++i)
+        EXPECT_EQ(books[i]->text("title"), std::to_string(149 - i));
+}
+
 TEST(ObjectContext, findsUnsavedChangesAndForgetsUnsavedDeletions)
 {
     Library library;

@@ -61,16 +61,21 @@ TEST_F(SourceList, hasEightRowsInTheirOrderFourOfThemGroups)
 
 TEST_F(SourceList, countsAnewAfterEveryChange)
 {
+    QString launcher;
+    QObject::connect(&application.delegate(), &app::TMApplicationDelegate::dockBadgeChanged,
+        [&launcher](const QString &text) { launcher = text; });
     auto &task = application.add(aTask().titled("Milk").due("2026-11-24"));
     application.add(aTask().titled("Later").in("House").due("2026-11-25"));
     EXPECT_EQ(badge("Today"), 1);
     EXPECT_EQ(badge("Inbox"), 1);
+    EXPECT_TRUE(QTest::qWaitFor([&launcher] { return launcher == QLatin1String("1/1"); })) << launcher.toStdString();
 
     task.setDeleteOnSync(true);
     application.moc().processPendingChanges();
     EXPECT_EQ(badge("Today"), 0);
     EXPECT_EQ(badge("Inbox"), 0);
     EXPECT_EQ(badge("Trash"), 1);
+    EXPECT_TRUE(QTest::qWaitFor([&launcher] { return launcher.isEmpty(); })) << launcher.toStdString();
 
     application.clock.set(at("2026-11-25 09:00"));
     application.delegate().newDay();
