@@ -12,7 +12,7 @@ namespace histories {
 namespace {
 
 constexpr double startOfTime = 1795510800; // 2026-11-24 09:00:00 UTC
-constexpr int cleanRounds = 2;
+constexpr int cleanRounds = 3; // a folder renamed here and deleted there is sent anew in the second
 
 class World
 {

@@ -4,33 +4,35 @@
 #include "foundation/log.h"
 #include "toodledo/td_text.h"
 
-#include <algorithm>
 #include <gmock/gmock.h>
 
 using namespace toodledo;
 using Mode = ScriptedReply::Mode;
 
-// The linker sends every call of foundation::logLine here first (--wrap).
-void realLogLine(std::string_view line) asm(
-    "__real__ZN10foundation7logLineESt17basic_string_viewIcSt11char_traitsIcEE");
-void leakyLogLine(std::string_view line) asm(
-    "__wrap__ZN10foundation7logLineESt17basic_string_viewIcSt11char_traitsIcEE");
+namespace {
+
+std::vector<std::string> *unredacted = nullptr; ///< where a log without redaction writes, while one is planted
+
+} // namespace
+
+// The linker sends the client's calls of the log here (see CMakeLists.txt).
+#define LOG_LINE(prefix) prefix##_ZN10foundation7logLineESt17basic_string_viewIcSt11char_traitsIcEE
+extern "C" {
+void LOG_LINE(__real_)(std::string_view line);
+void LOG_LINE(__wrap_)(std::string_view line);
+void LOG_LINE(__wrap_)(std::string_view line)
+{
+    if (unredacted)
+        unredacted->emplace_back(line);
+    else
+        LOG_LINE(__real_)(line);
+}
+}
 
 namespace {
 
-/// What a log that redacts nothing would hold.
-std::vector<std::string> leaked;
-
 const std::string password = "canary;pass word&1";
 const std::string token = "canarytoken";
-
-std::vector<std::string> linesWith(const std::string &secret, const std::vector<std::string> &lines)
-{
-    std::vector<std::string> found;
-    std::ranges::copy_if(lines, std::back_inserter(found),
-        [&secret](const std::string &line) { return line.find(secret) != std::string::npos; });
-    return found;
-}
 
 /// Everything that a client says, to the log and to its caller, while all goes wrong.
 class Secrets : public ServiceClient
@@ -42,7 +44,11 @@ protected:
         answerLogin();
         answer("getToken", ("<token>" + token + "</token>").c_str());
     }
-    ~Secrets() override { foundation::setLogSink({}); }
+    ~Secrets() override
+    {
+        unredacted = nullptr;
+        foundation::setLogSink({});
+    }
 
     void note(const TDError &error)
     {
@@ -79,6 +85,40 @@ protected:
             answer(method, reply);
     }
 
+    void failInEveryWay()
+    {
+        const std::string quoted
+            = "bad request /api.php?method=getTasks;key=" + key + ";pass=" + escapedValue(password) + ";";
+        const std::string one = "<error>" + quoted + "</error>";
+        for (const ScriptedReply &reply :
+            {ScriptedReply{.body = one}, ScriptedReply{.body = "<r>" + one + one + "</r>"},
+                ScriptedReply{.body = "<" + quoted}, ScriptedReply{.body = one, .status = 500},
+                ScriptedReply{.mode = Mode::CloseAtOnce}, ScriptedReply{.body = one, .mode = Mode::BadChunk},
+                ScriptedReply{.body = one, .status = 302, .headers = "Location: http://h/?key=" + key + "\r\n"}}) {
+            answerAll(reply);
+            answerLogin();
+            answer("getToken", ("<token>" + token + "</token>").c_str());
+            doEverything();
+            for (const char *method : {"getUserid", "getToken", "getServerInfo"})
+                answer(method, reply);
+            doEverything();
+        }
+        settings.set("ToodledoHost", "no such host");
+        restart();
+        doEverything();
+    }
+    /// The lines that tell a secret.
+    [[nodiscard]] std::vector<std::string> leaks() const
+    {
+        std::vector<std::string> lines;
+        std::copy_if(said.begin(), said.end(), std::back_inserter(lines), [this](const std::string &line) {
+            return line.find("canary") != std::string::npos || line.find(md5Hex(password)) != std::string::npos
+                || line.find(key) != std::string::npos;
+        });
+        return lines;
+    }
+
+    const std::string key = md5Hex(md5Hex(password) + token + "u42");
     std::vector<std::string> said;
 };
 
@@ -86,37 +126,19 @@ protected:
 
 TEST_F(Secrets, F47_areInNoLineOfTheLogAndInNoError)
 {
-    const std::string key = md5Hex(md5Hex(password) + token + "u42");
-    const std::string quoted = "bad request /api.php?method=getTasks;key=" + key + ";pass=" + escapedValue(password)
-        + ";token=" + md5Hex(password) + ";";
-    const std::string one = "<error>" + quoted + "</error>";
-    for (const ScriptedReply &reply : {ScriptedReply{.body = one}, ScriptedReply{.body = "<r>" + one + one + "</r>"},
-             ScriptedReply{.body = "<" + quoted}, ScriptedReply{.body = one, .status = 500},
-             ScriptedReply{.mode = Mode::CloseAtOnce}, ScriptedReply{.body = one, .mode = Mode::BadChunk},
-             ScriptedReply{.body = one, .status = 302, .headers = "Location: http://h/?key=" + key + "\r\n"}}) {
-        answerAll(reply);
-        answerLogin();
-        answer("getToken", ("<token>" + token + "</token>").c_str());
-        doEverything();
-        for (const char *method : {"getUserid", "getToken", "getServerInfo"})
-            answer(method, reply);
-        doEverything();
-    }
-    settings.set("ToodledoHost", "no such host");
-    restart();
-    doEverything();
+    failInEveryWay();
 
     EXPECT_THAT(said, testing::Contains(testing::HasSubstr("URL request for userID: ")));
     EXPECT_THAT(said, testing::Contains(testing::HasSubstr("Result from Toodledo: bad request")));
     EXPECT_THAT(said, testing::Contains(testing::HasSubstr("while editing task.bad request")));
-    for (const std::string &secret : {std::string("canary"), md5Hex(password), key}) {
-        EXPECT_THAT(linesWith(secret, said), testing::IsEmpty());
-        EXPECT_THAT(linesWith(secret, leaked), testing::Not(testing::IsEmpty())) << "a leak would not be seen";
-    }
+    EXPECT_THAT(leaks(), testing::IsEmpty());
 }
 
-void leakyLogLine(std::string_view line)
+TEST_F(Secrets, F47_areFoundInALogThatRedactsNothing)
 {
-    leaked.emplace_back(line);
-    realLogLine(line);
+    unredacted = &said;
+    failInEveryWay();
+
+    EXPECT_THAT(leaks(), testing::Contains(testing::HasSubstr("canary")));
+    EXPECT_THAT(leaks(), testing::Contains(testing::HasSubstr(key)));
 }
