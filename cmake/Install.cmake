@@ -74,6 +74,7 @@ foreach(component quelvin quelvin-service)
     quelvin_install_compressed(packaging/debian/changelog ${documents} ${component} changelog.Debian)
 endforeach()
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quelvin)
+install(DIRECTORY docs/guide DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quelvin)
 install(FILES resources/demo/tasks.json DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quelvin/examples)
 install(FILES docs/service.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quelvin-service COMPONENT quelvin-service)
 

@@ -72,7 +72,7 @@ bool FolderPhases::getNewFolders()
 bool FolderPhases::makeMissing(const GtdFolders &listed)
 {
     for (const GtdFolder &folder : listed) {
-        if (m_session.records().getFolderById(folder.folderId) || m_deletedIds.contains(folder.folderId))
+        if (m_session.records().getFolderById(folder.folderId) || m_session.deletedFolders.contains(folder.folderId))
             continue;
         if (Folders *adopted = adoptableFolder(folder))
             adopt(*adopted, folder);
@@ -169,7 +169,7 @@ bool FolderPhases::deleteAtService(const Folders &folder)
     const bool succeeded = m_session.client().deleteFolder(deleted, &error);
     if (m_session.acceptItem(succeeded, error, folder.title()) != Sent::Confirmed)
         return false;
-    m_deletedIds.insert(deleted.folderId);
+    m_session.deletedFolders.insert(deleted.folderId);
     return true;
 }
 

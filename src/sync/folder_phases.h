@@ -42,7 +42,6 @@ private:
     [[nodiscard]] bool isTaken(std::int64_t folderID, const model::Folders *but);
 
     SyncSession &m_session;
-    std::set<std::int64_t> m_deletedIds; ///< in this run: a later list that has them is an old one
     std::set<const model::Folders *> m_sentSinceListed; ///< only the next list tells whether they are there
 };
 

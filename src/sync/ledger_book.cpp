@@ -10,7 +10,7 @@ namespace syncing {
 namespace {
 
 constexpr std::size_t notesInAPage = 128;
-// The first byte of a page. The first form had one part less, and is read as the second.
+// The first byte of a page. The first form had neither the bytes' mark nor the places of what is on the way.
 constexpr std::byte pageForm{2};
 constexpr std::byte oldestPageForm{1};
 
@@ -48,6 +48,10 @@ public:
         });
         put(note.folder);
         put(note.context);
+        if (note.sent) {
+            put(note.sentFolder);
+            put(note.sentContext);
+        }
     }
     [[nodiscard]] const objectstore::Bytes &bytes() const { return m_bytes; }
 
@@ -67,7 +71,8 @@ class PageReader
 public:
     explicit PageReader(std::span<const std::byte> bytes) : m_rest(bytes)
     {
-        m_isWhole = !m_rest.empty() && m_rest.front() >= oldestPageForm && m_rest.front() <= pageForm;
+        m_form = m_rest.empty() ? std::byte{} : m_rest.front();
+        m_isWhole = m_form >= oldestPageForm && m_form <= pageForm;
         m_rest = m_isWhole ? m_rest.subspan(1) : std::span<const std::byte>();
     }
 
@@ -88,6 +93,10 @@ public:
         });
         take(note.folder);
         take(note.context);
+        if (note.sent && m_form != oldestPageForm) {
+            take(note.sentFolder);
+            take(note.sentContext);
+        }
         return m_isWhole;
     }
     [[nodiscard]] bool isWhole() const { return m_isWhole; }
@@ -103,6 +112,7 @@ private:
     }
 
     std::span<const std::byte> m_rest;
+    std::byte m_form{};
     bool m_isWhole = true;
 };
 

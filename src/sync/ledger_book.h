@@ -23,6 +23,8 @@ struct LedgerNote {
     std::int64_t context = 0;
     std::optional<ContentMark> local; ///< what the record looked like here then
     std::optional<ContentMark> sent; ///< what is on the way
+    std::int64_t sentFolder = 0; ///< where that puts the task
+    std::int64_t sentContext = 0;
     std::optional<ContentMark> replaced; ///< what the service had before `server`
     std::optional<foundation::Instant> replacedDate;
     std::optional<toodledo::SourceMark> source; ///< the bytes by which a list told of `server`

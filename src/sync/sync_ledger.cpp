@@ -207,21 +207,29 @@ void SyncLedger::placeIsGone(Place place, std::int64_t id)
     if (!m_isGuarding || id == 0)
         return;
     LedgerBook &tasks = m_books[0];
-    std::vector<std::int64_t> wereThere;
-    tasks.forEach([&](std::int64_t record, const LedgerNote &note) {
-        if ((place == Place::Folder ? note.folder : note.context) == id)
-            wereThere.push_back(record);
+    const auto [there, sentThere] = place == Place::Folder ? std::pair(&LedgerNote::folder, &LedgerNote::sentFolder)
+                                                           : std::pair(&LedgerNote::context, &LedgerNote::sentContext);
+    std::vector<std::int64_t> concerned;
+    tasks.forEach([&, there = there, sentThere = sentThere](std::int64_t record, const LedgerNote &note) {
+        if (note.*there == id || note.*sentThere == id)
+            concerned.push_back(record);
     });
-    const ContentMark difference = leaving(place, id);
-    for (const std::int64_t record : wereThere) {
+    const auto leave = [difference = static_cast<std::uint64_t>(leaving(place, id))](std::optional<ContentMark> &mark) {
+        if (mark)
+            mark = static_cast<ContentMark>(static_cast<std::uint64_t>(*mark) + difference);
+    };
+    for (const std::int64_t record : concerned) {
         LedgerNote &note = tasks.edit(record);
-        (place == Place::Folder ? note.folder : note.context) = 0;
-        note.serverDate.reset();
-        note.source.reset();
-        for (std::optional<ContentMark> *mark : {&note.server, &note.local, &note.sent}) {
-            if (*mark)
-                *mark = static_cast<ContentMark>(
-                    static_cast<std::uint64_t>(**mark) + static_cast<std::uint64_t>(difference));
+        if (note.*there == id) {
+            note.*there = 0;
+            note.serverDate.reset();
+            note.source.reset();
+            leave(note.server);
+            leave(note.local);
+        }
+        if (note.*sentThere == id) {
+            note.*sentThere = 0;
+            leave(note.sent);
         }
     }
 }
@@ -234,10 +242,8 @@ void SyncLedger::beginSending(
         return;
     LedgerNote &note = book->edit(record.objectID().key);
     note.sent = content;
-    if (!note.server) {
-        note.folder = folder;
-        note.context = context;
-    }
+    note.sentFolder = folder;
+    note.sentContext = context;
 }
 
 ObjectID SyncLedger::takeUnanswered(std::string_view entity, ContentMark content)

@@ -79,8 +79,8 @@ public:
     void noteListed(const objectstore::ManagedObject &record, const ServerVersion &listed);
     /// A folder or context was deleted on both sides: every task that the service had in it is in none there now.
     void placeIsGone(Place place, std::int64_t id);
-    /// `content` is about to be sent. To be saved before it is. A task that the service has not had yet will lie there
-    /// in `folder` and `context`.
+    /// `content` is about to be sent, of a task that will lie in `folder` and `context` there. To be saved before it
+    /// is.
     void beginSending(const objectstore::ManagedObject &record, ContentMark content, std::int64_t folder = 0,
         std::int64_t context = 0);
 

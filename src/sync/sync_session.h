@@ -79,6 +79,9 @@ public:
     std::optional<std::set<std::int64_t>> listedFolders = {};
     std::optional<std::map<std::string, std::int64_t, std::less<>>> listedContexts = {}; ///< by title
 
+    /// The ids of the folders that were deleted in this run: a list that still has them is an old one.
+    std::set<std::int64_t> deletedFolders = {};
+
     /// The folders and contexts that got an id in this run: what is sent of their tasks has changed by it.
     std::vector<objectstore::ManagedObject *> placesWithNewId = {};
 

@@ -66,18 +66,20 @@ bool TaskPhases::getTasks()
     m_listedIds.insert(listed->unchanged.begin(), listed->unchanged.end());
     for (const GtdTask &task : m_tdTasks)
         m_listedIds.insert(task.taskId);
-    setUnlistedContextsAside();
+    setAsideWhatIsOld();
     return true;
 }
 
-/// What such a list says of its tasks is not taken over; the next one will know. New ones are made without a context.
-void TaskPhases::setUnlistedContextsAside()
+/// What a list that is older than another says of its tasks is not taken over; the next one will know. Those that are
+/// new are made where they can be.
+void TaskPhases::setAsideWhatIsOld()
 {
     for (GtdTask &task : m_tdTasks) {
-        if (task.context != SyncSession::unlistedContext)
+        const bool isUnlisted = task.context == SyncSession::unlistedContext;
+        if (!isUnlisted && !m_session.deletedFolders.contains(task.folder))
             continue;
-        m_inUnlistedContexts.insert(task.taskId);
-        task.context = 0;
+        m_setAside.insert(task.taskId);
+        task.context = isUnlisted ? 0 : task.context;
         task.source.reset();
     }
 }
@@ -201,9 +203,24 @@ bool TaskPhases::synchEditedTasks()
     }
     if (!sendEdits(std::move(edits)))
         return false;
-    if (m_isListed && m_inUnlistedContexts.empty())
+    if (m_isListed && m_setAside.empty() && listsAllThatChangedHere(*known))
         m_session.ledger().noteComparison();
     return true;
+}
+
+/// Whether the list has every task that may have changed here: one that an old list does not have yet is still to be
+/// compared.
+bool TaskPhases::listsAllThatChangedHere(const TaskIndex &known) const
+{
+    const auto changedHere = m_session.ledger().tasksChangedHere();
+    if (changedHere && changedHere->empty())
+        return true;
+    bool areListed = true;
+    known.forEachSingle([&](std::int64_t taskID, const objectstore::ObjectID &task) {
+        const bool mayHaveChanged = !known.isInTrash(task) && (!changedHere || changedHere->contains(task.key));
+        areListed = areListed && (!mayHaveChanged || m_listedIds.contains(taskID));
+    });
+    return areListed;
 }
 
 /// The listed tasks that are here, without those of which it is known that neither side changed them: to read, of many,
@@ -214,7 +231,7 @@ std::vector<TaskPhases::Comparison> TaskPhases::listedThatMayDiffer(const TaskIn
     std::vector<Comparison> comparisons;
     for (const GtdTask &listed : m_tdTasks) {
         const objectstore::ObjectID id = known.lastID(listed.taskId);
-        if (!id || known.isInTrash(id) || m_inUnlistedContexts.contains(listed.taskId))
+        if (!id || known.isInTrash(id) || m_setAside.contains(listed.taskId))
             continue;
         const ContentMark server = m_session.isGuarding() ? contentOf(listed) : 0;
         if (changedHere && !changedHere->contains(id.key)
@@ -233,7 +250,7 @@ bool TaskPhases::sendEdits(std::vector<Edit> edits)
     for (const std::span<Edit> batch : inBatches(edits)) {
         if (m_session.isGuarding()) {
             for (const Edit &edit : batch)
-                m_session.ledger().beginSending(*edit.task, edit.content);
+                m_session.ledger().beginSending(*edit.task, edit.content, edit.sent.folder, edit.sent.context);
             m_session.saveAction();
         }
         for (Edit &edit : batch) {

@@ -53,7 +53,8 @@ private:
 
     [[nodiscard]] std::vector<Comparison> listedThatMayDiffer(const TaskIndex &known);
 
-    void setUnlistedContextsAside();
+    void setAsideWhatIsOld();
+    [[nodiscard]] bool listsAllThatChangedHere(const TaskIndex &known) const;
     [[nodiscard]] GtdTask asSent(const model::Tasks &task) const;
     [[nodiscard]] static GtdTask asAdded(GtdTask task);
     [[nodiscard]] Winner whoWins(
@@ -76,7 +77,7 @@ private:
     bool m_isListed = false; ///< whether the list can be believed
     std::unordered_set<std::int64_t> m_sentIds; ///< of tasks that the service has since the list was fetched
     std::unordered_set<std::int64_t> m_listedIds;
-    std::unordered_set<std::int64_t> m_inUnlistedContexts; ///< ids of tasks of which it is not known where they are
+    std::unordered_set<std::int64_t> m_setAside; ///< ids of tasks that are not compared in this run
     std::vector<model::Tasks *> m_adopted;
     std::vector<std::pair<model::Tasks *, const GtdTask *>> m_withoutFolder; ///< their folder is not known here
 };

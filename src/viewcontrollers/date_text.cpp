@@ -38,8 +38,8 @@ std::optional<QDate> relativeDay(const QString &text, QDate today)
 {
     static const QRegularExpression distance(
         QStringLiteral("^(?:in\\s+|\\+)(\\d{1,4})\\s*(d|w|m|y)[a-z]*$"), QRegularExpression::CaseInsensitiveOption);
-    const std::pair<QString, int> words[] = {
-        {Dates::tr("today"), 0}, {Dates::tr("tomorrow"), 1}, {Dates::tr("yesterday"), -1}, {Dates::tr("next week"), 7}};
+    const std::pair<QString, int> words[] = {{Dates::tr("today"), 0}, {Dates::tr("tomorrow"), 1},
+        {Dates::tr("yesterday"), -1}, {Dates::tr("next week"), 8 - today.dayOfWeek()}};
     for (const auto &[word, days] : words) {
         if (text.compare(word, Qt::CaseInsensitive) == 0)
             return today.addDays(days);

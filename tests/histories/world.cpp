@@ -12,7 +12,7 @@ namespace histories {
 namespace {
 
 constexpr double startOfTime = 1795510800; // 2026-11-24 09:00:00 UTC
-constexpr int cleanRounds = 2;
+constexpr int cleanRounds = 3; // a folder renamed here and deleted there is sent anew in the second
 
 class World
 {
@@ -105,7 +105,18 @@ private:
         if (mayBringBack)
             std::erase_if(found,
                 [&expected](const std::string &line) { return !line.starts_with("task") && !expected.contains(line); });
+        if (m_history.losesReplies())
+            dropDoubles(found, expected);
         compare("what the user left", expected, "what a run made of it", found);
+    }
+
+    /// A task whose add went unanswered may be there twice; that is counted by itself.
+    static void dropDoubles(std::multiset<std::string> &found, const std::multiset<std::string> &expected)
+    {
+        for (const std::string &line : expected) {
+            while (found.count(line) > expected.count(line))
+                found.erase(found.find(line));
+        }
     }
 
     /// Without the tasks that were ever in the Trash, and what is marked to be deleted.

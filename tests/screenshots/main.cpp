@@ -8,12 +8,15 @@
 #include "support/test_clock.h"
 #include "support/test_location.h"
 #include "views/context_place_view.h"
+#include "views/date_field.h"
+#include "views/detail_pane.h"
 #include "views/main_window.h"
 #include "views/management_window.h"
 #include "views/preferences_window.h"
 #include "views/quick_task_controller.h"
 #include "views/shortcut_recorder.h"
 #include "views/smart_folder_edit_controller.h"
+#include "views/tag_browser.h"
 #include "views/theme.h"
 #include "views/translations.h"
 #include "views/tray_icon.h"
@@ -167,13 +170,17 @@ public:
         save(window, QStringLiteral("location-empty"));
         window.action(views::Command::TagBrowser)->trigger();
         save(window, QStringLiteral("tag-browser"));
+        window.findChild<views::TagBrowser *>()->item(0)->setCheckState(Qt::Checked);
+        save(window, QStringLiteral("tag-browser-ticked"));
         window.action(views::Command::TagBrowser)->trigger();
         auto *search = window.findChild<QLineEdit *>(QStringLiteral("searchField"));
         search->setText(QStringLiteral("movers"));
         Q_EMIT search->textEdited(search->text());
         table->setCurrentIndex(table->model()->index(0, 0));
         window.action(views::Command::ShowMenuBar)->setChecked(true);
+        table->setFocus();
         save(window, QStringLiteral("search"));
+        detailsOf(window);
         window.showFirstRun();
         window.openPreferencesWindow();
         window.action(views::Command::Shortcuts)->trigger();
@@ -202,6 +209,17 @@ public:
         views::WindowUserInteraction user(nowhere);
         user.setWindow(&window);
         user.remind(QStringLiteral("Upcoming event(s): \nCall the movers about the piano \nReturn the library books "));
+    }
+
+    /// The pane of the selected task, and the calendar that a date opens.
+    void detailsOf(const views::MainWindow &window)
+    {
+        auto *pane = window.findChild<views::DetailPane *>();
+        save(*pane, QStringLiteral("details"));
+        pane->findChildren<views::DateField *>().last()->actions().first()->trigger();
+        QWidget *calendar = QApplication::activePopupWidget();
+        save(*calendar, QStringLiteral("calendar"));
+        calendar->close();
     }
 
     /// Where the user is, and what can be done there.
@@ -273,6 +291,9 @@ public:
                 " address are needed' AND folders.title == 'A folder that was renamed after the smart folder was made,"
                 " and whose title was long' AND (title MATCHES '.*(photographs|proof of address|the office closes at"
                 " noon on Wednesdays).*' OR modifiedDate >= RELATIVE(-2592000.0, -2592000.0, 0, YES))"},
+            {"Soon and important",
+                "complete == NO AND dueDate <= RELATIVE(604800.0, 604800.0, 1, NO)"
+                " AND (star == YES OR priorities.priority >= 2)"},
         };
         int number = 0;
         for (const auto &[title, predicate] : folders) {

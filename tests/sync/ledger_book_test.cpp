@@ -41,6 +41,7 @@ LedgerNote noteOf(std::int64_t number)
     LedgerNote note;
     note.folder = number * 7;
     note.context = -number;
+    note.sentFolder = (number & 4) != 0 ? number * 11 : 0; // known only of what is on the way
     std::int64_t bit = 1;
     for (auto *mark : {&note.server, &note.local, &note.sent, &note.replaced}) {
         if (number & bit)
@@ -62,7 +63,8 @@ testing::Matcher<const LedgerNote &> is(const LedgerNote &note)
     return testing::AllOf(testing::Field(&LedgerNote::server, note.server),
         testing::Field(&LedgerNote::serverDate, note.serverDate), testing::Field(&LedgerNote::folder, note.folder),
         testing::Field(&LedgerNote::context, note.context), testing::Field(&LedgerNote::local, note.local),
-        testing::Field(&LedgerNote::sent, note.sent), testing::Field(&LedgerNote::replaced, note.replaced),
+        testing::Field(&LedgerNote::sent, note.sent), testing::Field(&LedgerNote::sentFolder, note.sentFolder),
+        testing::Field(&LedgerNote::replaced, note.replaced),
         testing::Field(&LedgerNote::replacedDate, note.replacedDate), testing::Field(&LedgerNote::source, note.source));
 }
 

@@ -31,6 +31,7 @@ TEST(DateText, readsDatesAsPeopleTypeThem)
         {"12 am", "2026-11-24T00:00"},
         {"fri", "2026-11-27T00:00"},
         {"tuesday", "2026-12-01T00:00"}, // not today: one would say so
+        {"next week", "2026-11-30T00:00"}, // Monday, as the calendar's button says
         {"in 3 days", "2026-11-27T00:00"},
         {"+2w", "2026-12-08T00:00"},
         {"26 Nov", "2026-11-26T00:00"},
