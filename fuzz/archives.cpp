@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The bytes of an archived predicate. They are refused, or make a tree within its bounds that archives and prints as
-// itself and can be asked of any object.
+// itself, can be asked of any object, and becomes rows of the smart folders' editor and a predicate again.
 #include "fuzz/bookcase.h"
 #include "objectstore/predicate_node.h"
+#include "viewcontrollers/smart_criteria.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
@@ -21,6 +22,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     fuzz::require(again && archive(*again) == archived, "what is restored can be archived", printed);
     const auto parsed = Predicate::parse(printed);
     fuzz::require(parsed && archive(*parsed) == archived, "what is restored can be printed and read", printed);
+    const auto rows = viewcontrollers::criteriaOf(*restored);
+    fuzz::require(viewcontrollers::rowCount(rows) > 0, "an editor shows at least its heading", printed);
+    fuzz::require(!viewcontrollers::predicateOf(rows, {1795510800}).text().empty(), "rows say something", printed);
     bookcase.ask(*restored);
     return 0;
 }

@@ -230,6 +230,18 @@ bool ContextPhases::sendDeletedContexts()
     return true;
 }
 
+void ContextPhases::removeThoseDeletedThere()
+{
+    const auto marked = m_session.records().getRecordsWithPredicate(Contexts::entityName, "markedForDeletion==YES");
+    if (!m_session.isGuarding() || !marked)
+        return;
+    for (ManagedObject *object : *marked) {
+        Contexts &context = *model::as<Contexts>(object);
+        if (isServiceId(context.contextID()) && !isListed(context.contextID()))
+            remove(context);
+    }
+}
+
 /// Whether the context may now go here. Without guards it goes whatever the service says.
 bool ContextPhases::deleteAtService(const Contexts &context)
 {

@@ -22,6 +22,9 @@ public:
     bool sendNewContexts();
     /// Deletes, there and here, the contexts that were marked for it.
     bool sendDeletedContexts();
+    /// Deletes here those contexts marked for it that the service no longer has: a run that broke off deleted them
+    /// there. Before tasks are compared, which have lost the context there by it.
+    void removeThoseDeletedThere();
 
 private:
     using GtdContexts = std::vector<toodledo::GtdContext>;

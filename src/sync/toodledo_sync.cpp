@@ -186,6 +186,7 @@ bool Run::pull(SyncSession &session, FolderPhases &folders, ContextPhases &conte
             m_host.updateStatus(synchronizationStatus);
         return false;
     }
+    contexts.removeThoseDeletedThere();
     m_host.updateStatus("Retrieving tasks...");
     // Without the list nothing tells what the service has: what was sent before might be sent again.
     if (!tasks.getTasks() && m_ledger.isGuarding())

@@ -23,8 +23,8 @@ protected:
 class ThreadNotingUser final : public app::UserInteraction
 {
 public:
-    void presentError(const foundation::Error &) override { thread = QThread::currentThread(); }
-    void displayAlert(const QString &, const QString &) override { thread = QThread::currentThread(); }
+    void presentError(const foundation::Error &) override { }
+    void displayAlert(const QString &, const QString &) override { }
     bool ask(const QString &, const QString &, const QString &) override
     {
         thread = QThread::currentThread();

@@ -76,17 +76,9 @@ TEST_F(Delegate, noticesWhatAnotherProgramSaves)
     EXPECT_EQ(application.moc().count(model::everyTask()), 1);
 }
 
-TEST_F(Delegate, quitsAtOnceWithoutChangesAndAfterASave)
-{
-    EXPECT_TRUE(delegate().applicationShouldTerminate());
-    application.add(aTask());
-    EXPECT_TRUE(delegate().applicationShouldTerminate());
-    EXPECT_FALSE(application.moc().hasChanges());
-    EXPECT_TRUE(application.user.questions.isEmpty());
-}
-
 TEST_F(Delegate, asksWhetherToQuitWhenTheSaveFails)
 {
+    EXPECT_TRUE(delegate().applicationShouldTerminate());
     auto &task = application.add(aTask().titled("Milk"));
     {
         const RefusingStore refusing(application.folder.path());
@@ -99,8 +91,9 @@ TEST_F(Delegate, asksWhetherToQuitWhenTheSaveFails)
         application.user.questions.value(0), QStringLiteral("Could not save changes while quitting. Quit anyway?"));
     EXPECT_EQ(application.user.errors.size(), 2U);
     EXPECT_EQ(task.title(), "Milk");
-    delegate().saveAction();
+    EXPECT_TRUE(delegate().applicationShouldTerminate());
     EXPECT_FALSE(application.moc().hasChanges()) << "nothing of it was lost";
+    EXPECT_EQ(application.user.questions.size(), 2);
 }
 
 TEST_F(Delegate, showsAFailingSaveOnceAndSaysWhenItIsOver)
@@ -136,63 +129,34 @@ TEST_F(Delegate, waitsForAnotherWriterBetweenEventsAndTellsOnlyWhenItLasts)
     EXPECT_EQ(other.execAndGet("SELECT title FROM Tasks").getString(), "Milk and bread");
 }
 
-TEST_F(Delegate, findsANewDayAtTheFirstTickAndAtMidnight)
+TEST_F(Delegate, F24_a_new_day_is_found_once_however_it_comes)
 {
     QSignalSpy days(&delegate(), &TMApplicationDelegate::newDayDidBegin);
-    delegate().initTimers();
-    delegate().checkSecondActions();
-    EXPECT_EQ(days.count(), 1) << "the first tick always finds one";
-    delegate().checkSecondActions();
-    EXPECT_EQ(days.count(), 1);
-    application.clock.set(at("2026-11-25 00:00"));
-    delegate().checkSecondActions();
-    EXPECT_EQ(days.count(), 2);
-    EXPECT_EQ(delegate().today(), at("2026-11-25"));
-}
-
-TEST_F(Delegate, F24_one_new_day_after_a_sleep_a_clock_set_back_and_a_journey)
-{
-    delegate().initTimers();
-    delegate().checkSecondActions();
-    QSignalSpy days(&delegate(), &TMApplicationDelegate::newDayDidBegin);
-    application.clock.set(at("2026-11-22 23:59")); // set back
-    delegate().checkSecondActions();
-    EXPECT_EQ(days.count(), 1);
-    application.clock.set(at("2026-11-27 07:00")); // slept over more than one midnight
-    for (int tick = 0; tick < 5; ++tick)
+    const auto tick = [&](const char *time) {
+        days.clear();
+        application.clock.set(at(time));
         delegate().checkSecondActions();
-    EXPECT_EQ(days.count(), 2);
+        return days.count();
+    };
+    delegate().initTimers();
+    EXPECT_EQ(tick("2026-11-24 09:00"), 1) << "the first tick always finds one";
+    EXPECT_EQ(tick("2026-11-24 23:59:59"), 0);
+    EXPECT_EQ(tick("2026-11-25 00:00"), 1);
+    EXPECT_EQ(delegate().today(), at("2026-11-25"));
+    EXPECT_EQ(tick("2026-11-22 23:59"), 1) << "set back";
+    EXPECT_EQ(tick("2026-11-27 07:00"), 1) << "slept over more than one midnight";
+    EXPECT_EQ(tick("2026-11-27 07:00"), 0) << "and that once";
 
     const QByteArray zone = qgetenv("TZ");
     qputenv("TZ", "Pacific/Kiritimati");
+    days.clear();
     delegate().checkSecondActions();
-    EXPECT_EQ(days.count(), 3);
+    EXPECT_EQ(days.count(), 1) << "in another zone";
     EXPECT_EQ(delegate().today(), foundation::startOfLocalDay(application.clock.now()));
     zone.isNull() ? qunsetenv("TZ") : qputenv("TZ", zone);
     delegate().checkSecondActions();
-    EXPECT_EQ(days.count(), 4);
+    EXPECT_EQ(days.count(), 2);
     EXPECT_EQ(delegate().today(), at("2026-11-27"));
-}
-
-TEST_F(Delegate, aDayOfAClockChangeBeginsOnceThoughItHas23Or25Hours)
-{
-    const QByteArray zone = qgetenv("TZ");
-    qputenv("TZ", "Europe/Berlin");
-    foundation::localZoneChanged();
-    delegate().initTimers();
-    for (const char *midnight : {"2026-03-29", "2026-10-25"}) {
-        application.clock.set(at(midnight));
-        delegate().checkSecondActions();
-        QSignalSpy days(&delegate(), &TMApplicationDelegate::newDayDidBegin);
-        for (const foundation::Instant end = foundation::addLocalDays(at(midnight), 1); application.clock.now() < end;
-             application.clock.advance(600))
-            delegate().checkSecondActions();
-        EXPECT_EQ(days.count(), 0) << midnight;
-        delegate().checkSecondActions();
-        EXPECT_EQ(days.count(), 1) << midnight;
-    }
-    zone.isNull() ? qunsetenv("TZ") : qputenv("TZ", zone);
-    foundation::localZoneChanged();
 }
 
 TEST(RepeatingSchedule, F24_is_due_once_by_the_clock_through_sleep_and_a_clock_set_back)
@@ -212,22 +176,27 @@ TEST(RepeatingSchedule, F24_is_due_once_by_the_clock_through_sleep_and_a_clock_s
     EXPECT_FALSE(schedule.isDue(at("2026-11-25 09:00")));
 }
 
-TEST_F(Delegate, synchronisesWheneverTheIntervalHasPassedAndNeverWithoutOne)
+TEST_F(Delegate, synchronisesWheneverTheIntervalHasPassedAndAFailedRunFreesTheNext)
 {
     application.settings.set("ToodledoHost", std::string("127.0.0.1:9")); // nothing listens there
-    delegate().initTimers();
-    application.clock.advance(86'400);
-    delegate().checkSecondActions();
-    EXPECT_FALSE(delegate().isSyncing());
+    application.settings.set("SyncOnLaunch", true); // means nothing as long as nothing is to be synchronised
+    delegate().applicationDidFinishLaunching();
+    QSignalSpy ends(&delegate(), &TMApplicationDelegate::syncDidEnd);
+    const auto isSyncingAfter = [&](double seconds) {
+        application.clock.advance(seconds);
+        delegate().checkSecondActions();
+        return delegate().isSyncing();
+    };
+    EXPECT_FALSE(isSyncingAfter(86'400)) << "no interval is set";
     application.settings.set("SyncInterval", std::int64_t{15});
     delegate().resetTimer();
-    application.clock.advance(899);
-    delegate().checkSecondActions();
+    EXPECT_FALSE(isSyncingAfter(899));
+    EXPECT_TRUE(isSyncingAfter(1));
+    EXPECT_TRUE(ends.wait(15000));
+    EXPECT_TRUE(application.user.alerts.contains(QStringLiteral("Login problem")));
+    EXPECT_TRUE(isSyncingAfter(900));
+    EXPECT_TRUE(ends.wait(15000));
     EXPECT_FALSE(delegate().isSyncing());
-    application.clock.advance(1);
-    delegate().checkSecondActions();
-    EXPECT_TRUE(delegate().isSyncing());
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !delegate().isSyncing(); }, 15000));
 }
 
 TEST_F(Delegate, badgeCountsTodayAndTheInbox)
@@ -243,25 +212,4 @@ TEST_F(Delegate, badgeCountsTodayAndTheInbox)
     EXPECT_EQ(delegate().dockBadge(), QStringLiteral("5"));
     application.settings.set("ShowInboxInBadge", false);
     EXPECT_EQ(delegate().dockBadge(), QString());
-}
-
-TEST_F(Delegate, synchronisesAtLaunchOnlyWhenBothSettingsSaySo)
-{
-    application.settings.set("SyncOnLaunch", true);
-    delegate().applicationDidFinishLaunching();
-    EXPECT_FALSE(delegate().isSyncing());
-}
-
-TEST_F(Delegate, aRunWithoutAnAddressEndsWithAnAlertAndFreesTheNext)
-{
-    delegate().applicationDidFinishLaunching();
-    QSignalSpy ends(&delegate(), &TMApplicationDelegate::syncDidEnd);
-    application.settings.set("ToodledoHost", std::string("127.0.0.1:9")); // nothing listens there
-    delegate().synchronizeTasks();
-    EXPECT_TRUE(delegate().isSyncing());
-    EXPECT_TRUE(ends.wait(15000));
-    EXPECT_FALSE(delegate().isSyncing());
-    EXPECT_TRUE(application.user.alerts.contains(QStringLiteral("Login problem")));
-    delegate().synchronizeTasks();
-    EXPECT_TRUE(ends.wait(15000));
 }

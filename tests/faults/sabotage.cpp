@@ -34,6 +34,8 @@ constexpr std::array bugs{
     Bug{"typing-kept-back", {}, {}},
     Bug{"window-blocked", {}, {}},
     Bug{"ids-forgotten", {}, {}},
+    Bug{"memory-leaked", {}, {}},
+    Bug{"descriptor-leaked", {}, {}},
 };
 
 std::vector<std::string_view> &planted()

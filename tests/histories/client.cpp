@@ -110,6 +110,23 @@ std::string placeOf(const ManagedObject *place, const char *otherwise)
     return !place || place->boolean("markedForDeletion") ? otherwise : titleOf(place);
 }
 
+/// A new store with its default records, made once: most of a history's time went into making three or four of them.
+class Prototype
+{
+public:
+    Prototype()
+    {
+        support::TestClock clock({1795510800});
+        support::RecordingSyncHost host;
+        if (const auto opened = model::TaskStore::open(m_folder.path(), clock, host); !opened)
+            throw std::runtime_error(opened.error().message + opened.error().detail);
+    }
+    [[nodiscard]] std::filesystem::path file() const { return m_folder.path() / model::TaskStore::fileName; }
+
+private:
+    support::TemporaryFolder m_folder;
+};
+
 } // namespace
 
 /// Does at once what the window's main thread would do soon.
@@ -137,6 +154,8 @@ Client::Client(Answer answer, double start, std::int32_t skew, bool guards)
     m_settings.set("ToodleDoUsername", std::string("ana@example.org"));
     m_settings.set("ToodleDoPassword", std::string("secret word"));
     m_settings.set("SyncGuards", guards);
+    static const Prototype prototype;
+    std::filesystem::copy_file(prototype.file(), m_folder.path() / model::TaskStore::fileName);
     open();
 }
 

@@ -105,7 +105,33 @@ private:
         if (mayBringBack)
             std::erase_if(found,
                 [&expected](const std::string &line) { return !line.starts_with("task") && !expected.contains(line); });
+        if (m_history.losesReplies())
+            dropDoubles(found, expected);
         compare("what the user left", expected, "what a run made of it", found);
+    }
+
+    /// A task whose add went unanswered may be there twice; that is counted by itself.
+    static void dropDoubles(std::multiset<std::string> &found, const std::multiset<std::string> &expected)
+    {
+        std::set<std::string> there;
+        for (const std::string &line : expected) {
+            if (found.contains(line))
+                there.insert(uidIn(line));
+        }
+        std::multiset<std::string> once;
+        for (const std::string &line : found) {
+            const bool isExpected = once.count(line) < expected.count(line);
+            if (isExpected || !line.starts_with("task ") || !there.contains(uidIn(line)))
+                once.insert(line);
+        }
+        found = std::move(once);
+    }
+
+    /// The second word of a line: what a task is known by.
+    static std::string uidIn(const std::string &line)
+    {
+        const std::size_t start = line.find(' ') + 1;
+        return line.substr(start, line.find(' ', start) - start);
     }
 
     /// Without the tasks that were ever in the Trash, and what is marked to be deleted.
@@ -113,8 +139,7 @@ private:
     {
         std::multiset<std::string> kept;
         for (const std::string &line : contents) {
-            const bool isTrashed
-                = line.starts_with("task ") && m_everTrashed.contains(line.substr(5, line.find(' ', 5) - 5));
+            const bool isTrashed = line.starts_with("task ") && m_everTrashed.contains(uidIn(line));
             if (!isTrashed && !line.ends_with(" (to be deleted)"))
                 kept.insert(line);
         }

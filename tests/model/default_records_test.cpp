@@ -11,11 +11,11 @@ using testing::SizeIs;
 
 namespace {
 
-std::vector<std::pair<std::string, std::int64_t>> states(TestStore &store)
+std::string states(TestStore &store)
 {
-    std::vector<std::pair<std::string, std::int64_t>> states;
+    std::string states;
     for (const model::ManagedObject *state : store.all("States"))
-        states.emplace_back(state->text("state"), state->integer("stateID"));
+        states.append(state->text("state")).append(" ").append(std::to_string(state->integer("stateID"))).append(", ");
     return states;
 }
 
@@ -41,38 +41,28 @@ TEST(DefaultRecords, firstLaunchMakesWhatTheProgramCountsOn)
     EXPECT_THAT(titles(contexts), ElementsAre("None"));
     EXPECT_TRUE(objectstore::isNil(contexts.front()->value("contextID"))) << "it gets its id at the second launch";
 
-    using State = std::pair<std::string, std::int64_t>;
-    EXPECT_THAT(states(store),
-        ElementsAre(State("Next Action", 1), State("Active", 2), State("Planning", 3), State("Delegated", 4),
-            State("Waiting", 5), State("Hold", 6), State("Postponed", 7), State("Someday", 8), State("Cancelled", 9),
-            State("Reference", 10), State("", 0)));
+    EXPECT_EQ(states(store),
+        "Next Action 1, Active 2, Planning 3, Delegated 4, Waiting 5, Hold 6, Postponed 7, Someday 8, Cancelled 9, "
+        "Reference 10,  0, ");
     EXPECT_THAT(priorities(store), ElementsAre(-1, 0, 1, 2, 3, 4, 5));
     EXPECT_THAT(store.all("Group"), IsEmpty());
     EXPECT_FALSE(store.moc().hasChanges());
     EXPECT_THAT(store.errors.errors, IsEmpty());
 }
 
-TEST(DefaultRecords, secondLaunchOnlyGivesNoneItsId)
+TEST(DefaultRecords, secondLaunchOnlyGivesNoneItsIdAndTheNextRepairsIt)
 {
     TestStore store;
-    store.relaunch();
-    EXPECT_THAT(store.all("Folders"), SizeIs(1));
-    EXPECT_THAT(store.all("States"), SizeIs(11));
-    EXPECT_THAT(store.all("Priorities"), SizeIs(7));
-    const auto contexts = store.all("Contexts");
-    ASSERT_THAT(contexts, SizeIs(1));
-    EXPECT_FALSE(objectstore::isNil(contexts.front()->value("contextID")));
-    EXPECT_EQ(store.records().getContextById(0), contexts.front());
-    EXPECT_FALSE(store.moc().hasChanges());
-}
-
-TEST(DefaultRecords, anIdThatNoneShouldNotHaveIsRepaired)
-{
-    TestStore store;
-    store.records().getContextByTitle("None")->setContextID(5);
-    store.save();
-    store.relaunch();
-    EXPECT_EQ(store.records().getContextByTitle("None")->contextID(), 0);
+    for (int launch = 2; launch <= 3; ++launch) {
+        store.relaunch();
+        EXPECT_THAT(store.all("Folders"), SizeIs(1));
+        EXPECT_THAT(store.all("States"), SizeIs(11));
+        EXPECT_THAT(store.all("Priorities"), SizeIs(7));
+        EXPECT_THAT(store.all("Contexts"), ElementsAre(store.records().getContextById(0)));
+        EXPECT_FALSE(store.moc().hasChanges());
+        store.records().getContextByTitle("None")->setContextID(5);
+        store.save();
+    }
 }
 
 TEST(DefaultRecords, whatTheUserDeletedComesBackOnlyWhereItIsNeeded)

@@ -37,20 +37,7 @@ TEST(Key, F58_isRefusedHoweverOftenAWrongOneIsTried)
     EXPECT_EQ(inside(ana.ask("getTasks"), "title"), "Secret");
 }
 
-TEST(Token, isGoodForFourHours)
-{
-    InMemory place;
-    User ana(place, "ana@example.org");
-    place.now += 4 * 3600 - 1;
-    EXPECT_EQ(inside(ana.ask("getTasks"), "error"), "(none)");
-    place.now += 1;
-    EXPECT_EQ(inside(ana.ask("getTasks"), "error"), "key did not validate");
-    EXPECT_EQ(inside(ana.ask("addTask", {{"title", "x"}}), "error"), "key did not validate");
-    ana.logIn();
-    EXPECT_EQ(countOf(ana.ask("getTasks"), "<task>"), 0);
-}
-
-TEST(Token, isLimitedByTheHourAndByAccount)
+TEST(Token, isGoodForFourHoursAndLimitedByTheHourAndByAccount)
 {
     InMemory place({.tokensPerHour = 3});
     User ana(place, "ana@example.org");
@@ -61,9 +48,12 @@ TEST(Token, isLimitedByTheHourAndByAccount)
     User ben(place, "ben@example.org");
     EXPECT_EQ(inside(ben.ask("getTasks"), "error"), "(none)");
     ana.key = firstKey; // the earlier keys stay good
+    place.now += 4 * 3600 - 1;
     EXPECT_EQ(inside(ana.ask("getTasks"), "error"), "(none)");
-    place.now += 3600;
+    place.now += 1;
+    EXPECT_EQ(inside(ana.ask("addTask", {{"title", "x"}}), "error"), "key did not validate");
     EXPECT_EQ(inside(ana.logIn(), "error"), "(none)");
+    EXPECT_EQ(countOf(ana.ask("getTasks"), "<task>"), 0);
 }
 
 TEST(Login, isSlowedDownAfterFailures)
@@ -82,7 +72,8 @@ TEST(Login, isSlowedDownAfterFailures)
     EXPECT_EQ(login(ana.password, "10.0.0.7"), ana.userid()); // the owner, elsewhere
     place.now += 900;
     EXPECT_EQ(login(ana.password, "10.6.6.6"), ana.userid());
-    EXPECT_EQ(login("wrong", "10.6.6.6"), "1"); // forgiven
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(login("wrong", "10.6.6.6"), "1"); // forgiven, so that not even the second one waits
 }
 
 TEST(CreateAccount, refusesWhatWillNotDo)

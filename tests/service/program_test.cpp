@@ -99,14 +99,33 @@ void addUser(const std::string &folder)
     ASSERT_EQ(runWithPassword(folder, "add-user", password), 0);
 }
 
-/// Logs in as a client does, and returns the key.
-std::string logIn(HttpClient &client, const std::string &base)
+/// A client of a program, logged in.
+struct LoggedIn {
+    explicit LoggedIn(const Program &program) : base("http://" + program.address())
+    {
+        const std::string userid
+            = inside(get("getUserid", {{"email", "ana@example.org"}, {"pass", password}}), "userid");
+        key = keyOf(password, inside(get("getToken", {{"userid", userid}, {"appid", "test"}}), "token"), userid);
+    }
+    std::string get(const std::string &method, const Parameters &parameters)
+    {
+        return client.get(base + target(method, parameters)).body;
+    }
+    std::string ask(const std::string &method, Parameters parameters = {})
+    {
+        parameters.emplace(parameters.begin(), "key", key);
+        return get(method, parameters);
+    }
+
+    HttpClient client;
+    std::string base;
+    std::string key;
+};
+
+void expectTasks(const std::string &list, const std::vector<std::string> &ids)
 {
-    const std::string userid = inside(
-        client.get(base + target("getUserid", {{"email", "ana@example.org"}, {"pass", password}})).body, "userid");
-    const std::string token
-        = inside(client.get(base + target("getToken", {{"userid", userid}, {"appid", "test"}})).body, "token");
-    return keyOf(password, token, userid);
+    for (const std::string &id : ids)
+        EXPECT_NE(list.find("<id>" + id + "</id>"), std::string::npos) << id;
 }
 
 } // namespace
@@ -119,9 +138,7 @@ TEST(Program, F59_keepsEveryAcknowledgedAddWhenItIsKilled)
     std::vector<std::string> acknowledged;
     for (int round = 0; round < 5; ++round) {
         Program program(folder);
-        const std::string base = "http://" + program.address();
-        HttpClient client;
-        const std::string key = logIn(client, base);
+        LoggedIn ana(program);
         const std::size_t enough = acknowledged.size() + 20 + static_cast<std::size_t>(round) * 37;
         std::atomic<bool> isOver = false;
         std::atomic<std::size_t> done = acknowledged.size();
@@ -130,22 +147,15 @@ TEST(Program, F59_keepsEveryAcknowledgedAddWhenItIsKilled)
                 std::this_thread::yield();
             (void)program.end(SIGKILL);
         });
-        for (;;) {
-            const auto reply = client.get(base + target("addTask", {{"key", key}, {"title", "x"}}));
-            if (inside(reply.body, "added") == "(none)")
-                break;
-            acknowledged.push_back(inside(reply.body, "added"));
+        for (std::string id; (id = inside(ana.ask("addTask", {{"title", "x"}}), "added")) != "(none)";) {
+            acknowledged.push_back(id);
             done = acknowledged.size();
         }
         isOver = true;
     }
-    Program program(folder);
-    HttpClient client;
-    const std::string base = "http://" + program.address();
-    const std::string list = client.get(base + target("getTasks", {{"key", logIn(client, base)}})).body;
+    const std::string list = LoggedIn(Program(folder)).ask("getTasks");
     EXPECT_GE(acknowledged.size(), 300U);
-    for (const std::string &id : acknowledged)
-        EXPECT_NE(list.find("<id>" + id + "</id>"), std::string::npos) << id;
+    expectTasks(list, acknowledged);
     EXPECT_LE(countOf(list, "<task>"), static_cast<int>(acknowledged.size()) + 5); // one was under way each time
 }
 
@@ -155,31 +165,24 @@ TEST(Program, F59_refusesWhatItCannotStoreAndKeepsTheRest)
     const std::string folder = place.path() / "data";
     addUser(folder);
     std::vector<std::string> acknowledged;
-    std::string key;
     {
-        Program program(folder, {}, 600'000); // as on a disk that is full
-        const std::string base = "http://" + program.address();
-        HttpClient client;
-        key = logIn(client, base);
+        const Program program(folder, {}, 600'000); // as on a disk that is full
+        LoggedIn ana(program);
         std::string reply;
-        for (int i = 0; i < 200; ++i) {
-            const Parameters parameters{{"key", key}, {"title", "x"}, {"note", std::string(20'000, 'n')}};
-            reply = client.get(base + target("addTask", parameters)).body;
+        while (acknowledged.size() < 200) {
+            reply = ana.ask("addTask", {{"title", "x"}, {"note", std::string(20'000, 'n')}});
             if (inside(reply, "added") == "(none)")
                 break;
             acknowledged.push_back(inside(reply, "added"));
         }
         EXPECT_NE(inside(reply, "error"), "(none)") << reply;
-        EXPECT_EQ(client.get(base + target("getTasks", {{"key", key}})).status, 200);
+        expectTasks(ana.ask("getTasks"), acknowledged);
     }
     EXPECT_GE(acknowledged.size(), 5U);
-    Program program(folder);
-    HttpClient client;
-    const std::string base = "http://" + program.address();
-    const std::string list = client.get(base + target("getTasks", {{"key", key}})).body;
-    for (const std::string &id : acknowledged)
-        EXPECT_NE(list.find("<id>" + id + "</id>"), std::string::npos) << id;
-    EXPECT_NE(inside(client.get(base + target("addTask", {{"key", key}, {"title", "x"}})).body, "added"), "(none)");
+    const Program program(folder);
+    LoggedIn ana(program);
+    expectTasks(ana.ask("getTasks"), acknowledged);
+    EXPECT_NE(inside(ana.ask("addTask", {{"title", "x"}}), "added"), "(none)");
 }
 
 TEST(Program, stopsCleanlyAndLetsUsersBeAddedMeanwhile)
@@ -188,15 +191,10 @@ TEST(Program, stopsCleanlyAndLetsUsersBeAddedMeanwhile)
     const std::string folder = place.path() / "data";
     for (const int signal : {SIGTERM, SIGINT}) {
         Program program(folder);
-        ASSERT_NE(program.address(), "");
         if (signal == SIGTERM)
             addUser(folder);
-        HttpClient client;
-        const std::string base = "http://" + program.address();
-        const std::string key = logIn(client, base);
-        EXPECT_EQ(client.get(base + target("getTasks", {{"key", key}})).status, 200);
-        const int status = program.end(signal);
-        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+        EXPECT_EQ(inside(LoggedIn(program).ask("getTasks"), "error"), "(none)");
+        EXPECT_EQ(program.end(signal), 0);
     }
     EXPECT_FALSE(std::filesystem::exists(folder + "/service.db-wal")); // all is in the one file
 }
@@ -207,21 +205,16 @@ TEST(Program, endsEveryTokenWhereItSetsAnotherPassword)
     const std::string folder = place.path() / "data";
     EXPECT_EQ(runWithPassword(folder, "set-password", password), 1); // there is nobody yet
     addUser(folder);
-    Program program(folder);
-    HttpClient client;
-    const std::string base = "http://" + program.address();
-    const std::string key = logIn(client, base);
-    const auto add = [&] { return client.get(base + target("addTask", {{"key", key}, {"title", "x"}})).body; };
+    const Program program(folder);
+    LoggedIn ana(program);
     const auto userid = [&](const std::string &word) {
-        return inside(
-            client.get(base + target("getUserid", {{"email", "ana@example.org"}, {"pass", word}})).body, "userid");
+        return inside(ana.get("getUserid", {{"email", "ana@example.org"}, {"pass", word}}), "userid");
     };
-    EXPECT_EQ(inside(add(), "added"), "1");
     EXPECT_EQ(runWithPassword(folder, "set-password", "short"), 1);
-    EXPECT_EQ(inside(add(), "added"), "2"); // a refused change ends nothing
+    EXPECT_EQ(inside(ana.ask("addTask", {{"title", "x"}}), "added"), "1"); // a refused change ends nothing
     const std::string same = userid(password);
     EXPECT_EQ(runWithPassword(folder, "set-password", "another password"), 0);
-    EXPECT_EQ(inside(add(), "error"), "key did not validate");
+    EXPECT_EQ(inside(ana.ask("addTask", {{"title", "x"}}), "error"), "key did not validate");
     EXPECT_EQ(userid(password), "1");
     EXPECT_EQ(userid("another password"), same);
 }
@@ -246,14 +239,12 @@ TEST(Program, speaksTlsAndPlainHttpOnOnePort)
     const std::string folder = place.path() / "data";
     addUser(folder);
     Program program(folder, {"--tls-cert", certificate.file, "--tls-key", certificate.keyFile});
-    ASSERT_NE(program.address(), "");
-    HttpClient client;
-    const std::string key = logIn(client, "http://" + program.address());
-    const std::string secure = "https://" + program.address();
-    EXPECT_EQ(client.get(secure + "/api.php").status, 0); // nobody vouches for it
+    LoggedIn ana(program); // over plain http
+    HttpClient &client = ana.client;
+    ana.base = "https://" + program.address();
+    EXPECT_EQ(client.get(ana.base + "/api.php").status, 0); // nobody vouches for it
     client.trust(certificate.file);
-    const std::string info = client.get(secure + target("getAccountInfo", {{"key", key}})).body;
-    EXPECT_EQ(inside(info, "pro"), "1") << info;
+    EXPECT_EQ(inside(ana.ask("getAccountInfo"), "pro"), "1");
     EXPECT_EQ(program.end(SIGTERM), 0);
 
     Program strict(folder, {"--tls-cert", certificate.file, "--tls-key", certificate.keyFile, "--tls-only"});

@@ -63,10 +63,6 @@ public:
             task.setRelated("priorities", &existing(records.getPriorityByName(name), name));
         });
     }
-    TaskBuilder &under(model::Tasks &parent)
-    {
-        return then([&parent](model::Tasks &task, auto &) { task.setRelated("parent", &parent); });
-    }
     TaskBuilder &starting(std::string_view date)
     {
         return then([when = at(date)](model::Tasks &task, auto &) { task.setStartDate(when); });

@@ -5,15 +5,14 @@
 
 namespace toodledo {
 
-/// Keeps a reply, of which it wants no more than `limit` bytes.
+/// Keeps a reply.
 struct CollectingSink final : BodySink {
     bool receive(std::string_view bytes) override
     {
         body += bytes;
-        return body.size() <= limit;
+        return true;
     }
     std::string body;
-    std::size_t limit = std::string::npos;
 };
 
 } // namespace toodledo

@@ -91,17 +91,3 @@ TEST(KnownTasks, arePassedOverAndTheChangedOnesRead)
     EXPECT_EQ(again.read[0].title, "c");
     EXPECT_TRUE(again.read[0].source);
 }
-
-TEST(KnownTasks, areUnknownUnderAnotherMeaning)
-{
-    EXPECT_NE(KnownTasks(1).markOf("<task></task>"), KnownTasks(2).markOf("<task></task>"));
-}
-
-TEST(KnownTasks, doNotHideThatTheListIsBroken)
-{
-    const std::string record = "<task><id>1</id></task>";
-    const KnownTasks known = learntFrom("<tasks>" + record + "</tasks>");
-    for (const std::string &reply : {"<tasks>" + record, "<tasks>" + record + "<b></tasks>", record + record,
-             "<tasks>" + record + "</tasks>" + record, "<html>" + record})
-        EXPECT_FALSE(sift(reply, &known).isWhole) << reply;
-}

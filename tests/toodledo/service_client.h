@@ -66,14 +66,13 @@ protected:
         return {.settings = settings, .transport = transport, .clock = clock, .contextByTitle = {}, .stop = {}};
     }
 
-    /// The requests after the first `seen`, each as its method and parameters: "getTasks;key=k;".
-    [[nodiscard]] std::vector<std::string> requests(std::size_t seen = 0) const
+    /// The requests, each as its method and parameters: "getTasks;key=k;".
+    [[nodiscard]] std::vector<std::string> requests() const
     {
         const std::string front = "/api.php?method=";
         std::vector<std::string> all;
         for (const std::string &target : server.targets())
             all.push_back(target.starts_with(front) ? target.substr(front.size()) : target);
-        all.erase(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(std::min(seen, all.size())));
         return all;
     }
     [[nodiscard]] std::string lastRequest() const

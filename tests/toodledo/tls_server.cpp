@@ -4,7 +4,6 @@
 #include <arpa/inet.h>
 #include <array>
 #include <openssl/evp.h>
-#include <openssl/pem.h>
 #include <openssl/ssl.h>
 #include <openssl/x509v3.h>
 #include <poll.h>
@@ -87,15 +86,6 @@ TlsServer::~TlsServer()
     m_thread.request_stop();
     m_thread.join();
     ::close(m_listener);
-}
-
-std::string TlsServer::certificateText() const
-{
-    const std::unique_ptr<BIO, Freed<BIO_free_all>> memory(BIO_new(BIO_s_mem()));
-    PEM_write_bio_X509(memory.get(), m_secrets->certificate.get());
-    char *text = nullptr;
-    const long size = BIO_get_mem_data(memory.get(), &text);
-    return {text, static_cast<std::size_t>(size)};
 }
 
 void TlsServer::speakOnlyOldProtocols()

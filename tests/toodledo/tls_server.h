@@ -25,8 +25,6 @@ public:
     TlsServer &operator=(const TlsServer &) = delete;
 
     [[nodiscard]] std::string port() const { return std::to_string(m_port); }
-    /// The certificate as a file that a client may be told to trust.
-    [[nodiscard]] std::string certificateText() const;
     /// Requests that came through the encryption.
     [[nodiscard]] int requests() const { return m_requests; }
     /// Takes no version of TLS above 1.1 from now on.

@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "collecting_sink.h"
 #include "support/scripted_http_server.h"
-#include "support/temporary_folder.h"
 #include "tls_server.h"
 #include "toodledo/curl_transport.h"
 
-#include <fstream>
 #include <gtest/gtest.h>
 #include <signal.h>
 
@@ -65,11 +63,9 @@ TEST_F(Tls, F44_refusesOldProtocolsAndPlainAnswers)
 
 TEST(CertificateRule, F44_holdsForTheDomainAndWhatIsBelowIt)
 {
-    EXPECT_TRUE(allowsAnyHttpsCertificate("example.org", "example.org"));
-    EXPECT_TRUE(allowsAnyHttpsCertificate("API.Example.Org", "example.org"));
-    EXPECT_TRUE(allowsAnyHttpsCertificate("a.b.example.org", "example.org"));
+    for (const char *host : {"example.org", "API.Example.Org", "a.b.example.org"})
+        EXPECT_TRUE(allowsAnyHttpsCertificate(host, "example.org")) << host;
     for (const char *host : {"evilexample.org", "example.org.evil.net", "org", "example.orgx", "", "xample.org"})
         EXPECT_FALSE(allowsAnyHttpsCertificate(host, "example.org")) << host;
-    EXPECT_FALSE(allowsAnyHttpsCertificate("example.org", ""));
-    EXPECT_FALSE(allowsAnyHttpsCertificate("", ""));
+    EXPECT_FALSE(allowsAnyHttpsCertificate("example.org", "") || allowsAnyHttpsCertificate("", ""));
 }

@@ -20,7 +20,6 @@ protected:
     foundation::Result<HttpReply> perform(double deadline = 30, std::stop_token stop = {})
     {
         sink = CollectingSink();
-        sink.limit = sinkLimit;
         return transport.perform({"http://" + server.host() + "/path", deadline, std::move(stop)}, sink);
     }
     /// The code of the error that a reply ends in; nothing when it is a reply.
@@ -46,7 +45,6 @@ protected:
     std::mutex replyMutex;
     ScriptedReply reply;
     CollectingSink sink;
-    std::size_t sinkLimit = std::string::npos;
     CurlTransport transport{CurlTransport::Options{.replyLimit = limit, .acceptedCertificateDomain = {}}};
     ScriptedHttpServer server{[this](const std::string &) {
         const std::scoped_lock lock(replyMutex);
@@ -86,20 +84,12 @@ TEST_F(Transport, F26_failsWhenTheReplyBreaksOff)
     const std::string body(1000, 'x');
     for (const Mode mode : {Mode::CloseAtOnce, Mode::ResetInBody, Mode::CutLength, Mode::BadChunk})
         EXPECT_EQ(failureOf({.body = body, .mode = mode}), HttpErrorCode::Connection) << static_cast<int>(mode);
-    EXPECT_EQ(failureOf({.body = body}), std::nullopt) << "the next request finds its way";
 }
 
-TEST_F(Transport, F27_endsAtTheDeadlineWhateverTheServerDoes)
-{
-    for (const Mode mode : {Mode::Hang, Mode::Drip, Mode::DripHeader})
-        EXPECT_EQ(failureOf({.body = "<tasks/>", .mode = mode}, soon), HttpErrorCode::Deadline)
-            << static_cast<int>(mode);
-}
-
-TEST_F(Transport, F27_endsWhenItIsCancelled)
+TEST_F(Transport, F27_endsAtTheDeadlineAndWhenItIsCancelled)
 {
     for (const Mode mode : {Mode::Hang, Mode::Drip, Mode::DripHeader}) {
-        answerWith({.body = "<tasks/>", .mode = mode});
+        EXPECT_EQ(failureOf({.body = "<tasks/>", .mode = mode}, soon), HttpErrorCode::Deadline);
         std::stop_source stop;
         const std::size_t seen = server.targets().size();
         std::jthread canceller([&] {
@@ -111,11 +101,6 @@ TEST_F(Transport, F27_endsWhenItIsCancelled)
         ASSERT_FALSE(result);
         EXPECT_EQ(result.error().code, static_cast<int>(HttpErrorCode::Cancelled));
     }
-    std::stop_source stopped;
-    stopped.request_stop();
-    const std::size_t seen = server.targets().size();
-    EXPECT_EQ(perform(30, stopped.get_token()).error().code, static_cast<int>(HttpErrorCode::Cancelled));
-    EXPECT_EQ(server.targets().size(), seen);
 }
 
 TEST_F(Transport, F28_dropsWhatIsTooLarge)
@@ -130,42 +115,24 @@ TEST_F(Transport, F28_dropsWhatIsTooLarge)
     EXPECT_EQ(failureOf({.body = "x", .headers = many}), HttpErrorCode::TooLarge);
 }
 
-TEST_F(Transport, F28_unpacksNothing)
-{
-    EXPECT_EQ(failureOf({.body = "\x1f\x8b\x08packed", .headers = "Content-Encoding: gzip\r\n"}), std::nullopt);
-    EXPECT_EQ(sink.body, "\x1f\x8b\x08packed");
-}
-
 TEST_F(Transport, F29_followsNoRedirection)
 {
     ScriptedHttpServer other([](const std::string &) { return ScriptedReply{.body = "<tasks/>"}; });
-    for (const int status : {301, 302, 303, 307, 308})
-        for (const std::string &place : {"http://" + other.host() + "/", std::string("file:///etc/hostname"),
-                 std::string("/path"), "https://" + other.host() + "/"})
-            EXPECT_EQ(failureOf({.body = "moved", .status = status, .headers = "Location: " + place + "\r\n"}),
-                HttpErrorCode::Status);
+    for (const std::string &place : {"http://" + other.host() + "/", std::string("/path")})
+        EXPECT_EQ(failureOf({.body = "moved", .status = 302, .headers = "Location: " + place + "\r\n"}),
+            HttpErrorCode::Status);
     EXPECT_EQ(other.connections(), 0);
     EXPECT_EQ(sink.body, "");
 }
 
 TEST_F(Transport, F30_takesNoStatusBut200)
 {
-    for (const int status :
-        {201, 202, 203, 206, 300, 304, 400, 401, 403, 404, 407, 410, 429, 500, 502, 503, 504, 599}) {
-        const std::string body = status == 304 ? "" : "<tasks/>";
-        EXPECT_EQ(failureOf({.body = body, .status = status}), HttpErrorCode::Status) << status;
+    for (const int status : {201, 204, 206, 300, 304, 400, 401, 407, 429, 500, 503, 599}) {
+        EXPECT_EQ(failureOf({.body = status == 304 || status == 204 ? "" : "<tasks/>", .status = status}),
+            HttpErrorCode::Status);
         EXPECT_EQ(sink.body, "") << status;
+        EXPECT_NE(perform().error().detail.find(std::to_string(status)), std::string::npos);
     }
-    answerWith({.status = 503});
-    EXPECT_NE(perform().error().detail.find("503"), std::string::npos);
-    EXPECT_EQ(failureOf({.status = 204}), HttpErrorCode::Status);
-}
-
-TEST_F(Transport, stopsWhenTheReaderWantsNoMore)
-{
-    sinkLimit = 100'000;
-    EXPECT_EQ(failureOf({.mode = Mode::Endless}), HttpErrorCode::Unwanted);
-    EXPECT_LT(sink.body.size(), limit);
 }
 
 TEST_F(Transport, asksNoProxyThatTheEnvironmentNames)
@@ -187,21 +154,13 @@ TEST(TransportOptions, comeFromTheSettings)
     settings.set("AcceptedCertificateDomain", std::string("example.org"));
     EXPECT_EQ(transportOptions(settings).replyLimit, std::size_t{2} << 20);
     EXPECT_EQ(transportOptions(settings).acceptedCertificateDomain, "example.org");
-    for (const std::int64_t senseless : {std::int64_t{0}, std::int64_t{-1}}) {
-        settings.set("ReplyLimit", senseless);
-        EXPECT_EQ(transportOptions(settings).replyLimit, CurlTransport::Options().replyLimit);
-    }
+    settings.set("ReplyLimit", std::int64_t{0}); // senseless
+    EXPECT_EQ(transportOptions(settings).replyLimit, CurlTransport::Options().replyLimit);
     settings.set("ReplyLimit", INT64_MAX);
     EXPECT_GT(transportOptions(settings).replyLimit, std::size_t{1} << 30);
 }
 
-namespace {
-
-class Clients : public ServiceClient
-{
-};
-
-} // namespace
+using Clients = ServiceClient;
 
 TEST_F(Clients, F27_makeNoRequestOnceCancelled)
 {
@@ -228,16 +187,4 @@ TEST_F(Clients, F28_readAReplyAsItArrivesAndStopWhereItIsBad)
     EXPECT_EQ(error.code, 30);
     EXPECT_EQ(error.message, "Toodledo returned a bad result while getting tasks.");
     EXPECT_NE(error.detail.find("markup without end"), std::string::npos) << error.detail;
-}
-
-TEST_F(Clients, F27_keepTheDeadlineOfTheSettings)
-{
-    holdKey();
-    settings.set("RequestTimeout", std::int64_t{1});
-    restart();
-    answer("getTasks", {.body = "<tasks>", .mode = Mode::Drip});
-    TDError error;
-    EXPECT_FALSE(client().getTasks(&error));
-    EXPECT_EQ(error.code, 20);
-    EXPECT_EQ(client().lastReply().failure->code, static_cast<int>(HttpErrorCode::Deadline));
 }

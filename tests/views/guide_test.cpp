@@ -28,13 +28,10 @@ QString anchorOf(const QString &heading)
 
 QStringList anchors(const QString &text)
 {
-    static const QRegularExpression places(
-        QStringLiteral("^#+ (.*)$|<a id=\"([^\"]*)\">"), QRegularExpression::MultilineOption);
+    static const QRegularExpression heading(QStringLiteral("^#+ (.*)$"), QRegularExpression::MultilineOption);
     QStringList found;
-    for (auto match = places.globalMatch(text); match.hasNext();) {
-        const auto place = match.next();
-        found.append(place.captured(2).isEmpty() ? anchorOf(place.captured(1)) : place.captured(2));
-    }
+    for (auto match = heading.globalMatch(text); match.hasNext();)
+        found.append(anchorOf(match.next().captured(1)));
     return found;
 }
 
