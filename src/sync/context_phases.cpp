@@ -43,7 +43,6 @@ std::optional<ContextPhases::GtdContexts> ContextPhases::listContexts()
         return std::nullopt;
     if (m_session.isGuarding())
         std::erase_if(*contexts, [](const GtdContext &context) { return !isServiceId(context.contextId); });
-    m_sentSinceListed.clear();
     m_session.listedContexts.emplace();
     for (const GtdContext &context : *contexts)
         m_session.listedContexts->try_emplace(context.title.value_or(""), context.contextId);
@@ -200,7 +199,7 @@ void ContextPhases::sendNewContext(Contexts &context)
     if (m_session.isGuarding()) {
         m_session.ledger().beginSending(context, contentOf(added));
         m_session.saveAction();
-        m_sentSinceListed.insert(&context);
+        m_sent.insert(&context);
     }
     const std::int64_t id = m_session.client().addContext(added, &error);
     const Sent sent = m_session.acceptItem(id != -1, error, context.title());
@@ -250,9 +249,9 @@ bool ContextPhases::deleteAtService(const Contexts &context)
         static_cast<void>(m_session.client().deleteContext(deleted));
         return true;
     }
-    const bool wasJustSent = m_sentSinceListed.contains(&context);
+    const bool wasJustSent = m_sent.contains(&context);
     if (!isServiceId(deleted.contextId))
-        return !wasJustSent; // else it may be there under an id that only the next list tells
+        return !wasJustSent; // else it may be there under an id that only the next run's list tells
     if (!wasJustSent && !isListed(deleted.contextId))
         return true;
     TDError error;

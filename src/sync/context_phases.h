@@ -44,7 +44,7 @@ private:
     void remove(model::Contexts &context);
 
     SyncSession &m_session;
-    std::set<const model::Contexts *> m_sentSinceListed; ///< only the next list tells whether they are there
+    std::set<const model::Contexts *> m_sent; ///< in this run
 };
 
 } // namespace syncing

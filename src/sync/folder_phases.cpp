@@ -44,7 +44,6 @@ std::optional<FolderPhases::GtdFolders> FolderPhases::listFolders()
         return std::nullopt;
     if (m_session.isGuarding())
         std::erase_if(*folders, [](const GtdFolder &folder) { return !isServiceId(folder.folderId); });
-    m_sentSinceListed.clear();
     m_session.listedFolders.emplace();
     for (const GtdFolder &folder : *folders)
         m_session.listedFolders->insert(folder.folderId);
@@ -160,9 +159,9 @@ bool FolderPhases::deleteAtService(const Folders &folder)
             static_cast<void>(m_session.client().deleteFolder(deleted));
         return true;
     }
-    const bool wasJustSent = m_sentSinceListed.contains(&folder);
+    const bool wasJustSent = m_sent.contains(&folder);
     if (!isServiceId(deleted.folderId))
-        return !wasJustSent; // else it may be there under an id that only the next list tells
+        return !wasJustSent; // else it may be there under an id that only the next run's list tells
     if (!wasJustSent && m_session.listedFolders && !m_session.listedFolders->contains(deleted.folderId))
         return true;
     TDError error;
@@ -243,7 +242,7 @@ bool FolderPhases::sendNewFolder(Folders &folder)
     if (m_session.isGuarding()) {
         m_session.ledger().beginSending(folder, contentOf(asSent(folder)));
         m_session.saveAction();
-        m_sentSinceListed.insert(&folder);
+        m_sent.insert(&folder);
     }
     TDError error;
     const std::int64_t id = m_session.client().addFolder(asSent(folder), &error);

@@ -42,7 +42,7 @@ private:
     [[nodiscard]] bool isTaken(std::int64_t folderID, const model::Folders *but);
 
     SyncSession &m_session;
-    std::set<const model::Folders *> m_sentSinceListed; ///< only the next list tells whether they are there
+    std::set<const model::Folders *> m_sent; ///< in this run
 };
 
 } // namespace syncing

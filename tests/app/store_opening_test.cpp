@@ -2,6 +2,9 @@
 #include "app/store_care.h"
 #include "app/store_opening.h"
 
+#include "foundation/log.h"
+#include "model/entities.h"
+#include "objectstore/store_care.h"
 #include "support/test_application.h"
 
 #include <QTest>
@@ -13,6 +16,7 @@
 
 namespace fs = std::filesystem;
 using objectstore::StoreErrorCode;
+using support::aTask;
 using testing::HasSubstr;
 
 namespace {
@@ -32,6 +36,14 @@ protected:
 int code(StoreErrorCode code)
 {
     return static_cast<int>(code);
+}
+
+/// Writes nonsense over the middle of a file.
+void damage(const fs::path &file)
+{
+    std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
+    stream.seekp(static_cast<std::streamoff>(fs::file_size(file) / 2 / 4096 * 4096));
+    stream << std::string(8192, '\x5a');
 }
 
 /// A process that opens the store for a window: reports "1" where it may, "0" where another has it, and stays until
@@ -113,4 +125,34 @@ TEST(StoreCare, copiesTheStoreAtLaunchAndOnEachNewDay)
     application.clock.set(support::at("2026-11-25 00:01")); // the next tick finds the day
     EXPECT_TRUE(copyAppears("Quelvin-2026-11-25.qvl"));
     EXPECT_TRUE(application.user.errors.empty());
+}
+
+TEST(StoreCare, tellsOfADamagedStoreWhereItsCopiesLie)
+{
+    foundation::setLogSink([](std::string_view) {});
+    support::TestApplication application;
+    for (int number = 0; number < 400; ++number)
+        application.add(aTask().titled(std::string(300, 'x')));
+    ASSERT_TRUE(application.moc().save());
+    const fs::path copy = application.folder.path() / "copied" / "Quelvin.qvl"; // a closed store, nothing in its log
+    fs::create_directories(copy.parent_path());
+    {
+        const auto other = application.openStore();
+        ASSERT_TRUE(objectstore::backUpDaily(other->store(), copy.parent_path()));
+        fs::rename(copy.parent_path() / "Quelvin-2026-11-24.qvl", copy);
+    }
+    damage(copy);
+    const auto store = objectstore::Store::open(model::objectModel(), copy, application.clock);
+    ASSERT_TRUE(store) << "opening does not read all of it";
+
+    app::StoreCare care(**store, copy.parent_path() / "Backups");
+    std::vector<foundation::Error> troubles;
+    QObject::connect(
+        &care, &app::StoreCare::troubleFound, [&](const foundation::Error &trouble) { troubles.push_back(trouble); });
+    care.checkAndBackUp();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !troubles.empty(); }, 20000));
+    EXPECT_THAT(troubles.front().message, HasSubstr("is damaged"));
+    EXPECT_THAT(troubles.front().message, HasSubstr("Backups"));
+    EXPECT_FALSE(fs::exists(copy.parent_path() / "Backups")) << "a damaged store replaces no copy";
+    foundation::setLogSink({});
 }

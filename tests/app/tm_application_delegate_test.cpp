@@ -213,3 +213,24 @@ TEST_F(Delegate, badgeCountsTodayAndTheInbox)
     application.settings.set("ShowInboxInBadge", false);
     EXPECT_EQ(delegate().dockBadge(), QString());
 }
+
+TEST_F(Delegate, aDayOfAClockChangeBeginsOnceThoughItHas23Or25Hours)
+{
+    const QByteArray zone = qgetenv("TZ");
+    qputenv("TZ", "Europe/Berlin");
+    foundation::localZoneChanged();
+    delegate().initTimers();
+    for (const char *midnight : {"2026-03-29", "2026-10-25"}) {
+        application.clock.set(at(midnight));
+        delegate().checkSecondActions();
+        QSignalSpy days(&delegate(), &TMApplicationDelegate::newDayDidBegin);
+        for (const foundation::Instant end = foundation::addLocalDays(at(midnight), 1); application.clock.now() < end;
+             application.clock.advance(600))
+            delegate().checkSecondActions();
+        EXPECT_EQ(days.count(), 0) << midnight;
+        delegate().checkSecondActions();
+        EXPECT_EQ(days.count(), 1) << midnight;
+    }
+    zone.isNull() ? qunsetenv("TZ") : qputenv("TZ", zone);
+    foundation::localZoneChanged();
+}

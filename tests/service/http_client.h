@@ -102,6 +102,19 @@ public:
         const ssize_t size = ::recv(m_descriptor, &byte, 1, 0);
         return size == 0 || (size < 0 && errno == ECONNRESET);
     }
+    /// What arrives until `end` has, or the connection ends.
+    std::string receiveUntil(const std::string &end)
+    {
+        std::string text;
+        char buffer[4096];
+        while (text.find(end) == std::string::npos) {
+            const ssize_t size = ::recv(m_descriptor, buffer, sizeof buffer, 0);
+            if (size <= 0)
+                break;
+            text.append(buffer, static_cast<std::size_t>(size));
+        }
+        return text;
+    }
 
 private:
     int m_descriptor;

@@ -3,6 +3,7 @@
 #include "service/http_client.h"
 #include "service/http_server.h"
 
+#include <atomic>
 #include <thread>
 
 using namespace calling;
@@ -142,4 +143,31 @@ TEST(HttpServer, tellsWhyItCannotListen)
         ASSERT_FALSE(second) << address;
         EXPECT_TRUE(second.error().ends_with(".")) << second.error();
     }
+}
+
+TEST_F(Http, takesARequestInPieces)
+{
+    start();
+    RawSocket socket(server->address());
+    const std::string whole
+        = "GET " + target("addTask", {{"key", ana.key}, {"title", "Slow"}}) + " HTTP/1.1\r\nHost: x\r\n\r\n";
+    for (const char character : whole)
+        socket.send(std::string(1, character));
+    EXPECT_NE(socket.receiveUntil("</added>").find("<added>1</added>"), std::string::npos);
+}
+
+TEST_F(Http, servesManyClientsAtOnce)
+{
+    start();
+    std::atomic<int> added = 0;
+    std::vector<std::jthread> threads;
+    for (int t = 0; t < 16; ++t)
+        threads.emplace_back([&] {
+            HttpClient client;
+            for (int i = 0; i < 25; ++i)
+                added += inside(client.get(url("addTask", {{"title", "x"}})).body, "added") != "(none)";
+        });
+    threads.clear();
+    EXPECT_EQ(added, 400);
+    EXPECT_EQ(countOf(ana.ask("getTasks"), "<task>"), 400);
 }
