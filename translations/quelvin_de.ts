@@ -1843,6 +1843,10 @@ Aufgaben, damit Dinge getan werden.</translation>
         <comment>the places where the user is</comment>
         <translation>Hier: %1</translation>
     </message>
+    <message>
+        <source>The text was too long for a task; its beginning was taken.</source>
+        <translation>Der Text war zu lang für eine Aufgabe; sein Anfang wurde übernommen.</translation>
+    </message>
 </context>
 <context>
     <name>views::ManagementWindow</name>
@@ -2067,6 +2071,10 @@ Aufgaben, damit Dinge getan werden.</translation>
         <source>Error: could not add task.</source>
         <translation>Fehler: Die Aufgabe wurde nicht angelegt.</translation>
     </message>
+    <message>
+        <source>Too many quick entries are open.</source>
+        <translation>Es sind zu viele Schnelleingaben offen.</translation>
+    </message>
 </context>
 <context>
     <name>views::QuickTaskController</name>
@@ -2093,6 +2101,10 @@ Aufgaben, damit Dinge getan werden.</translation>
     <message>
         <source>Add Task</source>
         <translation>Aufgabe anlegen</translation>
+    </message>
+    <message>
+        <source>The text was too long for a title; its beginning was taken.</source>
+        <translation>Der Text war zu lang für einen Titel; sein Anfang wurde übernommen.</translation>
     </message>
 </context>
 <context>

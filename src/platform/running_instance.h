@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QDBusConnection>
+#include <QDBusContext>
 #include <QObject>
 #include <QStringList>
 #include <functional>
@@ -21,8 +22,10 @@ struct RemoteCommands {
 /// Keeps the program to one running instance: the first owns a name on the session bus and serves
 /// `org.freedesktop.Application` there; a later one hands over what it was started for.
 ///
+/// What other programs send is read on the main thread and never waited for; more text than a person writes is refused.
+///
 /// Main thread. Without a session bus, and when the first one does not answer, the program works alone.
-class RunningInstance final : public QObject
+class RunningInstance final : public QObject, public QDBusContext
 {
     Q_OBJECT
 

@@ -7,10 +7,13 @@ namespace platform {
 
 namespace {
 
+constexpr qsizetype longestToken = 1024;
+constexpr qsizetype longestInput = 65536; // characters of an action with its texts
+
 void takeToken(const QVariantMap &platformData)
 {
     const QString token = platformData.value(QStringLiteral("activation-token")).toString();
-    if (!token.isEmpty())
+    if (!token.isEmpty() && token.size() <= longestToken)
         qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
 }
 
@@ -33,8 +36,15 @@ void ApplicationAdaptor::ActivateAction(
 {
     takeToken(platformData);
     QStringList texts;
-    for (const QVariant &argument : arguments)
+    qsizetype size = action.size();
+    for (const QVariant &argument : arguments) {
         texts.append(argument.toString());
+        size += 1 + texts.last().size();
+    }
+    if (size > longestInput) {
+        m_instance.sendErrorReply(QDBusError::LimitsExceeded, QStringLiteral("The texts of the action are too long."));
+        return;
+    }
     m_instance.run([action, texts](const RemoteCommands &commands) { commands.activateAction(action, texts); });
 }
 

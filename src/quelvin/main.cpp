@@ -97,7 +97,7 @@ void runAction(
         window.action(views::Command::Sync)->trigger();
     else if (!action.isEmpty())
         foundation::logLine(
-            "Another program asked for the action \"" + action.toStdString() + "\", which is not there.");
+            "Another program asked for the action \"" + action.left(100).toStdString() + "\", which is not there.");
 }
 
 int fail(app::UserInteraction &user, const foundation::Error &error)

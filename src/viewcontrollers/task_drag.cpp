@@ -3,9 +3,10 @@
 
 #include "app/text.h"
 #include "objectstore/object_context.h"
+#include "viewcontrollers/foreign_text.h"
 
 #include <QMimeData>
-#include <QUrl>
+#include <set>
 
 namespace viewcontrollers {
 
@@ -13,6 +14,8 @@ namespace {
 
 /// Browsers offer a link as its address and its name, two lines in UTF-16.
 const QString linkWithName = QStringLiteral("text/x-moz-url");
+constexpr qsizetype longestTaskData = 32 * 1024 * 1024; // some 400,000 tasks
+constexpr qsizetype longestURI = 1024;
 constexpr qsizetype messagePrefix = 8; // the length of "message:"
 
 } // namespace
@@ -34,10 +37,15 @@ QMimeData *makeTaskData(const std::vector<const objectstore::ManagedObject *> &t
 
 std::vector<model::Tasks *> tasksOf(const QMimeData &data, objectstore::ObjectContext &moc)
 {
+    const QByteArray dragged = data.data(taskDataType());
+    if (dragged.size() > longestTaskData)
+        return {};
     std::vector<model::Tasks *> tasks;
-    const QList<QByteArray> uris = data.data(taskDataType()).split('\n');
+    std::set<const model::Tasks *> known;
+    const QList<QByteArray> uris = dragged.split('\n');
     for (const QByteArray &uri : uris) {
-        if (auto *task = model::as<model::Tasks>(moc.objectWithURI(uri.toStdString())))
+        auto *task = uri.size() > longestURI ? nullptr : model::as<model::Tasks>(moc.objectWithURI(uri.toStdString()));
+        if (task && known.insert(task).second)
             tasks.push_back(task);
     }
     return tasks;
@@ -52,14 +60,20 @@ std::optional<DroppedTask> droppedTask(const QMimeData &data)
 {
     if (data.hasFormat(linkWithName)) {
         const QByteArray bytes = data.data(linkWithName);
-        const QString text(reinterpret_cast<const QChar *>(bytes.constData()), bytes.size() / 2);
-        const QStringList lines = text.split(QLatin1Char('\n'));
-        const bool isMessage = lines.first().startsWith(QLatin1String("message:"));
-        if (lines.size() > 1 && !lines[1].simplified().isEmpty())
-            return DroppedTask{lines[1].simplified(), isMessage ? createMessageLink(lines.first()) : lines.first()};
+        const QStringView text(reinterpret_cast<const QChar *>(bytes.constData()), bytes.size() / 2);
+        const qsizetype end = text.indexOf(QLatin1Char('\n'));
+        const ForeignText link = ForeignText::lines(end < 0 ? text : text.first(end));
+        const QStringView rest = end < 0 ? QStringView() : text.sliced(end + 1);
+        const qsizetype endOfName = rest.indexOf(QLatin1Char('\n'));
+        const ForeignText name = ForeignText::line(endOfName < 0 ? rest : rest.first(endOfName));
+        const bool isMessage = link.text.startsWith(QLatin1String("message:"));
+        if (!name.text.isEmpty())
+            return DroppedTask{
+                name.text, isMessage ? createMessageLink(link.text) : link.text, name.isCut || link.isCut};
     }
-    if (data.hasText() && !data.text().simplified().isEmpty())
-        return DroppedTask{data.text().simplified(), {}};
+    const ForeignText text = ForeignText::line(data.text());
+    if (!text.text.isEmpty())
+        return DroppedTask{text.text, {}, text.isCut};
     return std::nullopt;
 }
 

@@ -14,13 +14,15 @@ namespace viewcontrollers {
 /// The kind of data that dragged tasks are: their URIs, one a line.
 [[nodiscard]] QString taskDataType();
 [[nodiscard]] QMimeData *makeTaskData(const std::vector<const objectstore::ManagedObject *> &tasks);
-/// The dragged tasks that are still there, in the order in which they were dragged.
+/// The dragged tasks that are still there, each once, in the order in which they were dragged. Whatever else another
+/// program offers under that name is ignored.
 [[nodiscard]] std::vector<model::Tasks *> tasksOf(const QMimeData &data, objectstore::ObjectContext &moc);
 
 /// What a dropped text or link makes a task of.
 struct DroppedTask {
     QString title;
     QString notes;
+    bool isCut = false; ///< more was dropped than what is taken
 };
 /// A link with its name becomes a task with the name as title and the link as notes; plain text becomes the title.
 [[nodiscard]] std::optional<DroppedTask> droppedTask(const QMimeData &data);

@@ -133,6 +133,8 @@ void MainWindow::acceptDrops()
             model::Tasks &task = m_commands.addTask(dropped.title, targetFolder(), dropped.notes);
             refreshTasks();
             m_table->selectTask(task);
+            if (dropped.isCut)
+                m_delegate.updateStatus(tr("The text was too long for a task; its beginning was taken."));
         });
     }
 }

@@ -2,7 +2,9 @@
 #include "views/quick_task_controller.h"
 
 #include "app/text.h"
+#include "foundation/log.h"
 #include "platform/window_activation.h"
+#include "viewcontrollers/foreign_text.h"
 #include "viewcontrollers/task_choices.h"
 #include "viewcontrollers/undo_group.h"
 #include "views/date_field.h"
@@ -23,6 +25,8 @@ using app::toUtf8;
 using viewcontrollers::TaskColumn;
 
 namespace {
+
+constexpr qsizetype mostWindows = 8; // what a person can have open; a program may ask for thousands
 
 struct PlaceDescription {
     TaskColumn column;
@@ -49,7 +53,8 @@ QuickTaskController::QuickTaskController(app::TMApplicationDelegate &delegate, c
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowTitle(tr("Quick Entry"));
-    m_title = new QLineEdit(title.simplified());
+    const auto taken = viewcontrollers::ForeignText::line(title);
+    m_title = new QLineEdit(taken.text);
     m_title->setAccessibleName(tr("Title"));
     m_title->setPlaceholderText(tr("What is to be done?"));
     QFont font = m_title->font();
@@ -60,6 +65,11 @@ QuickTaskController::QuickTaskController(app::TMApplicationDelegate &delegate, c
     layout->setContentsMargins(20, 20, 20, 16);
     layout->setSpacing(14);
     layout->addWidget(m_title);
+    m_notice = new QLabel(tr("The text was too long for a title; its beginning was taken."));
+    m_notice->setObjectName(QStringLiteral("subline"));
+    m_notice->setVisible(taken.isCut);
+    connect(m_title, &QLineEdit::inputRejected, m_notice, &QLabel::show); // pasted, and longer than a field takes
+    layout->addWidget(m_notice);
     layout->addLayout(makeFields());
     layout->addLayout(makeButtons());
     layout->setSizeConstraint(QLayout::SetFixedSize);
@@ -195,15 +205,24 @@ QuickEntry::QuickEntry(app::TMApplicationDelegate &delegate) : m_delegate(delega
     connect(&m_delegate, &app::TMApplicationDelegate::quickTaskRequested, this, &QuickEntry::quickTask);
 }
 
-void QuickEntry::quickTask(const QString &title)
+bool QuickEntry::quickTask(const QString &title)
 {
-    (new QuickTaskController(m_delegate, title))->showWindow();
+    m_open.removeAll(nullptr);
+    if (m_open.size() >= mostWindows) {
+        m_open.last()->showWindow();
+        foundation::logLine("No further quick entry is opened before one of the many is answered.");
+        return false;
+    }
+    auto *entry = new QuickTaskController(m_delegate, title);
+    m_open.append(entry);
+    entry->showWindow();
+    return true;
 }
 
 QString QuickEntry::addTaskService(const QString &text)
 {
-    if (!text.isEmpty())
-        quickTask(text);
+    if (!text.isEmpty() && !quickTask(text))
+        return tr("Too many quick entries are open.");
     return tr("Error: could not add task.");
 }
 

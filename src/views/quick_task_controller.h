@@ -4,7 +4,9 @@
 #include "app/tm_application_delegate.h"
 
 #include <QDialog>
+#include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <array>
 
 namespace views {
@@ -48,6 +50,7 @@ private:
 
     app::TMApplicationDelegate &m_delegate;
     QLineEdit *m_title = nullptr;
+    QLabel *m_notice = nullptr;
     std::array<Picker *, 4> m_pickers{};
     std::array<QString, 4> m_chosen; ///< URIs, since a record may go while the window is open; empty for none
     DateField *m_due = nullptr;
@@ -63,7 +66,8 @@ class QuickEntry final : public QObject
 public:
     explicit QuickEntry(app::TMApplicationDelegate &delegate);
 
-    void quickTask(const QString &title = {});
+    /// False where so many windows are open that the last of them comes to the front instead.
+    bool quickTask(const QString &title = {});
     /// Opens a window with `text`, if there is any. The answer is always the sentence of a failure, which the desktop
     /// is to show only where the service could not be reached.
     QString addTaskService(const QString &text);
@@ -72,6 +76,7 @@ public:
 
 private:
     app::TMApplicationDelegate &m_delegate;
+    QList<QPointer<QuickTaskController>> m_open;
 };
 
 } // namespace views

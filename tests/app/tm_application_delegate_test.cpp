@@ -129,7 +129,7 @@ TEST_F(Delegate, waitsForAnotherWriterBetweenEventsAndTellsOnlyWhenItLasts)
     EXPECT_EQ(other.execAndGet("SELECT title FROM Tasks").getString(), "Milk and bread");
 }
 
-TEST_F(Delegate, findsANewDayHoweverItComes)
+TEST_F(Delegate, F24_a_new_day_is_found_once_however_it_comes)
 {
     QSignalSpy days(&delegate(), &TMApplicationDelegate::newDayDidBegin);
     const auto tick = [&](const char *time) {
@@ -145,6 +145,7 @@ TEST_F(Delegate, findsANewDayHoweverItComes)
     EXPECT_EQ(delegate().today(), at("2026-11-25"));
     EXPECT_EQ(tick("2026-11-22 23:59"), 1) << "set back";
     EXPECT_EQ(tick("2026-11-27 07:00"), 1) << "slept over more than one midnight";
+    EXPECT_EQ(tick("2026-11-27 07:00"), 0) << "and that once";
 
     const QByteArray zone = qgetenv("TZ");
     qputenv("TZ", "Pacific/Kiritimati");
@@ -158,7 +159,7 @@ TEST_F(Delegate, findsANewDayHoweverItComes)
     EXPECT_EQ(delegate().today(), at("2026-11-27"));
 }
 
-TEST(RepeatingSchedule, isDueByTheClockThroughSleepAndAClockSetBack)
+TEST(RepeatingSchedule, F24_is_due_once_by_the_clock_through_sleep_and_a_clock_set_back)
 {
     using namespace std::chrono_literals;
     app::RepeatingSchedule schedule;

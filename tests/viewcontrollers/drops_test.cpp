@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/test_application.h"
+#include "viewcontrollers/foreign_text.h"
 #include "viewcontrollers/source_list_controller.h"
 #include "viewcontrollers/task_drag.h"
 
@@ -72,6 +73,54 @@ TEST_F(Drop, isRefusedElsewhereBetweenRowsAndWithoutTasks)
     application.moc().remove(task);
     application.moc().processPendingChanges();
     EXPECT_FALSE(drop({&task}, list.indexOf(SourceKind::Trash))) << "the task is gone";
+}
+
+TEST_F(Drop, F51_what_other_programs_offer_as_tasks_is_ignored)
+{
+    auto &here = application.add(aTask().titled("Here"));
+    auto &gone = application.add(aTask().titled("Gone"));
+    auto &folder = application.addRecord<model::Folders>("Garden");
+    application.delegate().saveAction();
+    const QByteArray good = QByteArray::fromStdString(application.moc().uri(here));
+    const QByteArray deleted = QByteArray::fromStdString(application.moc().uri(gone));
+    application.moc().remove(gone);
+    application.delegate().saveAction();
+    support::TestApplication elsewhere;
+    const QByteArray foreign = QByteArray::fromStdString(elsewhere.moc().uri(elsewhere.add(aTask().titled("There"))));
+    const QByteArray place = good.left(good.lastIndexOf('/') + 1);
+    const QByteArray offers[] = {deleted, foreign, QByteArray::fromStdString(application.moc().uri(folder)), "",
+        "\n\n\n", QByteArray("\0\0\0", 3), place, place + "0", place + "-1", place + "99999999999999999999999999",
+        place + "1.5", place + "1 OR 1=1", good + '\0', ' ' + good, "x-objectstore://", "x-objectstore:///Tasks/1",
+        "file:///etc/passwd", place + QByteArray(1'000'000, '9'), QByteArray(1'000'000, '\xff'),
+        QByteArray(40 * 1024 * 1024, '\n') + good};
+    list.refreshOutlineView();
+    for (const QByteArray &offer : offers) {
+        QMimeData data;
+        data.setData(taskDataType(), offer);
+        EXPECT_TRUE(tasksOf(data, application.moc()).empty()) << offer.left(80).toStdString();
+        EXPECT_FALSE(list.dropMimeData(&data, Qt::MoveAction, -1, -1, list.indexOf(SourceKind::Trash)));
+    }
+    QMimeData mixed;
+    mixed.setData(taskDataType(), "nonsense\n" + deleted + '\n' + good + '\n' + good);
+    EXPECT_EQ(tasksOf(mixed, application.moc()), std::vector<model::Tasks *>{&here}) << "what is good of it, once";
+    EXPECT_FALSE(here.deleteOnSync());
+}
+
+TEST(DroppedText, F51_of_any_length_and_with_any_character_becomes_a_readable_line)
+{
+    QMimeData endless;
+    endless.setText(QString(20'000'000, QLatin1Char('a')));
+    EXPECT_EQ(droppedTask(endless)->title.size(), longestForeignLine);
+    EXPECT_TRUE(droppedTask(endless)->isCut);
+    QMimeData tricks;
+    tricks.setText(QStringLiteral(" \u202Egnp.exe\u202C\u0007\u001B[2J \u2066x\u2069\u0000 "));
+    EXPECT_EQ(droppedTask(tricks)->title, QStringLiteral("gnp.exe[2J x"));
+    QMimeData odd;
+    for (const QByteArray &bytes :
+        {QByteArray("x"), QByteArray("\n"), QByteArray("h\0\n\0\xd8", 5), QByteArray(3, '\n')}) {
+        odd.setData(QStringLiteral("text/x-moz-url"), bytes);
+        EXPECT_FALSE(droppedTask(odd)) << bytes.toHex().toStdString();
+    }
 }
 
 TEST(DroppedText, becomesTheTitleAndALinkTheNotes)

@@ -2,7 +2,11 @@
 #include "views/quick_task_controller.h"
 
 #include "support/test_application.h"
+#include "viewcontrollers/foreign_text.h"
 
+#include <QApplication>
+#include <QClipboard>
+#include <QElapsedTimer>
 #include <QPointer>
 #include <QTest>
 
@@ -103,6 +107,43 @@ TEST_F(QuickTask, takesATypedDueDateThoughReturnWasPressedInTheTitle)
     QTest::keyClick(&window->taskTitleField(), Qt::Key_Return);
     ASSERT_TRUE(onlyTask());
     EXPECT_EQ(onlyTask()->dueDate(), at("2026-11-25 14:00"));
+}
+
+TEST_F(QuickTask, F53_a_text_that_is_too_long_or_not_plain_is_cut_and_shown_as_it_is_and_says_so)
+{
+    views::QuickEntry service(application.delegate());
+    const auto opened = [this](const QString &text, views::QuickEntry &entry) {
+        entry.addTaskService(text);
+        for (QWidget *widget : QApplication::topLevelWidgets()) {
+            if (auto *candidate = qobject_cast<QuickTaskController *>(widget); candidate && candidate->isVisible())
+                window = candidate;
+        }
+        return window;
+    };
+    const auto notice = [this] { return window->findChild<QLabel *>(QStringLiteral("subline"))->isVisible(); };
+
+    QElapsedTimer time;
+    time.start();
+    ASSERT_TRUE(opened(QString(5'000'000, QLatin1Char('a')) + QString(5'000'000, QChar(0x202E)), service));
+    EXPECT_LT(time.elapsed(), 2000);
+    EXPECT_EQ(window->taskTitleField().text().size(), viewcontrollers::longestForeignLine);
+    EXPECT_TRUE(notice());
+    window->dontSaveAction();
+    EXPECT_TRUE(isGone());
+
+    const QString emoji = QStringLiteral("\U0001F600");
+    ASSERT_TRUE(opened(QLatin1Char('x') + emoji.repeated(viewcontrollers::longestForeignLine), service));
+    EXPECT_FALSE(window->taskTitleField().text().back().isHighSurrogate()) << "not in the middle of a character";
+    window->dontSaveAction();
+    EXPECT_TRUE(isGone());
+
+    ASSERT_TRUE(opened(QStringLiteral("\u202EPay\u0000 \u0007\u009B31m\r\nAna \u2067\u05D0\u2069\u200D"), service));
+    EXPECT_EQ(window->taskTitleField().text(), QStringLiteral("Pay 31m Ana \u05D0\u200D"));
+    EXPECT_FALSE(notice());
+    QGuiApplication::clipboard()->setText(QString(10'000'000, QLatin1Char('b')));
+    window->taskTitleField().paste();
+    EXPECT_TRUE(notice()) << "what is pasted is cut, too";
+    window->dontSaveAction();
 }
 
 TEST_F(QuickTask, aFailedSaveIsShownAndTheTaskIsKept)
