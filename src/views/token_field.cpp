@@ -10,6 +10,7 @@
 #include <QLabel>
 #include <QStringListModel>
 #include <QStyle>
+#include <QStyledItemDelegate>
 #include <QToolButton>
 
 namespace views {
@@ -29,6 +30,8 @@ TokenField::TokenField(QWidget *parent) : QWidget(parent)
     m_words = new QStringListModel(this);
     auto *completer = new QCompleter(m_words, this);
     completer->setCaseSensitivity(Qt::CaseInsensitive);
+    completer->popup()->setObjectName(QStringLiteral("completions"));
+    completer->popup()->setItemDelegate(new QStyledItemDelegate(completer->popup())); // which the style sheet reaches
     m_edit->setCompleter(completer);
     connect(m_edit, &QLineEdit::textEdited, this, &TokenField::complete);
     connect(m_edit, &QLineEdit::editingFinished, this, &TokenField::commit);

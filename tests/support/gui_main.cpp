@@ -3,6 +3,13 @@
 
 #include <gtest/gtest.h>
 
+/// Asked by the leak sanitizer. Fontconfig loses a pattern where it looks for a font with signs that the first has not.
+extern "C" const char *__lsan_default_suppressions(); // NOLINT: the sanitizer gives the name
+extern "C" const char *__lsan_default_suppressions()
+{
+    return "leak:libfontconfig\n";
+}
+
 int main(int argc, char **argv)
 {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
