@@ -42,9 +42,10 @@ std::int64_t SyncSession::contextByTitle(std::string_view title) const
 {
     // One that was renamed here goes by its old name there.
     if (isGuarding() && listedContexts) {
-        const auto listed = listedContexts->find(title);
-        return listed == listedContexts->end() ? unlistedContext : listed->second;
+        if (const auto listed = listedContexts->find(title); listed != listedContexts->end())
+            return listed->second;
     }
+    // And one whose new name an old list does not have yet goes by that among the tasks already.
     const model::Contexts *context = m_records.getContextByTitle(title);
     return context ? context->contextID() : 0;
 }

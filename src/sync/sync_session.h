@@ -85,11 +85,7 @@ public:
     /// The folders and contexts that got an id in this run: what is sent of their tasks has changed by it.
     std::vector<objectstore::ManagedObject *> placesWithNewId = {};
 
-    /// What stands for a context that the service names but has not listed: one of the two lists is older than the
-    /// other.
-    static constexpr std::int64_t unlistedContext = -1;
-    /// The id of the context of this title: the service's own, or, while it could not be listed, the one that is known
-    /// here; 0 without any.
+    /// The id of the context of this title: the service's own, else the one that is known here; 0 without any.
     [[nodiscard]] std::int64_t contextByTitle(std::string_view title) const;
 
 private:

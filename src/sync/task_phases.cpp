@@ -70,16 +70,13 @@ bool TaskPhases::getTasks()
     return true;
 }
 
-/// What a list that is older than another says of its tasks is not taken over; the next one will know. Those that are
-/// new are made where they can be.
+/// A list that has tasks in a folder that this run has deleted is an old one: what it says of them is not taken over.
 void TaskPhases::setAsideWhatIsOld()
 {
     for (GtdTask &task : m_tdTasks) {
-        const bool isUnlisted = task.context == SyncSession::unlistedContext;
-        if (!isUnlisted && !m_session.deletedFolders.contains(task.folder))
+        if (!m_session.deletedFolders.contains(task.folder))
             continue;
         m_setAside.insert(task.taskId);
-        task.context = isUnlisted ? 0 : task.context;
         task.source.reset();
     }
 }
