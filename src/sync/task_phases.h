@@ -67,6 +67,7 @@ private:
     void makeTask(const GtdTask &listed, TaskMapping &mapping);
     bool deleteListed(const GtdTask &listed, model::Tasks &task);
     [[nodiscard]] bool sendNewTask(Edit &added);
+    [[nodiscard]] std::optional<std::int64_t> idOfUnanswered(const Edit &added);
     [[nodiscard]] bool isGoneThere(std::int64_t taskID) const;
     [[nodiscard]] Sent deleteAtService(const GtdTask &task);
     void remove(model::Tasks &task);
