@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <map>
 #include <span>
+#include <unordered_map>
 
 namespace syncing {
 
@@ -62,6 +63,7 @@ bool TaskPhases::getTasks()
     if (!listed || !m_isListed)
         return false;
     m_tdTasks = std::move(listed->tasks);
+    placeByContextId(m_tdTasks);
     std::erase_if(m_tdTasks, [](const GtdTask &task) { return !isServiceId(task.taskId); });
     m_listedIds.reserve(m_tdTasks.size() + listed->unchanged.size());
     m_listedIds.insert(listed->unchanged.begin(), listed->unchanged.end());
@@ -69,6 +71,22 @@ bool TaskPhases::getTasks()
         m_listedIds.insert(task.taskId);
     setAsideWhatIsOld();
     return true;
+}
+
+/// Puts each task into the context whose id stands beside its name, where that is known here: the lists of tasks and of
+/// contexts are not of one moment, and may know one context by two names.
+void TaskPhases::placeByContextId(std::vector<GtdTask> &tasks) const
+{
+    std::unordered_map<std::int64_t, bool> isKnown;
+    for (GtdTask &task : tasks) {
+        if (!isServiceId(task.listedContext))
+            continue;
+        const auto [known, isFirst] = isKnown.try_emplace(task.listedContext);
+        if (isFirst)
+            known->second = m_session.records().getContextById(task.listedContext) != nullptr;
+        if (known->second)
+            task.context = task.listedContext;
+    }
 }
 
 /// A list that has tasks in a folder that this run has deleted is an old one: what it says of them is not taken over.
@@ -476,6 +494,7 @@ std::optional<std::int64_t> TaskPhases::idOfUnanswered(const Edit &added)
     const auto known = listed ? index() : std::nullopt;
     if (!known || error || m_session.client().lastReplyWasRefused())
         return std::nullopt;
+    placeByContextId(*listed);
     const auto found = std::ranges::find_if(*listed, [&](const GtdTask &task) {
         return isServiceId(task.taskId) && !m_listedIds.contains(task.taskId) && !known->firstID(task.taskId)
             && contentOf(task) == added.content;

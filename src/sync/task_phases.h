@@ -53,6 +53,7 @@ private:
 
     [[nodiscard]] std::vector<Comparison> listedThatMayDiffer(const TaskIndex &known);
 
+    void placeByContextId(std::vector<GtdTask> &tasks) const;
     void setAsideWhatIsOld();
     [[nodiscard]] bool listsAllThatChangedHere(const TaskIndex &known) const;
     [[nodiscard]] GtdTask asSent(const model::Tasks &task) const;
