@@ -102,23 +102,28 @@ private:
     void edit(Client &client, const Step &step)
     {
         const std::string name = std::to_string(++m_names);
+        const auto unexpected = broughtBack(client);
         if (!client.edit(step, name))
             return;
         if (step.deed == Deed::AddTask)
             m_created.insert("t" + name);
         for (const std::string &uid : client.trashed())
             m_everTrashed.insert(uid);
-        if (m_history.clients == 1)
-            expect(client.contents());
+        if (m_history.clients != 1)
+            return;
+        m_expected = client.contents();
+        std::erase_if(m_expected, [&unexpected](const std::string &line) { return unexpected.contains(line); });
     }
 
-    /// What an old list has just brought back is not what the user left.
-    void expect(std::multiset<std::string> contents)
+    /// What an old list has brought back here; the user did not leave it.
+    std::multiset<std::string> broughtBack(Client &client)
     {
-        if (m_isListOld)
-            std::erase_if(contents,
-                [this](const std::string &line) { return !line.starts_with("task") && !m_expected.contains(line); });
-        m_expected = std::move(contents);
+        if (!m_isListOld)
+            return {};
+        auto contents = client.contents();
+        std::erase_if(contents,
+            [this](const std::string &line) { return line.starts_with("task") || m_expected.contains(line); });
+        return contents;
     }
 
     /// With one computer nothing but its user changes anything: a run may only take away what was to be deleted. What
