@@ -263,7 +263,7 @@ public:
         smartFolder.setPredicate(
             objectstore::Predicate::format("title CONTAINS[c] 'p' OR (notes CONTAINS[c] 'garlic' AND star == YES)"));
         delegate().saveAction();
-        auto *editor = new views::SmartFolderEditController(delegate(), smartFolder, &window());
+        auto *editor = new views::SmartFolderEditController(delegate(), m_tasks.catalog(), smartFolder, &window());
         editor->show();
         show(*editor);
         (void)longestSilence([] { return true; });
