@@ -166,7 +166,7 @@ Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &re
     try {
         // A wish for an order would keep SQLite from the index that finds the rows; they are put in order below.
         bool isKnown = false;
-        if (!plan->inMemory) { // a list that is shown again needs no columns
+        if (!plan->inMemory && !objects.empty()) { // a list that is shown again needs no columns
             Statement keys = m_state->connection->prepare(
                 "SELECT t._key, t._save FROM " + identifier(plan->entity->name()) + " t" + where(*plan));
             bindAll(keys, plan->condition);
@@ -174,30 +174,32 @@ Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &re
             if (!isKnown)
                 found.clear();
         }
-        Statement statement = m_state->connection->prepare(selectRows(*plan->entity) + where(*plan));
-        bindAll(statement, plan->condition);
-        RowBuilder builder;
-        while (!isKnown && statement.step()) {
-            auto &kept = objects[statement.integer(0)];
-            if (!kept) {
-                kept = plan->entity->makeObject();
-                kept->m_id = {plan->entity, statement.integer(0)};
-                kept->m_context = this;
+        if (!isKnown) {
+            Statement statement = m_state->connection->prepare(selectRows(*plan->entity) + where(*plan));
+            bindAll(statement, plan->condition);
+            RowBuilder builder;
+            while (statement.step()) {
+                auto &kept = objects[statement.integer(0)];
+                if (!kept) {
+                    kept = plan->entity->makeObject();
+                    kept->m_id = {plan->entity, statement.integer(0)};
+                    kept->m_context = this;
+                }
+                if (kept->m_deleted && !m_state->changedOf(*plan->entity).contains(*kept)) {
+                    kept->m_deleted = false; // an undo elsewhere brought it back
+                    kept->m_row.reset();
+                }
+                if (!kept->m_row) {
+                    kept->m_row = readRow(builder, statement, *plan->entity);
+                    loaded.push_back(kept.get());
+                } else if (!kept->m_unsaved && kept->m_row->save() != statement.integer(1) && !kept->m_inserted) {
+                    kept->m_row = readRow(builder, statement, *plan->entity);
+                }
+                if (unsaved && kept->hasChanges())
+                    continue;
+                if (!plan->inMemory || evaluator.matches(*kept))
+                    found.push_back(kept.get());
             }
-            if (kept->m_deleted && !m_state->changedOf(*plan->entity).contains(*kept)) {
-                kept->m_deleted = false; // an undo elsewhere brought it back
-                kept->m_row.reset();
-            }
-            if (!kept->m_row) {
-                kept->m_row = readRow(builder, statement, *plan->entity);
-                loaded.push_back(kept.get());
-            } else if (!kept->m_unsaved && kept->m_row->save() != statement.integer(1) && !kept->m_inserted) {
-                kept->m_row = readRow(builder, statement, *plan->entity);
-            }
-            if (unsaved && kept->hasChanges())
-                continue;
-            if (!plan->inMemory || evaluator.matches(*kept))
-                found.push_back(kept.get());
         }
     } catch (const SQLite::Exception &exception) {
         disconnect(exception);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "objectstore/context_state.h"
+#include "objectstore/random_number.h"
 
 #include <SQLiteCpp/Exception.h>
 #include <algorithm>
-#include <random>
 
 namespace objectstore {
 
@@ -48,10 +48,9 @@ Result<SaveReport> ContextSaver::save()
 
 void ContextSaver::write()
 {
-    static thread_local std::mt19937_64 random{std::random_device{}()};
     m_save = m_log.lastSave() + 1;
     m_unsureSave = unsureSave();
-    m_token = std::to_string(random());
+    m_token = std::to_string(randomNumber());
     m_state.unsureSaves.emplace_back(m_save, m_token);
     for (Insertion insertion; ManagedObject * object : m_objects) {
         if (object->m_inserted && !object->m_deleted)

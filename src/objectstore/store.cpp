@@ -2,6 +2,7 @@
 #include "objectstore/store.h"
 
 #include "objectstore/connection.h"
+#include "objectstore/random_number.h"
 #include "objectstore/schema.h"
 #include "objectstore/store_care.h"
 
@@ -174,12 +175,12 @@ Result<std::unique_ptr<Store>> Store::open(
 std::int64_t Store::nextKey()
 {
     constexpr double epoch = 1577836800; // 2020-01-01
-    static thread_local std::mt19937 random{std::random_device{}()};
     const auto seconds = std::max<std::int64_t>(static_cast<std::int64_t>(m_clock.now().seconds - epoch), 1);
     std::int64_t last = m_lastKey;
     std::int64_t next = 0;
     do {
-        next = last >> 32 >= seconds ? last + 1 : (seconds << 32) | static_cast<std::int64_t>(random() & 0x7fffffffU);
+        next = last >> 32 >= seconds ? last + 1
+                                     : (seconds << 32) | static_cast<std::int64_t>(randomNumber() & 0x7fffffffU);
     } while (!m_lastKey.compare_exchange_weak(last, next));
     return next;
 }

@@ -61,6 +61,12 @@ bool SyncSession::acceptList(bool hasList, const TDError &error)
     return false;
 }
 
+bool SyncSession::isUnanswered() const
+{
+    const auto &failure = m_parts.client.lastReply().failure;
+    return failure && failure->domain == toodledo::httpErrorDomain;
+}
+
 Sent SyncSession::acceptItem(bool succeeded, const TDError &error, std::string_view title)
 {
     const toodledo::TDReply &reply = m_parts.client.lastReply();
@@ -74,7 +80,7 @@ Sent SyncSession::acceptItem(bool succeeded, const TDError &error, std::string_v
         return Sent::Confirmed;
     m_isIncomplete = true;
     const bool withoutKey = !m_parts.client.currentKey() || reply.errorText == keyRefusal;
-    const bool unreachable = withoutKey || (reply.failure && reply.failure->domain == toodledo::httpErrorDomain);
+    const bool unreachable = withoutKey || isUnanswered();
     const TDError failure = failureOf(error, title);
     // A service that refuses hundreds of items must not make the user dismiss hundreds of alerts.
     if (unreachable || m_shownInPhase++ == 0)

@@ -62,6 +62,8 @@ public:
 
     /// Whether the last list can be believed. `error` is what the client said of it; it is shown.
     [[nodiscard]] bool acceptList(bool hasList, const toodledo::TDError &error);
+    /// Whether the last request got no answer, so that nothing tells whether it arrived.
+    [[nodiscard]] bool isUnanswered() const;
     /// What came of the last operation on an item. A failure is shown, or only logged after the first of a phase.
     Sent acceptItem(bool succeeded, const toodledo::TDError &error, std::string_view title);
     /// Tells that a new phase begins, whose first failure is to be shown again.

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <map>
 #include <span>
+#include <unordered_map>
 
 namespace syncing {
 
@@ -20,14 +21,15 @@ using toodledo::TDError;
 
 namespace {
 
-/// As many sends are marked by one save; so a crash leaves at most so many that the next list has to explain.
+/// As many sends at most are marked by one save; so a crash leaves at most so many that the next list has to explain.
 constexpr std::size_t sendBatch = 32;
 
+/// One item, then twice as many each time: of a few sends a crash finds nearly all noted, and many need few saves.
 template <class Item> std::vector<std::span<Item>> inBatches(std::vector<Item> &items)
 {
     std::vector<std::span<Item>> batches;
-    for (std::size_t from = 0; from < items.size(); from += sendBatch)
-        batches.push_back(std::span(items).subspan(from, std::min(sendBatch, items.size() - from)));
+    for (std::size_t from = 0; from < items.size(); from += batches.back().size())
+        batches.push_back(std::span(items).subspan(from, std::min({sendBatch, from + 1, items.size() - from})));
     return batches;
 }
 
@@ -61,6 +63,7 @@ bool TaskPhases::getTasks()
     if (!listed || !m_isListed)
         return false;
     m_tdTasks = std::move(listed->tasks);
+    placeByContextId(m_tdTasks);
     std::erase_if(m_tdTasks, [](const GtdTask &task) { return !isServiceId(task.taskId); });
     m_listedIds.reserve(m_tdTasks.size() + listed->unchanged.size());
     m_listedIds.insert(listed->unchanged.begin(), listed->unchanged.end());
@@ -68,6 +71,22 @@ bool TaskPhases::getTasks()
         m_listedIds.insert(task.taskId);
     setAsideWhatIsOld();
     return true;
+}
+
+/// Puts each task into the context whose id stands beside its name, where that is known here: the lists of tasks and of
+/// contexts are not of one moment, and may know one context by two names.
+void TaskPhases::placeByContextId(std::vector<GtdTask> &tasks) const
+{
+    std::unordered_map<std::int64_t, bool> isKnown;
+    for (GtdTask &task : tasks) {
+        if (!isServiceId(task.listedContext))
+            continue;
+        const auto [known, isFirst] = isKnown.try_emplace(task.listedContext);
+        if (isFirst)
+            known->second = m_session.records().getContextById(task.listedContext) != nullptr;
+        if (known->second)
+            task.context = task.listedContext;
+    }
 }
 
 /// A list that has tasks in a folder that this run has deleted is an old one: what it says of them is not taken over.
@@ -178,7 +197,7 @@ bool TaskPhases::synchEditedTasks()
     const auto known = index();
     if (!known)
         return false;
-    TaskMapping mapping(m_session.records());
+    std::optional<TaskMapping> mapping; // made when it is needed: it reads every folder, context and tag
     std::vector<Edit> edits;
     for (const auto &[listing, id, server] : listedThatMayDiffer(*known)) {
         if (m_session.isOver())
@@ -191,7 +210,7 @@ bool TaskPhases::synchEditedTasks()
         const ContentMark local = m_session.isGuarding() ? contentOf(sent) : 0;
         const Winner winner = whoWins(listed, *task, server, local);
         if (winner == Winner::Server)
-            takeOver(listed, *task, server, mapping);
+            takeOver(listed, *task, server, mapping ? *mapping : mapping.emplace(m_session.records()));
         if (winner != Winner::Local)
             continue;
         if (m_session.isGuarding())
@@ -273,7 +292,7 @@ bool TaskPhases::getNewTasks()
     auto known = index();
     if (!known)
         return false;
-    TaskMapping mapping(m_session.records());
+    std::optional<TaskMapping> mapping;
     for (const GtdTask &listed : m_tdTasks) {
         if (m_session.isOver())
             break;
@@ -283,7 +302,7 @@ bool TaskPhases::getNewTasks()
         if (!task && (task = adopt(listed)))
             known->add(*task);
         if (!task)
-            makeTask(listed, mapping);
+            makeTask(listed, mapping ? *mapping : mapping.emplace(m_session.records()));
         else if (task->deleteOnSync())
             deleteListed(listed, *task);
     }
@@ -437,7 +456,11 @@ bool TaskPhases::sendNewTask(Edit &added)
         return true;
     }
     TDError error;
-    const std::int64_t id = m_session.client().addTask(added.sent, &error);
+    std::int64_t id = m_session.client().addTask(added.sent, &error);
+    if (const auto found = idOfUnanswered(added)) {
+        id = *found;
+        error = {};
+    }
     const Sent sent = m_session.acceptItem(id != -1, error, task.title());
     if (!m_session.isGuarding()) {
         if (error)
@@ -458,6 +481,25 @@ bool TaskPhases::sendNewTask(Edit &added)
         }
     }
     return sent != Sent::Unreachable;
+}
+
+/// The id of the task whose add went unanswered just now, if it did arrive. Asked at once: when another computer has
+/// changed the task, nothing tells any more that it is this one.
+std::optional<std::int64_t> TaskPhases::idOfUnanswered(const Edit &added)
+{
+    if (!m_session.isGuarding() || m_session.isOver() || !m_session.isUnanswered())
+        return std::nullopt;
+    TDError error;
+    auto listed = m_session.client().getTasks(&error);
+    const auto known = listed ? index() : std::nullopt;
+    if (!known || error || m_session.client().lastReplyWasRefused())
+        return std::nullopt;
+    placeByContextId(*listed);
+    const auto found = std::ranges::find_if(*listed, [&](const GtdTask &task) {
+        return isServiceId(task.taskId) && !m_listedIds.contains(task.taskId) && !known->firstID(task.taskId)
+            && contentOf(task) == added.content;
+    });
+    return found == listed->end() ? std::nullopt : std::optional(found->taskId);
 }
 
 bool TaskPhases::sendDeletedTasks()

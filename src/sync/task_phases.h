@@ -53,6 +53,7 @@ private:
 
     [[nodiscard]] std::vector<Comparison> listedThatMayDiffer(const TaskIndex &known);
 
+    void placeByContextId(std::vector<GtdTask> &tasks) const;
     void setAsideWhatIsOld();
     [[nodiscard]] bool listsAllThatChangedHere(const TaskIndex &known) const;
     [[nodiscard]] GtdTask asSent(const model::Tasks &task) const;
@@ -67,6 +68,7 @@ private:
     void makeTask(const GtdTask &listed, TaskMapping &mapping);
     bool deleteListed(const GtdTask &listed, model::Tasks &task);
     [[nodiscard]] bool sendNewTask(Edit &added);
+    [[nodiscard]] std::optional<std::int64_t> idOfUnanswered(const Edit &added);
     [[nodiscard]] bool isGoneThere(std::int64_t taskID) const;
     [[nodiscard]] Sent deleteAtService(const GtdTask &task);
     void remove(model::Tasks &task);

@@ -20,6 +20,7 @@ struct GtdTask {
     std::optional<std::vector<std::string>> tags;
     std::int64_t folder = 0; ///< 0: no folder
     std::int64_t context = 0; ///< 0: no context
+    std::int64_t listedContext = 0; ///< the id that a reply has beside the name of the context; 0: none
     std::int64_t goal = 0;
     bool hasStartTime = false;
     bool hasDueTime = false;

@@ -183,6 +183,8 @@ void TDTasksParser::read(std::size_t size)
 
 void TDTasksParser::didStartElement(std::string_view name, const Attributes &attributes)
 {
+    if (name == "context")
+        m_current.listedContext = integerOf(attributes.value("id"));
     if (name != "task")
         return;
     m_current = GtdTask();

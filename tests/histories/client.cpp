@@ -53,7 +53,7 @@ public:
         const Fault fault = number == m_step.faultAt ? m_step.fault : Fault::None;
         if (fault == Fault::KillBefore)
             throw Killed();
-        if (fault == Fault::Refuse)
+        if (fault == Fault::Refuse || m_isCutOff)
             return failure();
         if (fault == Fault::ErrorReply)
             return deliver("<error>key did not validate</error>", body);
@@ -65,8 +65,10 @@ public:
             m_lastLists[method] = reply;
         if (fault == Fault::KillAfter)
             throw Killed();
-        if (fault == Fault::LoseReply)
+        if (fault == Fault::LoseReply) {
+            m_isCutOff = m_step.cutsOff();
             return failure();
+        }
         return deliver(fault == Fault::StaleList && !old.empty() ? old : reply, body);
     }
 
@@ -87,6 +89,7 @@ private:
     std::function<void()> m_meddle;
     std::map<std::string, std::string> &m_lastLists;
     int m_number = 0;
+    bool m_isCutOff = false;
 };
 
 std::string firstWord(std::string_view text)

@@ -89,7 +89,7 @@ void describe(std::string &text, const std::vector<Step> &steps, int clients, co
             + std::to_string(step.value) + ")";
         if (step.fault != Fault::None)
             text += std::string("; ") + faultNames.at(static_cast<std::size_t>(step.fault)) + " at request "
-                + std::to_string(step.faultAt);
+                + std::to_string(step.faultAt) + (step.cutsOff() ? ", and the connection" : "");
         if (!step.meddling.empty())
             text += "; before request " + std::to_string(step.meddleAt) + ":";
         text += "\n";

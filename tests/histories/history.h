@@ -36,7 +36,7 @@ enum class Deed : std::uint8_t {
 enum class Fault : std::uint8_t {
     None,
     Refuse, ///< the request does not arrive
-    LoseReply, ///< it arrives, and the answer gets lost
+    LoseReply, ///< it arrives, and the answer gets lost, perhaps with the connection
     ErrorReply, ///< an `error` element instead of any work
     HtmlReply, ///< the page of a captive portal instead of any work
     StaleList, ///< a list as it was when the run before asked for it
@@ -56,6 +56,9 @@ struct Step {
     std::uint8_t faultAt = 0; ///< which request, counted after the login
     std::uint8_t meddleAt = 0; ///< before which request `meddling` happens
     std::vector<Step> meddling; ///< done by this or other clients while the run is under way
+
+    /// Whether the connection goes with a reply that gets lost, until the run has ended.
+    [[nodiscard]] bool cutsOff() const { return fault == Fault::LoseReply && value % 2 != 0; }
 };
 
 /// A whole history: how many clients, how far their clocks are off, what is switched, and the steps.
