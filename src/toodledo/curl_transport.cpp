@@ -7,6 +7,7 @@
 #include <cctype>
 #include <cmath>
 #include <curl/curl.h>
+#include <openssl/ssl.h>
 
 namespace toodledo {
 
@@ -92,6 +93,32 @@ std::size_t onHeader(const char *, std::size_t, std::size_t size, void *exchange
     return static_cast<Exchange *>(exchange)->takeHeader(size);
 }
 
+// libcurl does not tell whether a connection ended with TLS's goodbye, which nobody can forge who cuts it.
+
+void onTlsEvent(const SSL *connection, int event, int value) noexcept
+{
+    if (event == SSL_CB_READ_ALERT && (value & 0xff) == SSL_AD_CLOSE_NOTIFY)
+        *static_cast<bool *>(SSL_CTX_get_app_data(SSL_get_SSL_CTX(connection))) = true;
+}
+
+CURLcode onTlsContext(CURL *, void *context, void *saidGoodbye) noexcept
+{
+    auto *tls = static_cast<SSL_CTX *>(context);
+    SSL_CTX_set_app_data(tls, saidGoodbye);
+    SSL_CTX_set_info_callback(tls, &onTlsEvent);
+    return CURLE_OK;
+}
+
+/// Whether nothing but the end of the connection ends the reply.
+bool endsWithItsConnection(CURL *easy)
+{
+    curl_header *header = nullptr;
+    if (curl_easy_header(easy, "Content-Length", 0, CURLH_HEADER, -1, &header) == CURLHE_OK)
+        return false;
+    return curl_easy_header(easy, "Transfer-Encoding", 0, CURLH_HEADER, -1, &header) != CURLHE_OK
+        || !equalIgnoringCase(header->value, "chunked");
+}
+
 HttpErrorCode codeFor(CURLcode code)
 {
     switch (code) {
@@ -109,6 +136,7 @@ HttpErrorCode codeFor(CURLcode code)
 } // namespace
 
 struct CurlTransport::Handles {
+    bool saidGoodbye = false; ///< the server, in TLS's way, since the exchange began
     // The multi handle owns the connections; waiting on it, unlike within curl_easy_perform, can be ended at once.
     std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)> multi{curl_multi_init(), &curl_multi_cleanup};
     std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> easy{curl_easy_init(), &curl_easy_cleanup};
@@ -154,6 +182,12 @@ CurlTransport::CurlTransport(Options options) : m_options(std::move(options))
     curl_easy_setopt(easy, CURLOPT_USERAGENT, "Quelvin");
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &onBody);
     curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &onHeader);
+    curl_easy_setopt(easy, CURLOPT_SSL_CTX_FUNCTION, &onTlsContext);
+    curl_easy_setopt(easy, CURLOPT_SSL_CTX_DATA, &m_handles->saidGoodbye);
+    if (!m_options.authorities.empty()) {
+        curl_easy_setopt(easy, CURLOPT_CAINFO, m_options.authorities.c_str());
+        curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);
+    }
 }
 
 CurlTransport::~CurlTransport() = default;
@@ -179,6 +213,7 @@ foundation::Result<HttpReply> CurlTransport::perform(const HttpRequest &request,
     curl_easy_setopt(easy, CURLOPT_WRITEDATA, &exchange);
     curl_easy_setopt(easy, CURLOPT_HEADERDATA, &exchange);
     curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, message.data());
+    m_handles->saidGoodbye = false;
     const auto result = m_handles->run(request.stop);
     curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, nullptr);
 
@@ -193,6 +228,8 @@ foundation::Result<HttpReply> CurlTransport::perform(const HttpRequest &request,
         message.resize(message.find('\0'));
         return foundation::Failure(error(codeFor(*result), message.empty() ? curl_easy_strerror(*result) : message));
     }
+    if (request.url.starts_with("https:") && endsWithItsConnection(easy) && !m_handles->saidGoodbye)
+        return foundation::Failure(error(HttpErrorCode::Connection, "the connection ended before the reply did"));
     char *contentType = nullptr;
     curl_easy_getinfo(easy, CURLINFO_CONTENT_TYPE, &contentType);
     return HttpReply{static_cast<int>(exchange.status), contentType ? contentType : ""};

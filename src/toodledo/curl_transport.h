@@ -19,7 +19,8 @@ class CurlTransport final : public HttpTransport
 public:
     struct Options {
         std::size_t replyLimit = std::size_t{128} << 20; ///< bytes of body, beyond which a reply is dropped
-        std::string acceptedCertificateDomain; ///< see `allowsAnyHttpsCertificate`
+        std::string acceptedCertificateDomain = {}; ///< see `allowsAnyHttpsCertificate`
+        std::string authorities = {}; ///< a file of the certificates to trust in place of the system's; empty: those
     };
 
     explicit CurlTransport(Options options);

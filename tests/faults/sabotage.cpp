@@ -36,6 +36,9 @@ constexpr std::array bugs{
     Bug{"ids-forgotten", {}, {}},
     Bug{"memory-leaked", {}, {}},
     Bug{"descriptor-leaked", {}, {}},
+    Bug{"cut-reply-believed", {}, {}},
+    Bug{"truncation-believed", {}, {}},
+    Bug{"any-certificate-accepted", {}, {}},
 };
 
 std::vector<std::string_view> &planted()

@@ -5,8 +5,10 @@ namespace network {
 
 namespace {
 
+using testing_support::Greeting;
 using testing_support::ScriptedHttpServer;
 using testing_support::ScriptedReply;
+using testing_support::Tear;
 using Mode = ScriptedReply::Mode;
 
 // Where a reply is refused for something other than its body, that body is a good one: to believe it is to fail.
@@ -14,6 +16,12 @@ using Mode = ScriptedReply::Mode;
 template <Mode mode> ScriptedReply in(const std::string &good, const std::string &)
 {
     return {.body = good, .mode = mode};
+}
+
+/// The good reply, torn on its way to the client;
+template <Tear tear> ScriptedReply torn(const std::string &good, const std::string &)
+{
+    return {.body = good, .tear = tear};
 }
 
 template <int status> ScriptedReply with(const std::string &good, const std::string &)
@@ -57,6 +65,12 @@ constexpr Fault table[]{
     {"the connection is reset at once", in<Mode::ResetAtOnce>},
     {"the connection is reset in the body", in<Mode::ResetInBody>},
     {"the body is shorter than its length", in<Mode::CutLength>},
+    {"the connection is closed in the reply", torn<Tear::Close>},
+    {"the connection is reset in the reply", torn<Tear::Reset>},
+    {"a reply without a length is cut",
+        [](Good good, Target) {
+            return ScriptedReply{.body = "HTTP/1.1 200 OK\r\n\r\n" + good, .mode = Mode::Bytes, .tear = Tear::Close};
+        }},
     {"the status line is cut", [](Good, Target) { return ScriptedReply{.body = "HTTP/1.1 2", .mode = Mode::Bytes}; }},
     {"the headers are cut",
         [](Good, Target) {
@@ -82,7 +96,9 @@ constexpr Fault table[]{
 
     // time
     {"the server is silent", in<Mode::Hang>},
+    {"the server falls silent in the reply", torn<Tear::Silence>},
     {"the server falls silent in the body", in<Mode::StallInBody>},
+    {"the reply drips", torn<Tear::Drip>},
     {"the body drips", in<Mode::Drip>},
     {"the headers drip", in<Mode::DripHeader>},
 
@@ -158,7 +174,9 @@ constexpr Fault table[]{
     {"a byte order mark", [](Good, Target) { return ScriptedReply{.body = "\xef\xbb\xbf"}; }},
     {"another reply of the service", [](Good, Target) { return ScriptedReply{.body = "<goals></goals>"}; }},
     {"an element that it does not have", [](Good, Target) { return ScriptedReply{.body = "<ok>1</ok>"}; }},
-    {"a reply that is cut", [](Good good, Target) { return ScriptedReply{.body = good.substr(0, good.size() - 1)}; }},
+    {"a reply that is cut", in<Mode::Shortened>},
+    {"a reply without its last byte",
+        [](Good good, Target) { return ScriptedReply{.body = good.substr(0, good.size() - 1)}; }},
     {"a reply twice", [](Good good, Target) { return ScriptedReply{.body = good + good}; }},
     {"bytes that are not UTF-8", [](Good good, Target) { return ScriptedReply{.body = inside(good, "\xe9t\xe9")}; }},
     {"a wrong encoding",
@@ -205,11 +223,62 @@ constexpr Fault table[]{
         Fault::Kind::Odd},
 };
 
+template <Tear tear> Greeting tornGreeting()
+{
+    return {.tear = tear};
+}
+
+template <auto Identities::*identity> Greeting as()
+{
+    return {.identity = &(identities().*identity)};
+}
+
+constexpr Fault tlsTable[]{
+    {"the greeting is cut", nullptr, Fault::Kind::Bad, tornGreeting<Tear::Close>},
+    {"the connection is reset in the greeting", nullptr, Fault::Kind::Bad, tornGreeting<Tear::Reset>},
+    {"the server falls silent in the greeting", nullptr, Fault::Kind::Bad, tornGreeting<Tear::Silence>},
+    {"the greeting drips", nullptr, Fault::Kind::Bad, tornGreeting<Tear::Drip>},
+    {"the greeting is garbled", nullptr, Fault::Kind::Bad, tornGreeting<Tear::Garble>},
+    {"HTTP without TLS", nullptr, Fault::Kind::Bad,
+        [] { return Greeting{.instead = "HTTP/1.1 200 OK\r\nContent-Length: 15\r\n\r\n<tasks></tasks>"}; }},
+    {"an alert in place of a greeting", nullptr, Fault::Kind::Bad,
+        [] { return Greeting{.instead = std::string("\x15\3\3\0\2\2\x28", 7)}; }},
+    {"a record of a length that none has", nullptr, Fault::Kind::Bad,
+        [] { return Greeting{.instead = "\x16\3\3\xff\xff" + repeated("x", 0xffff)}; }},
+    {"a certificate that has expired", nullptr, Fault::Kind::Bad, as<&Identities::expired>},
+    {"a certificate of another host", nullptr, Fault::Kind::Bad, as<&Identities::ofAnotherHost>},
+    {"a certificate that nobody trusts", nullptr, Fault::Kind::Bad, as<&Identities::ofNobody>},
+    {"a version of TLS that is broken", nullptr, Fault::Kind::Bad, as<&Identities::ofThePast>},
+    {"a record of the reply is garbled", torn<Tear::Garble>},
+    // whoever cuts the connection could have cut the end of such a reply off
+    {"a whole reply without a length, and no goodbye",
+        [](Good good, Target) {
+            return ScriptedReply{
+                .body = "HTTP/1.1 200 OK\r\n\r\n" + good, .mode = Mode::Bytes, .tear = Tear::NoGoodbye};
+        }},
+};
+
 } // namespace
 
 std::span<const Fault> faults()
 {
     return table;
+}
+
+std::span<const Fault> tlsFaults()
+{
+    return tlsTable;
+}
+
+std::string Identities::authorities() const
+{
+    return good.pem() + goodForTls12.pem() + expired.pem() + ofAnotherHost.pem();
+}
+
+const Identities &identities()
+{
+    static const Identities made;
+    return made;
 }
 
 const ScriptedHttpServer &elsewhere()

@@ -38,47 +38,6 @@ bool readable(int socket)
     return ::poll(&state, 1, 20) > 0;
 }
 
-/// Sends all of `bytes`, unless the client has gone or the server ends.
-bool sendAll(const std::stop_token &stop, int socket, std::string_view bytes)
-{
-    while (!bytes.empty() && !stop.stop_requested()) {
-        const ssize_t sent = ::send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
-        if (sent > 0) {
-            bytes.remove_prefix(static_cast<std::size_t>(sent));
-        } else if (errno == EAGAIN) {
-            pollfd state{socket, POLLOUT, 0};
-            ::poll(&state, 1, 20);
-        } else {
-            return false;
-        }
-    }
-    return bytes.empty();
-}
-
-void drip(const std::stop_token &stop, int socket, std::string_view bytes)
-{
-    for (std::size_t i = 0; !stop.stop_requested() && i < 10'000; ++i) {
-        if (!sendAll(stop, socket, i < bytes.size() ? bytes.substr(i, 1) : " "))
-            return;
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    }
-}
-
-void waitUntilClosed(const std::stop_token &stop, int socket)
-{
-    char byte = 0;
-    while (!stop.stop_requested())
-        if (readable(socket) && ::recv(socket, &byte, 1, 0) <= 0)
-            return;
-}
-
-/// Lets the coming close cut the connection hard.
-void resetOnClose(int socket)
-{
-    const linger hard{1, 0};
-    ::setsockopt(socket, SOL_SOCKET, SO_LINGER, &hard, sizeof hard);
-}
-
 std::string asChunk(std::string_view bytes)
 {
     std::array<char, 24> size{};
@@ -94,8 +53,9 @@ std::string head(const ScriptedReply &reply, std::string_view bodyHeader)
 
 } // namespace
 
-ScriptedHttpServer::ScriptedHttpServer(Script script)
+ScriptedHttpServer::ScriptedHttpServer(Script script, Greet greet)
     : m_script(std::move(script))
+    , m_greet(std::move(greet))
     , m_listener(listenOnLoopback(m_port))
     , m_acceptor([this](const std::stop_token &stop) { accept(stop); })
 { }
@@ -142,42 +102,46 @@ void ScriptedHttpServer::accept(const std::stop_token &stop)
             continue;
         const int on = 1;
         ::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+        Greeting greeting;
         {
             const std::scoped_lock lock(m_mutex);
             ++m_connections;
+            if (m_greet)
+                greeting = m_greet();
         }
-        m_servants.emplace_back([this, socket](const std::stop_token &ownStop) {
-            serve(ownStop, socket);
-            ::close(socket);
-        });
+        m_servants.emplace_back(
+            [this, socket, greeting](const std::stop_token &ownStop) { serve(ownStop, socket, greeting); });
     }
 }
 
-void ScriptedHttpServer::serve(const std::stop_token &stop, int socket)
+void ScriptedHttpServer::serve(const std::stop_token &stop, int socket, const Greeting &greeting)
 {
+    Wire wire(stop, socket, greeting.instead.empty() ? greeting.identity : nullptr);
+    wire.strike(greeting.tear, greeting.place);
     std::string pending;
-    std::array<char, 65536> chunk{};
     while (!stop.stop_requested()) {
         const std::size_t end = pending.find("\r\n\r\n");
         if (end == std::string::npos) {
-            if (!readable(socket))
-                continue;
-            const ssize_t count = ::recv(socket, chunk.data(), chunk.size(), 0);
-            if (count <= 0)
+            const auto arrived = wire.receive();
+            if (!arrived)
                 return;
-            pending.append(chunk.data(), static_cast<std::size_t>(count));
+            pending += *arrived;
+            if (!pending.empty() && !greeting.instead.empty()) {
+                wire.send(greeting.instead);
+                return;
+            }
             continue;
         }
         const std::size_t begin = pending.find(' ') + 1;
         const std::string target = pending.substr(begin, pending.find(' ', begin) - begin);
         pending.erase(0, end + 4);
-        if (!answer(stop, socket, target))
+        if (!answer(wire, target))
             return;
     }
 }
 
 /// Whether the connection stays open.
-bool ScriptedHttpServer::answer(const std::stop_token &stop, int socket, const std::string &target)
+bool ScriptedHttpServer::answer(Wire &wire, const std::string &target)
 {
     ScriptedReply reply;
     {
@@ -185,42 +149,48 @@ bool ScriptedHttpServer::answer(const std::stop_token &stop, int socket, const s
         m_targets.push_back(target);
         reply = m_script(target);
     }
+    const auto place = static_cast<std::size_t>(reply.place * static_cast<double>(reply.body.size()));
+    if (reply.mode == Mode::Shortened)
+        reply.body.resize(place);
     const std::string length = "Content-Length: " + std::to_string(reply.body.size());
     switch (reply.mode) {
     case Mode::Normal:
-        return sendAll(stop, socket, head(reply, length) + reply.body);
+    case Mode::Shortened:
+        wire.strike(reply.tear, reply.place);
+        return wire.send(head(reply, length) + reply.body);
     case Mode::Hang:
-        waitUntilClosed(stop, socket);
+        wire.waitUntilClosed();
         return false;
     case Mode::Drip:
-        if (sendAll(stop, socket, head(reply, "Transfer-Encoding: identity")))
-            drip(stop, socket, reply.body);
+        if (wire.send(head(reply, "Transfer-Encoding: identity")))
+            wire.drip(reply.body);
         return false;
     case Mode::DripHeader:
-        drip(stop, socket, "HTTP/1.1 200 OK\r\nX-Slow: ");
+        wire.drip("HTTP/1.1 200 OK\r\nX-Slow: ");
         return false;
     case Mode::ResetInBody:
     case Mode::CutLength:
     case Mode::StallInBody:
-        sendAll(stop, socket, head(reply, length) + reply.body.substr(0, reply.body.size() / 2));
+        wire.send(head(reply, length) + reply.body.substr(0, place));
         if (reply.mode == Mode::ResetInBody)
-            resetOnClose(socket);
+            wire.resetOnClose();
         else if (reply.mode == Mode::StallInBody)
-            waitUntilClosed(stop, socket);
+            wire.waitUntilClosed();
         return false;
     case Mode::Endless:
-        sendAll(stop, socket,
+        wire.send(
             head(reply, "Transfer-Encoding: chunked") + (reply.body.empty() ? std::string() : asChunk(reply.body)));
-        while (sendAll(stop, socket, asChunk(reply.more))) { }
+        while (wire.send(asChunk(reply.more))) { }
         return false;
     case Mode::BadChunk:
-        sendAll(stop, socket, head(reply, "Transfer-Encoding: chunked") + "zz\r\n" + reply.body);
+        wire.send(head(reply, "Transfer-Encoding: chunked") + "zz\r\n" + reply.body);
         return false;
     case Mode::Bytes:
-        sendAll(stop, socket, reply.body);
+        wire.strike(reply.tear, reply.place);
+        wire.send(reply.body);
         return false;
     case Mode::ResetAtOnce:
-        resetOnClose(socket);
+        wire.resetOnClose();
         return false;
     case Mode::CloseAtOnce:
         return false;

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <chrono>
+#include "support/wire.h"
+
 #include <cstdint>
 #include <functional>
 #include <mutex>
 #include <string>
-#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -19,9 +19,10 @@ struct ScriptedReply {
         Hang, ///< takes the request and says nothing
         Drip, ///< one byte every 50 ms, for ever
         DripHeader, ///< the same before the body
-        ResetInBody, ///< half of the body, then a reset
-        CutLength, ///< half of the body that its length promises, then a close
+        ResetInBody, ///< the body up to `place`, then a reset
+        CutLength, ///< less of the body than its length promises, then a close
         StallInBody, ///< the same, then silence
+        Shortened, ///< the body up to `place`, as if it were all
         Endless, ///< the body, then chunks of `more` without end
         BadChunk, ///< a chunk whose length is no number
         Bytes, ///< the body alone, without status or headers, then a close
@@ -34,17 +35,29 @@ struct ScriptedReply {
     int status = 200;
     std::string headers = {}; ///< further header lines, each with its line end
     std::string more = std::string(65536, ' ');
+    Tear tear = Tear::None; ///< what happens to the bytes of a normal reply or of `Bytes`, at `place`
+    double place = 0.5; ///< from 0, before the first byte, to 1, after the last
+};
+
+/// How the server meets a connection.
+struct Greeting {
+    const TlsIdentity *identity = nullptr; ///< encrypts it; null leaves it bare
+    Tear tear = Tear::None; ///< what happens to the first bytes of the encryption's greeting
+    double place = 0.5;
+    std::string instead = {}; ///< sent in place of all else, before a close
 };
 
 /// A tiny HTTP/1.1 server on the loopback address for tests: each request is answered as the script says, and noted.
-/// The script is called on the server's threads, one call at a time.
+/// The script is called on the server's threads, one call at a time, and so is what chooses the greeting of a
+/// connection; without that every connection is bare.
 class ScriptedHttpServer
 {
 public:
     /// Gets the request's target, such as "/api.php?method=getTasks;key=k;".
     using Script = std::function<ScriptedReply(const std::string &target)>;
+    using Greet = std::function<Greeting()>;
 
-    explicit ScriptedHttpServer(Script script);
+    explicit ScriptedHttpServer(Script script, Greet greet = {});
     ~ScriptedHttpServer();
     ScriptedHttpServer(const ScriptedHttpServer &) = delete;
     ScriptedHttpServer &operator=(const ScriptedHttpServer &) = delete;
@@ -59,10 +72,11 @@ public:
 
 private:
     void accept(const std::stop_token &stop);
-    void serve(const std::stop_token &stop, int socket);
-    bool answer(const std::stop_token &stop, int socket, const std::string &target);
+    void serve(const std::stop_token &stop, int socket, const Greeting &greeting);
+    bool answer(Wire &wire, const std::string &target);
 
     Script m_script;
+    Greet m_greet;
     int m_listener;
     std::uint16_t m_port;
     mutable std::mutex m_mutex;
