@@ -44,8 +44,10 @@ std::optional<ContextPhases::GtdContexts> ContextPhases::listContexts()
     if (m_session.isGuarding())
         std::erase_if(*contexts, [](const GtdContext &context) { return !isServiceId(context.contextId); });
     m_session.listedContexts.emplace();
-    for (const GtdContext &context : *contexts)
+    for (const GtdContext &context : *contexts) {
         m_session.listedContexts->try_emplace(context.title.value_or(""), context.contextId);
+        m_listed.insert(context.contextId);
+    }
     return contexts;
 }
 
@@ -236,10 +238,16 @@ void ContextPhases::removeThoseDeletedThere()
     const auto marked = m_session.records().getRecordsWithPredicate(Contexts::entityName, "markedForDeletion==YES");
     if (!m_session.isGuarding() || !marked)
         return;
+    const auto isGone = [this](const ManagedObject *object) {
+        const auto id = model::as<const Contexts>(object)->contextID();
+        return isServiceId(id) && !isListed(id);
+    };
+    // a list may be older than the context; only where the next one lacks it too is it gone
+    if (std::ranges::none_of(*marked, isGone) || !listContexts())
+        return;
     for (ManagedObject *object : *marked) {
-        Contexts &context = *model::as<Contexts>(object);
-        if (isServiceId(context.contextID()) && !isListed(context.contextID()))
-            remove(context);
+        if (isGone(object))
+            remove(*model::as<Contexts>(object));
     }
 }
 
@@ -263,9 +271,7 @@ bool ContextPhases::deleteAtService(const Contexts &context)
 
 bool ContextPhases::isListed(std::int64_t contextID) const
 {
-    return !m_session.listedContexts || std::ranges::any_of(*m_session.listedContexts, [contextID](const auto &listed) {
-        return listed.second == contextID;
-    });
+    return !m_session.listedContexts || m_listed.contains(contextID);
 }
 
 /// Deletes the context here; its tasks go to the default one, where they stay in sight.

@@ -38,6 +38,7 @@ private:
     void sendEdit(model::Contexts &context, const toodledo::GtdContext &listed);
     void sendNewContext(model::Contexts &context);
     [[nodiscard]] bool deleteAtService(const model::Contexts &context);
+    /// Whether a list of this run has it, or none was read.
     [[nodiscard]] bool isListed(std::int64_t contextID) const;
     void adopt(model::Contexts &context, const toodledo::GtdContext &listed);
     void giveId(model::Contexts &context, std::int64_t id);
@@ -45,6 +46,7 @@ private:
 
     SyncSession &m_session;
     std::set<const model::Contexts *> m_sent; ///< in this run
+    std::set<std::int64_t> m_listed; ///< the ids of every list of this run, of which some may be old
 };
 
 } // namespace syncing
