@@ -2,6 +2,7 @@
 // How long a person waits in the windows over a large store, on an X server that nobody sees: choosing a list,
 // searching, editing, scrolling, taking over what others wrote, the editor of smart folders and the quick
 // entry.
+#include "canned_service.h"
 #include "generator.h"
 #include "measure.h"
 
@@ -35,15 +36,17 @@ using viewcontrollers::SourceListController;
 class Program
 {
 public:
-    Program(app::TMApplication &application, const std::filesystem::path &folder)
+    Program(app::TMApplication &application, const std::filesystem::path &folder,
+        std::function<std::unique_ptr<toodledo::HttpTransport>()> makeTransport = {})
         : m_settings(m_settingsFile, model::settingsDefaults())
     {
         auto store = model::TaskStore::open(folder, m_clock, m_user);
         if (!store)
             throw std::runtime_error(store.error().message);
         m_settings.set("ShowDueDateColumn", true);
+        m_settings.set("ToodledoHost", std::string("127.0.0.1"));
         m_delegate = std::make_unique<app::TMApplicationDelegate>(
-            app::Environment{application, std::move(*store), m_settings, m_clock, m_user});
+            app::Environment{application, std::move(*store), m_settings, m_clock, m_user, std::move(makeTransport)});
         m_window = std::make_unique<views::MainWindow>(*m_delegate);
         m_window->showMainApplicationWindow();
         m_quickEntry = std::make_unique<views::QuickEntry>(*m_delegate);
@@ -263,7 +266,7 @@ public:
         smartFolder.setPredicate(
             objectstore::Predicate::format("title CONTAINS[c] 'p' OR (notes CONTAINS[c] 'garlic' AND star == YES)"));
         delegate().saveAction();
-        auto *editor = new views::SmartFolderEditController(delegate(), smartFolder, &window());
+        auto *editor = new views::SmartFolderEditController(delegate(), m_tasks.catalog(), smartFolder, &window());
         editor->show();
         show(*editor);
         (void)longestSilence([] { return true; });
@@ -391,6 +394,29 @@ private:
     QWidget *m_entry = nullptr;
 };
 
+/// A synchronisation in which so many of the tasks were edited elsewhere, while the window shows a list of them.
+void synchronise(app::TMApplication &application, int tasks)
+{
+    const int edited = tasks / 10;
+    const bench::Replies before = bench::repliesFor(tasks);
+    const bench::Replies after = bench::repliesFor(tasks, edited);
+    const bench::Replies *replies = &before;
+    const bench::Workplace workplace;
+    Program program(application, workplace.path(), [&] { return std::make_unique<bench::CannedTransport>(*replies); });
+    app::TMApplicationDelegate &delegate = program.delegate();
+    const auto run = [&] {
+        delegate.synchronizeTasks();
+        return longestSilence([&] { return !delegate.isSyncing(); });
+    };
+    (void)run();
+    replies = &after;
+    const double longest = run();
+    const auto found = delegate.managedObjectContext().count(model::tasksContaining("edited "));
+    if (found.value_or(0) != edited)
+        throw std::runtime_error("the edits did not arrive");
+    bench::printLimit("a synchronisation that brings as many: the longest silence", longest, longest, "ms", 50);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -407,20 +433,25 @@ int main(int argc, char **argv)
         const bench::Workplace workplace;
         bench::generate(workplace.path(), amount).reset();
         bench::printHeader("the windows, " + std::to_string(amount.tasks) + " tasks");
-        Measurement measurement(application, workplace.path());
-        constexpr std::array<std::pair<const char *, void (Measurement::*)()>, 7> parts{{
-            {"badges", &Measurement::badges},
-            {"lists", &Measurement::lists},
-            {"search", &Measurement::search},
-            {"newDay", &Measurement::newDay},
-            {"editor", &Measurement::editor},
-            {"quickEntry", &Measurement::quickEntry},
-            {"merge", &Measurement::merge},
-        }};
-        for (const auto &[name, part] : parts) {
-            if (argc < 3 || std::strcmp(argv[2], name) == 0)
-                (measurement.*part)();
+        const auto isWanted = [&](const char *part) { return argc < 3 || std::strcmp(argv[2], part) == 0; };
+        {
+            Measurement measurement(application, workplace.path());
+            constexpr std::array<std::pair<const char *, void (Measurement::*)()>, 7> parts{{
+                {"badges", &Measurement::badges},
+                {"lists", &Measurement::lists},
+                {"search", &Measurement::search},
+                {"newDay", &Measurement::newDay},
+                {"editor", &Measurement::editor},
+                {"quickEntry", &Measurement::quickEntry},
+                {"merge", &Measurement::merge},
+            }};
+            for (const auto &[name, part] : parts) {
+                if (isWanted(name))
+                    (measurement.*part)();
+            }
         }
+        if (isWanted("synchronise"))
+            synchronise(application, amount.tasks);
         return 0;
     } catch (const std::exception &exception) {
         std::fprintf(stderr, "%s\n", exception.what());

@@ -6,6 +6,8 @@
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QLibrary>
+#include <limits>
 
 namespace platform {
 
@@ -27,10 +29,27 @@ QVariantMap platformData()
     return data;
 }
 
+/// Lets the connection read on whatever messages wait for the main thread. Beyond 63 MiB of them libdbus stops reading
+/// until they are dealt with, and Qt cannot start it again from another thread than the one that reads: a single long
+/// text would leave the program deaf for good. What is read at most is then for the bus daemon to say.
+void neverStopReading(const QDBusConnection &bus)
+{
+    if (!bus.isConnected())
+        return;
+    const auto setMost = reinterpret_cast<void (*)(void *connection, long bytes)>(
+        QLibrary::resolve(QStringLiteral("dbus-1"), 3, "dbus_connection_set_max_received_size"));
+    if (setMost)
+        setMost(bus.internalPointer(), std::numeric_limits<std::int32_t>::max());
+    else
+        foundation::logLine(
+            "The limit on what the bus sends could not be lifted; a very long text ends the connection.");
+}
+
 } // namespace
 
 RunningInstance::RunningInstance(QDBusConnection bus, QString name) : m_bus(std::move(bus)), m_name(std::move(name))
 {
+    neverStopReading(m_bus);
     new ApplicationAdaptor(*this);
     new TextServiceAdaptor(*this);
 }

@@ -184,7 +184,8 @@ void ContextPhases::sendEdit(Contexts &context, const GtdContext &listed)
     const ContentMark content = contentOf(edited);
     if (m_session.isGuarding()) {
         m_session.ledger().beginSending(context, content);
-        m_session.saveAction();
+        if (!m_session.savesWhatIsSent())
+            return;
     }
     TDError error;
     const bool succeeded = m_session.client().editContext(edited, m_session.isGuarding() ? &error : nullptr);
@@ -198,7 +199,8 @@ void ContextPhases::sendNewContext(Contexts &context)
     const GtdContext added = asSent(context);
     if (m_session.isGuarding()) {
         m_session.ledger().beginSending(context, contentOf(added));
-        m_session.saveAction();
+        if (!m_session.savesWhatIsSent())
+            return;
         m_sent.insert(&context);
     }
     const std::int64_t id = m_session.client().addContext(added, &error);

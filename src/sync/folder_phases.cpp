@@ -241,7 +241,8 @@ bool FolderPhases::sendNewFolder(Folders &folder)
 {
     if (m_session.isGuarding()) {
         m_session.ledger().beginSending(folder, contentOf(asSent(folder)));
-        m_session.saveAction();
+        if (!m_session.savesWhatIsSent())
+            return false;
         m_sent.insert(&folder);
     }
     TDError error;
@@ -304,7 +305,8 @@ void FolderPhases::sendEdit(Folders &folder, const GtdFolder &listed)
     const ContentMark content = contentOf(edited);
     if (m_session.isGuarding()) {
         m_session.ledger().beginSending(folder, content);
-        m_session.saveAction();
+        if (!m_session.savesWhatIsSent())
+            return;
     }
     TDError error;
     const bool succeeded = m_session.client().editFolder(edited, m_session.isGuarding() ? &error : nullptr);

@@ -92,8 +92,19 @@ Sent SyncSession::acceptItem(bool succeeded, const TDError &error, std::string_v
     return unreachable ? Sent::Unreachable : Sent::Refused;
 }
 
+void SyncSession::presentError(const Error &error)
+{
+    present(error);
+    if (!isGuarding())
+        return;
+    m_hasReadAll = false;
+    giveUp();
+}
+
 bool SyncSession::saveAction()
 {
+    if (!m_hasReadAll)
+        return false;
     m_parts.ledger.write();
     auto saved = m_parts.moc.save();
     if (!saved) {
@@ -109,6 +120,14 @@ bool SyncSession::saveAction()
     if (!saved->changes.isEmpty())
         m_parts.host.mergeChanges(std::move(saved->changes));
     return true;
+}
+
+bool SyncSession::savesWhatIsSent()
+{
+    const bool isSaved = saveAction();
+    if (!isSaved)
+        giveUp();
+    return isSaved;
 }
 
 void SyncSession::present(const Error &error)

@@ -28,7 +28,7 @@ enum class Sent {
 ///
 /// Belongs to the thread of the run. With the guards off it never ends a run early, and takes an operation's result for
 /// what it says; with them on, a reply that holds an error is a failure whatever the operation made of it.
-class SyncSession
+class SyncSession : private foundation::ErrorPresenter
 {
 public:
     struct Parts {
@@ -41,7 +41,7 @@ public:
         std::stop_token stop;
     };
 
-    explicit SyncSession(Parts parts) : m_parts(std::move(parts)), m_records(m_parts.moc, m_parts.host) { }
+    explicit SyncSession(Parts parts) : m_parts(std::move(parts)), m_records(m_parts.moc, *this) { }
 
     [[nodiscard]] objectstore::ObjectContext &moc() { return m_parts.moc; }
     [[nodiscard]] SyncLedger &ledger() { return m_parts.ledger; }
@@ -69,8 +69,11 @@ public:
     /// Tells that a new phase begins, whose first failure is to be shown again.
     void beginPhase() { m_shownInPhase = 0; }
 
-    /// Saves the context, has the main context merge what was saved, and shows what goes wrong.
+    /// Saves the context, has the main context merge what was saved, and shows what goes wrong. Nothing is saved after
+    /// a record could not be looked up: what follows from "there is none" would double or misplace others.
     bool saveAction();
+    /// Saves what is marked as being sent, or gives up: without the mark the next run would send it a second time.
+    [[nodiscard]] bool savesWhatIsSent();
     void present(const foundation::Error &error);
 
     /// Whether `number` of `all` synchronised records may be deleted because a list says so: asks when they are more
@@ -91,12 +94,14 @@ public:
     [[nodiscard]] std::int64_t contextByTitle(std::string_view title) const;
 
 private:
+    void presentError(const foundation::Error &error) override; // a look-up by `records` failed
     [[nodiscard]] toodledo::TDError failureOf(const toodledo::TDError &error, std::string_view title) const;
 
     Parts m_parts;
     model::DataUtilities m_records;
     bool m_isOver = false;
     bool m_isIncomplete = false;
+    bool m_hasReadAll = true;
     int m_shownInPhase = 0;
 };
 

@@ -267,7 +267,8 @@ bool TaskPhases::sendEdits(std::vector<Edit> edits)
         if (m_session.isGuarding()) {
             for (const Edit &edit : batch)
                 m_session.ledger().beginSending(*edit.task, edit.content, edit.sent.folder, edit.sent.context);
-            m_session.saveAction();
+            if (!m_session.savesWhatIsSent())
+                return false;
         }
         for (Edit &edit : batch) {
             if (m_session.isOver())
@@ -310,19 +311,30 @@ bool TaskPhases::getNewTasks()
     return m_session.saveAction();
 }
 
-/// The task that was being added when the answer got lost, if the listed one is it.
+/// The task that was being added when the answer got lost, if the listed one is it: as it was added, or with the length
+/// that was sent right after.
 Tasks *TaskPhases::adopt(const GtdTask &listed)
 {
     const ContentMark content = contentOf(listed);
+    Tasks *task = takeUnanswered(content);
+    if (!task && listed.length != 0)
+        task = takeUnanswered(contentOf(asAdded(listed)), listed.length);
+    if (!task)
+        return nullptr;
+    task->setTaskID(listed.taskId);
+    task->setIsNew(false);
+    m_session.ledger().agree(*task, versionOf(listed, content), content); // an edit made since is sent late
+    m_adopted.push_back(task);
+    return task;
+}
+
+/// A task that was being sent with this content and has no id yet, and that is so long where a length is given.
+Tasks *TaskPhases::takeUnanswered(ContentMark content, std::optional<std::int64_t> length)
+{
     while (const objectstore::ObjectID id = m_session.ledger().takeUnanswered(Tasks::entityName, content)) {
         auto *task = model::as<Tasks>(m_session.moc().existingObject(id));
-        if (!task || isServiceId(task->taskID()))
-            continue;
-        task->setTaskID(listed.taskId);
-        task->setIsNew(false);
-        m_session.ledger().agree(*task, versionOf(listed, content), content); // an edit made since is sent late
-        m_adopted.push_back(task);
-        return task;
+        if (task && !isServiceId(task->taskID()) && task->length() == length.value_or(task->length()))
+            return task;
     }
     return nullptr;
 }
@@ -426,7 +438,8 @@ bool TaskPhases::sendNewTasks()
             for (const Edit &addition : batch)
                 m_session.ledger().beginSending(
                     *addition.task, addition.content, addition.sent.folder, addition.sent.context);
-            m_session.saveAction(); // with the ids of the batch before
+            if (!m_session.savesWhatIsSent()) // with the ids of the batch before
+                break;
         }
         for (Edit &addition : batch) {
             if (m_session.isOver() || !wentThrough)

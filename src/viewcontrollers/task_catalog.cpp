@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "viewcontrollers/task_catalog.h"
 
-#include "foundation/log.h"
 #include "model/task_queries.h"
 #include "objectstore/object_context.h"
 #include "objectstore/predicate_evaluator.h"
@@ -9,56 +8,19 @@
 
 #include <algorithm>
 #include <chrono>
-#include <limits>
-#include <numeric>
 
 namespace viewcontrollers {
 
 using namespace std::chrono_literals;
 using objectstore::ManagedObject;
 using objectstore::ObjectID;
-using objectstore::ValueView;
 
 namespace {
 
 constexpr auto readingDelay = 500ms; // the start, or more of the same changes, go first
 constexpr std::size_t mostChanged = 200; // tasks; beyond, asking each of them is felt
-constexpr objectstore::TextOptions anyCase{.foldCase = true, .foldMarks = false};
 
 } // namespace
-
-/// The title and the notes of each task, folded, with a zero after each.
-struct TaskCatalog::Contents {
-    struct Entry {
-        std::int64_t key = 0;
-        std::uint32_t rank = 0; ///< by title; the same where the order makes no difference
-        std::uint32_t begin = 0; ///< of its words
-    };
-
-    /// The entry of a task, sought from `from` on where tasks are asked for in the order of their keys; null for none.
-    [[nodiscard]] const Entry *entry(std::int64_t key, std::size_t &from) const
-    {
-        std::size_t end = entries.size();
-        if (from < end && entries[from].key <= key) {
-            for (std::size_t step = 1; from + step < entries.size(); step *= 2) {
-                if (entries[from + step].key > key) {
-                    end = from + step;
-                    break;
-                }
-            }
-        } else {
-            from = 0;
-        }
-        const auto found = std::lower_bound(entries.begin() + static_cast<std::ptrdiff_t>(from),
-            entries.begin() + static_cast<std::ptrdiff_t>(end), key,
-            [](const Entry &entry, std::int64_t wanted) { return entry.key < wanted; });
-        from = static_cast<std::size_t>(found - entries.begin());
-        return found != entries.end() && found->key == key ? &*found : nullptr;
-    }
-
-    std::vector<Entry> entries; ///< by key
-    std::string words;
-};
 
 TaskCatalog::TaskCatalog(app::TMApplicationDelegate &delegate, std::int64_t fewTasks)
     : m_delegate(delegate)
@@ -76,42 +38,10 @@ TaskCatalog::TaskCatalog(app::TMApplicationDelegate &delegate, std::int64_t fewT
 
 TaskCatalog::~TaskCatalog() = default;
 
-std::shared_ptr<const TaskCatalog::Contents> TaskCatalog::read(objectstore::Store &store)
+std::shared_ptr<const TaskWords> TaskCatalog::words() const
 {
-    objectstore::ObjectContext moc(store, objectstore::MergePolicy::Rollback);
-    const objectstore::TextOrder order;
-    auto contents = std::make_shared<Contents>();
-    std::vector<QCollatorSortKey> titles;
-    std::string folded;
-    const auto addWords = [&](const ValueView &text) {
-        contents->words += objectstore::foldInto(folded, objectstore::toText(text), anyCase);
-        contents->words += '\0';
-    };
-    const auto read = moc.fetchValues(
-        model::everyTask(), {"title", "notes"}, [&](const ObjectID &task, std::span<const ValueView> values) {
-            contents->entries.push_back(
-                {.key = task.key, .rank = 0, .begin = static_cast<std::uint32_t>(contents->words.size())});
-            titles.push_back(order.key(objectstore::toText(values[0])));
-            addWords(values[0]);
-            addWords(values[1]);
-        });
-    if (!read) {
-        foundation::logLine("The tasks could not be read ahead: " + read.error().message);
-        return nullptr;
-    }
-    if (contents->words.size() > std::numeric_limits<std::uint32_t>::max())
-        return nullptr;
-    std::vector<std::size_t> places(titles.size());
-    std::iota(places.begin(), places.end(), std::size_t{0});
-    std::sort(
-        places.begin(), places.end(), [&](std::size_t a, std::size_t b) { return titles[a].compare(titles[b]) < 0; });
-    std::uint32_t rank = 0;
-    for (std::size_t i = 0; i < places.size(); ++i) {
-        if (i > 0 && titles[places[i - 1]].compare(titles[places[i]]) != 0)
-            ++rank;
-        contents->entries[places[i]].rank = rank;
-    }
-    return contents;
+    m_moc.processPendingChanges();
+    return m_changed.size() > mostChanged ? nullptr : m_words;
 }
 
 void TaskCatalog::refresh()
@@ -129,17 +59,17 @@ void TaskCatalog::refresh()
     m_isReading = true;
     m_isOutOfDate = false;
     m_thread = std::jthread([this, &store = m_moc.store()] {
-        auto contents = read(store);
+        auto words = TaskWords::read(store);
         QMetaObject::invokeMethod(
-            this, [this, contents = std::move(contents)] { take(contents); }, Qt::QueuedConnection);
+            this, [this, words = std::move(words)] { take(words); }, Qt::QueuedConnection);
     });
 }
 
-void TaskCatalog::take(std::shared_ptr<const Contents> contents)
+void TaskCatalog::take(std::shared_ptr<const TaskWords> words)
 {
     m_isReading = false;
     if (!m_isOutOfDate) {
-        m_contents = std::move(contents);
+        m_words = std::move(words);
         m_changed = std::exchange(m_changedSinceReading, {});
     }
     if (m_isOutOfDate || m_changed.size() > mostChanged)
@@ -164,7 +94,7 @@ void TaskCatalog::follow(const objectstore::ObjectsChange &change)
 /// Others deleted tasks perhaps, which is announced only of those that are here.
 void TaskCatalog::forget()
 {
-    m_contents.reset();
+    m_words.reset();
     m_isOutOfDate = m_isReading;
     m_timer.start();
 }
@@ -182,7 +112,7 @@ std::optional<TaskCatalog::Records> TaskCatalog::arranged(std::vector<ObjectID> 
     places.reserve(tasks.size());
     std::size_t from = 0;
     for (const ObjectID &id : tasks) {
-        const Contents::Entry *entry = m_changed.contains(id.key) ? nullptr : m_contents->entry(id.key, from);
+        const TaskWords::Entry *entry = m_changed.contains(id.key) ? nullptr : m_words->entry(id.key, from);
         if (entry)
             places.push_back({entry->rank, id});
         else
@@ -218,22 +148,15 @@ void TaskCatalog::putInPlace(Records &records, ManagedObject &task, Qt::SortOrde
 
 std::optional<std::vector<ObjectID>> TaskCatalog::containing(std::string_view text) const
 {
-    m_moc.processPendingChanges();
-    if (!isReady() || m_changed.size() > mostChanged)
+    const auto read = words();
+    if (!read)
         return std::nullopt;
-    const std::string wanted = objectstore::folded(text, anyCase);
-    const std::string_view words = m_contents->words;
-    const auto &entries = m_contents->entries;
+    const std::string wanted = objectstore::folded(text, TaskWords::folding);
+    const auto &entries = read->entries();
     std::vector<ObjectID> found;
-    std::size_t entry = 0;
-    std::size_t place = words.find(wanted);
-    while (place != std::string_view::npos && entry < entries.size()) {
-        while (entry + 1 < entries.size() && entries[entry + 1].begin <= place)
-            ++entry;
-        if (!m_changed.contains(entries[entry].key))
-            found.push_back({&m_entity, entries[entry].key});
-        if (++entry < entries.size())
-            place = words.find(wanted, entries[entry].begin);
+    for (std::size_t i = read->find(wanted, 0); i < entries.size(); i = read->find(wanted, i + 1)) {
+        if (!m_changed.contains(entries[i].key))
+            found.push_back({&m_entity, entries[i].key});
     }
     const objectstore::PredicateEvaluator evaluator(model::tasksContaining(text).predicate, m_entity);
     for (const std::int64_t key : m_changed) {

@@ -58,6 +58,7 @@ public:
     [[nodiscard]] QMimeData *mimeData(const QModelIndexList &indexes) const override;
     [[nodiscard]] Qt::DropActions supportedDragActions() const override { return Qt::CopyAction | Qt::MoveAction; }
     void sort(int column, Qt::SortOrder order) override;
+    [[nodiscard]] const TaskCatalog &catalog() const { return m_catalog; }
     [[nodiscard]] TaskColumn sortColumn() const { return m_sortColumn; }
     [[nodiscard]] Qt::SortOrder sortOrder() const { return m_sortOrder; }
 

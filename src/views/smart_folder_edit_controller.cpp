@@ -32,9 +32,13 @@ constexpr int initialWidth = 720;
 
 } // namespace
 
-SmartFolderEditController::SmartFolderEditController(
-    app::TMApplicationDelegate &delegate, model::SmartFolder &smartFolder, QWidget *parent)
-    : QDialog(parent), m_delegate(delegate), m_smartFolder(&smartFolder), m_growth(this, "size")
+SmartFolderEditController::SmartFolderEditController(app::TMApplicationDelegate &delegate,
+    const viewcontrollers::TaskCatalog &catalog, model::SmartFolder &smartFolder, QWidget *parent)
+    : QDialog(parent)
+    , m_delegate(delegate)
+    , m_liveCount(delegate, catalog)
+    , m_smartFolder(&smartFolder)
+    , m_growth(this, "size")
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowTitle(tr("Smart Folder"));
@@ -212,7 +216,7 @@ void SmartFolderEditController::updateCount()
     const foundation::Settings &settings = m_delegate.settings();
     if (settings.boolean(keys::SmartFoldersApplyShowCompleted))
         complete = settings.boolean(keys::ShowCompletedTasks);
-    const auto count = m_delegate.managedObjectContext().count(model::smartFolderTasks(predicate(), complete));
+    const auto count = m_liveCount.count(model::smartFolderTasks(predicate(), complete));
     m_countTimer.setInterval(std::chrono::steady_clock::now() - start < quickCount ? 0ms : countDelay);
     if (!count) {
         m_count->setText(app::toQString(count.error().message));

@@ -3,6 +3,7 @@
 
 #include "app/tm_application_delegate.h"
 #include "model/smart_folder.h"
+#include "viewcontrollers/live_count.h"
 #include "viewcontrollers/smart_criteria.h"
 
 #include <QDialog>
@@ -26,9 +27,9 @@ class SmartFolderEditController final : public QDialog
     Q_OBJECT
 
 public:
-    /// `delegate` must outlive the window.
-    SmartFolderEditController(
-        app::TMApplicationDelegate &delegate, model::SmartFolder &smartFolder, QWidget *parent = nullptr);
+    /// `delegate` and `catalog` must outlive the window.
+    SmartFolderEditController(app::TMApplicationDelegate &delegate, const viewcontrollers::TaskCatalog &catalog,
+        model::SmartFolder &smartFolder, QWidget *parent = nullptr);
 
     [[nodiscard]] const model::SmartFolder &smartFolder() const { return *m_smartFolder; }
     /// What the rows say at this moment.
@@ -56,6 +57,7 @@ private:
     void updateCount();
 
     app::TMApplicationDelegate &m_delegate;
+    viewcontrollers::LiveCount m_liveCount;
     model::SmartFolder *m_smartFolder;
     QLineEdit *m_smartFolderTitle = nullptr;
     QLabel *m_notice = nullptr;

@@ -20,7 +20,9 @@
 
 using namespace support;
 using faults::FaultKind;
+using faults::ioErrors;
 using faults::IoPoints;
+using faults::kills;
 using faults::Notes;
 namespace fs = std::filesystem;
 
@@ -83,6 +85,11 @@ TEST(Faults, F01_a_kill_at_any_call_of_a_save_leaves_the_old_or_the_new_state)
     expectSurvives("one-task", {{FAULT_KILL_BEFORE}, {FAULT_KILL_AFTER}, {FAULT_KILL_TORN}});
 }
 
+TEST(Faults, F02_a_kill_at_any_call_of_a_synchronisation_is_repaired_by_the_next)
+{
+    expectSurvives("synchronisation", kills(), 60);
+}
+
 TEST(Faults, F03_a_kill_at_first_launch_or_migration_is_made_good_by_the_next_launch)
 {
     for (const char *name : {"first-launch", "migration"})
@@ -109,6 +116,7 @@ TEST(Faults, F09_an_error_of_the_disk_is_told_and_loses_nothing)
 {
     expectSurvives(
         "hundred-tasks", {{FAULT_IO_ERROR}, {FAULT_IO_ERROR, true}, {FAULT_READ_ERROR}, {FAULT_READ_ERROR, true}});
+    expectSurvives("synchronisation", ioErrors(), 60);
 }
 
 TEST(Faults, F10_a_short_or_interrupted_write_is_no_death)

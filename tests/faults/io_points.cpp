@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <numeric>
 #include <random>
 #include <stdexcept>
 
@@ -17,7 +18,17 @@ namespace {
 constexpr std::array actionNames{
     "count", "kill-before", "kill-after", "kill-torn", "no-space", "io-error", "short", "interrupted", "read-error"};
 
-constexpr long callsOfARecovery = 40; // a kill beyond the last call of a shorter one strikes nothing
+/// The calls from 1 to `calls`, or `most` of them where that is not 0.
+std::vector<long> chosen(long calls, std::size_t most, std::mt19937_64 &random)
+{
+    std::vector<long> all(static_cast<std::size_t>(calls));
+    std::iota(all.begin(), all.end(), 1L);
+    if (most == 0 || most >= all.size())
+        return all;
+    std::shuffle(all.begin(), all.end(), random);
+    all.resize(most);
+    return all;
+}
 
 bool isKill(fault_action action)
 {
@@ -57,8 +68,8 @@ fs::path IoPoints::freshCopy(const Scenario &scenario)
     const fs::path place = m_folder.path() / "case";
     fs::remove_all(place);
     fs::create_directory(place);
-    if (fs::exists(from))
-        fs::copy(from, place / "Quelvin", fs::copy_options::recursive);
+    if (fs::exists(from.parent_path()))
+        fs::copy(from.parent_path(), place, fs::copy_options::recursive);
     return place / "Quelvin";
 }
 
@@ -88,8 +99,9 @@ std::vector<IoPoint> IoPoints::all(
         const long changes = callsOf(scenario, FAULT_COUNT);
         for (const FaultKind &kind : kinds) {
             const long calls = kind.action == FAULT_READ_ERROR ? callsOf(scenario, FAULT_READ_ERROR) : changes;
-            for (long call = 1; call <= calls; ++call) {
-                const long recovery = kind.compound ? 1 + static_cast<long>(random() % callsOfARecovery) : 0;
+            for (const long call : chosen(calls, scenario.callsOfASeed, random)) {
+                const auto recoveryCalls = static_cast<std::uint64_t>(scenario.recoveryCalls);
+                const long recovery = kind.compound ? 1 + static_cast<long>(random() % recoveryCalls) : 0;
                 points.push_back({&scenario, kind.action, kind.sticky, call, recovery});
             }
         }

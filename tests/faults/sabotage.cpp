@@ -34,6 +34,8 @@ constexpr std::array bugs{
     Bug{"typing-kept-back", {}, {}},
     Bug{"window-blocked", {}, {}},
     Bug{"ids-forgotten", {}, {}},
+    Bug{"sends-forgotten", {}, {}},
+    Bug{"failed-runs-kept-quiet", {}, {}},
     Bug{"memory-leaked", {}, {}},
     Bug{"descriptor-leaked", {}, {}},
     Bug{"cut-reply-believed", {}, {}},
@@ -47,10 +49,12 @@ std::vector<std::string_view> &planted()
     return names;
 }
 
+thread_local int spared = 0;
+
 /// The text with the planted bugs in it; empty when none is.
 std::string rewritten(std::string_view sql)
 {
-    if (planted().empty())
+    if (planted().empty() || spared > 0)
         return {};
     std::string text(sql);
     for (const Bug &bug : bugs) {
@@ -64,6 +68,16 @@ std::string rewritten(std::string_view sql)
 }
 
 } // namespace
+
+Spared::Spared()
+{
+    ++spared;
+}
+
+Spared::~Spared()
+{
+    --spared;
+}
 
 bool plant(std::string_view name)
 {

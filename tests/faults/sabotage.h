@@ -15,4 +15,14 @@ namespace faults {
 [[nodiscard]] bool isPlanted(std::string_view name);
 [[nodiscard]] std::vector<std::string> plantableBugs();
 
+/// Keeps the SQL of this thread as it is while it lives: a service in this process has no bugs planted in it.
+class Spared
+{
+public:
+    Spared();
+    Spared(const Spared &) = delete;
+    Spared &operator=(const Spared &) = delete;
+    ~Spared();
+};
+
 } // namespace faults

@@ -3,6 +3,7 @@
 
 #include "faults/invariants.h"
 #include "faults/sabotage.h"
+#include "faults/sync_story.h"
 #include "foundation/log.h"
 #include "foundation/settings.h"
 #include "model/entities.h"
@@ -27,41 +28,13 @@ namespace {
 
 constexpr int settingsKeys = 60; // enough for a file of more than one page
 
-/// Ends the faults: what the disk lacked is there again.
-void lift(Notes &notes)
-{
-    const long calls = fault_shim_disarm();
-    notes.calls = std::max(notes.calls, calls);
-    notes.hits = std::max(notes.hits, fault_shim_hits());
-}
-
-void expectSentence(Notes &notes, const foundation::Error &error)
-{
-    ++notes.savesFailed;
-    if (error.message.empty())
-        notes.problem("an error without a sentence: " + error.detail);
-}
-
 /// A user at work with the store and settings of one folder. What fails under the faults is tried again without them.
 class User
 {
 public:
     User(const Scenario &scenario, const fs::path &folder, Notes &notes)
-        : m_scenario(scenario), m_folder(folder), m_notes(notes)
-    {
-        auto opened = TaskStore::open(folder, m_clock, m_errors);
-        if (!opened) {
-            expectSentence(notes, opened.error());
-            lift(notes);
-            opened = TaskStore::open(folder, m_clock, m_errors);
-        }
-        if (!opened)
-            throw std::runtime_error(
-                "not opened once the fault was gone: " + opened.error().message + " " + opened.error().detail);
-        m_store = std::move(*opened);
-        for (const auto &error : m_errors.errors)
-            expectSentence(notes, error);
-    }
+        : m_scenario(scenario), m_notes(notes), m_store(openStore(folder, m_clock, notes))
+    { }
 
     void save(int number)
     {
@@ -108,10 +81,8 @@ private:
     objectstore::ObjectContext &context() { return m_store->managedObjectContext(); }
 
     const Scenario &m_scenario;
-    fs::path m_folder;
     Notes &m_notes;
     support::TestClock m_clock;
-    support::CollectedErrors m_errors;
     std::unique_ptr<TaskStore> m_store;
 };
 
@@ -217,6 +188,13 @@ const std::vector<Scenario> &table()
         {.name = "hundred-tasks", .story = Story({5, 100}), .prepared = 1, .write = writeStory},
         {.name = "migration", .story = Story({20, 1}), .prepared = 1, .olderSchema = true, .write = writeStory},
         {.name = "settings-and-quit", .story = Story({5, 2}), .prepared = 1, .write = writeSettingsAndQuit},
+        {.name = "synchronisation",
+            .story = Story({}),
+            .write = writeSynchronisation,
+            .makeReady = prepareSynchronisation,
+            .judge = relaunchSynchronised,
+            .recoveryCalls = 200,
+            .callsOfASeed = 60},
     };
     return all;
 }
@@ -282,6 +260,8 @@ const Scenario &scenario(std::string_view name)
 void prepare(const Scenario &scenario, const fs::path &folder)
 {
     fs::create_directories(folder);
+    if (scenario.makeReady)
+        return scenario.makeReady(scenario, folder);
     if (scenario.prepared == 0) {
         fs::remove(folder); // a first launch makes its folder
         return;
@@ -304,6 +284,8 @@ void prepare(const Scenario &scenario, const fs::path &folder)
 
 void relaunch(const Scenario &scenario, const fs::path &folder, Notes &notes)
 {
+    if (scenario.judge)
+        return scenario.judge(scenario, folder, notes);
     if (notes.savesTried == 0) {
         notes.savesTried = scenario.prepared;
         notes.savesAcknowledged = scenario.prepared;
@@ -324,6 +306,37 @@ void relaunch(const Scenario &scenario, const fs::path &folder, Notes &notes)
         notes.settingsAcknowledged = std::max(notes.settingsAcknowledged, 1);
         checkSettings(folder, notes);
     }
+}
+
+void lift(Notes &notes)
+{
+    const long calls = fault_shim_disarm();
+    notes.calls = std::max(notes.calls, calls);
+    notes.hits = std::max(notes.hits, fault_shim_hits());
+}
+
+void expectSentence(Notes &notes, const foundation::Error &error)
+{
+    ++notes.savesFailed;
+    if (error.message.empty())
+        notes.problem("an error without a sentence: " + error.detail);
+}
+
+std::unique_ptr<TaskStore> openStore(const fs::path &folder, const foundation::Clock &clock, Notes &notes)
+{
+    support::CollectedErrors errors;
+    auto opened = TaskStore::open(folder, clock, errors);
+    if (!opened) {
+        expectSentence(notes, opened.error());
+        lift(notes);
+        opened = TaskStore::open(folder, clock, errors);
+    }
+    if (!opened)
+        throw std::runtime_error(
+            "not opened once the fault was gone: " + opened.error().message + " " + opened.error().detail);
+    for (const auto &error : errors.errors)
+        expectSentence(notes, error);
+    return std::move(*opened);
 }
 
 fault_plan planOf(fault_action action, long at, bool sticky)

@@ -3,6 +3,7 @@
 
 #include "model/settings_defaults.h"
 #include "objectstore/object_context.h"
+#include "support/store_picture.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -97,22 +98,6 @@ std::string firstWord(std::string_view text)
     return std::string(text.substr(0, text.find(' ')));
 }
 
-std::string dayOf(const std::optional<foundation::Instant> &date)
-{
-    return date ? foundation::toIso8601(*date).substr(0, 10) : std::string("-");
-}
-
-std::string titleOf(const ManagedObject *object)
-{
-    return object ? std::string(object->text("title")) : std::string("nowhere");
-}
-
-/// The title of a task's folder or context, or of the one that stands for none and that its tasks fall to at its end.
-std::string placeOf(const ManagedObject *place, const char *otherwise)
-{
-    return !place || place->boolean("markedForDeletion") ? otherwise : titleOf(place);
-}
-
 /// A new store with its default records, made once: most of a history's time went into making three or four of them.
 class Prototype
 {
@@ -197,10 +182,7 @@ void Client::turn()
 
 std::vector<ManagedObject *> Client::all(const char *entity)
 {
-    auto found = m_store->managedObjectContext().fetch({.entity = entity, .predicate = {}, .sortDescriptors = {}});
-    if (!found)
-        throw std::runtime_error(found.error().message);
-    return std::move(*found);
+    return support::allOf(m_store->managedObjectContext(), entity);
 }
 
 /// A record that the user can see and change: the defaults stay as they are.
@@ -374,26 +356,7 @@ std::multiset<std::string> Client::uids()
 
 std::multiset<std::string> Client::contents()
 {
-    std::multiset<std::string> lines;
-    for (const ManagedObject *folder : all("Folders"))
-        lines.insert("folder " + titleOf(folder) + (folder->boolean("markedForDeletion") ? " (to be deleted)" : ""));
-    for (const ManagedObject *context : all("Contexts"))
-        lines.insert("context " + titleOf(context) + (context->boolean("markedForDeletion") ? " (to be deleted)" : ""));
-    for (ManagedObject *object : all("Tasks")) {
-        const Tasks &task = *model::as<Tasks>(object);
-        std::set<std::string> tags;
-        for (const ManagedObject *tag : task.tags())
-            tags.insert(titleOf(tag));
-        std::string line = "task " + titleOf(&task) + " | " + std::string(task.notes()) + " | "
-            + placeOf(task.folders(), "Inbox") + " | " + placeOf(task.contexts(), "None") + " | star "
-            + std::to_string(task.star()) + " | done " + std::to_string(task.complete()) + " | priority "
-            + (task.priorities() ? std::to_string(task.priorities()->priority()) : "none") + " | due "
-            + dayOf(task.dueDate()) + " | tags";
-        for (const std::string &tag : tags)
-            line += " " + tag;
-        lines.insert(line + (task.deleteOnSync() ? " (in the Trash)" : ""));
-    }
-    return lines;
+    return support::pictureOf(m_store->managedObjectContext());
 }
 
 } // namespace histories

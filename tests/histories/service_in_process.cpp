@@ -5,11 +5,21 @@
 
 namespace histories {
 
-ServiceInProcess::ServiceInProcess(std::function<std::int64_t()> clock)
+ServiceInProcess::ServiceInProcess(std::function<std::int64_t()> clock, const std::filesystem::path &folder)
 {
-    m_database = service::Database::inMemory();
+    const bool isNew = folder.empty() || !std::filesystem::exists(folder);
+    if (folder.empty()) {
+        m_database = service::Database::inMemory();
+    } else {
+        auto opened = service::Database::open(folder);
+        if (!opened)
+            throw std::runtime_error("the service does not open: " + opened.error());
+        m_database = std::move(*opened);
+    }
     m_service = std::make_unique<service::Service>(
         *m_database, service::ServiceOptions{.tokensPerHour = 1000000, .clock = std::move(clock)});
+    if (!isNew)
+        return;
     const std::string reply = answer("/api.php?method=createAccount;email=ana%40example.org;pass=secret%20word;");
     if (reply.find("<added>") == std::string::npos)
         throw std::runtime_error("no account: " + reply);

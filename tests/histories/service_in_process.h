@@ -3,6 +3,7 @@
 
 #include "service/service.h"
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
@@ -10,11 +11,12 @@
 
 namespace histories {
 
-/// The real service, its data in memory and its clock set, without HTTP: one account, which every client uses.
+/// The real service, its clock set, without HTTP: one account, which every client uses. Its data is in memory or, where
+/// it must outlive the process, in a folder, and then it is on the disk before an answer is given.
 class ServiceInProcess
 {
 public:
-    explicit ServiceInProcess(std::function<std::int64_t()> clock);
+    explicit ServiceInProcess(std::function<std::int64_t()> clock, const std::filesystem::path &folder = {});
 
     [[nodiscard]] std::string answer(std::string_view target) { return m_service->answer(target); }
 

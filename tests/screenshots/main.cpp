@@ -295,12 +295,13 @@ public:
                 "complete == NO AND dueDate <= RELATIVE(604800.0, 604800.0, 1, NO)"
                 " AND (star == YES OR priorities.priority >= 2)"},
         };
+        const viewcontrollers::TaskCatalog catalog(*m_delegate);
         int number = 0;
         for (const auto &[title, predicate] : folders) {
             auto &folder = model::insert<model::SmartFolder>(m_delegate->managedObjectContext());
             folder.setTitle(title);
             folder.setPredicate(Predicate::format(predicate));
-            views::SmartFolderEditController editor(*m_delegate, folder);
+            views::SmartFolderEditController editor(*m_delegate, catalog, folder);
             editor.setAttribute(Qt::WA_DeleteOnClose, false);
             editor.show();
             save(editor, QStringLiteral("smart-folder-%1").arg(++number));

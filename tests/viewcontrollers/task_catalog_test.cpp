@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "viewcontrollers/live_count.h"
 #include "viewcontrollers/task_catalog.h"
 
 #include "objectstore/undo_manager.h"
@@ -40,6 +41,24 @@ protected:
         EXPECT_EQ(catalog.arranged(std::move(found), order).value(), fetched) << '"' << text << '"';
     }
 
+    /// The count of the tasks that answer conditions of this text, one after the other as if they were being edited.
+    void expectCountsOfTheStore(const std::string &text)
+    {
+        objectstore::FetchRequest same = model::everyTask();
+        same.predicate
+            = objectstore::Predicate::format("title CONTAINS[c] 'pi' OR folders.title CONTAINS[c] 'pi' OR star == YES");
+        EXPECT_EQ(countOfTheSame.count(same).value(), application.moc().count(same).value());
+        for (const char *format : {"title CONTAINS[c] $X", "notes CONTAINS[c] $X", "NOT title BEGINSWITH[c] $X",
+                 "title CONTAINS[c] $X AND star == YES AND NOT notes ENDSWITH[c] 'z'",
+                 "star == YES OR (notes CONTAINS[c] $X AND folders.title CONTAINS[c] 'p') OR title == 'pi'",
+                 "NOT (priority == 0 OR title ENDSWITH[c] $X) OR title CONTAINS $X OR notes == $X"}) {
+            objectstore::FetchRequest request = model::everyTask();
+            request.predicate = objectstore::Predicate::format(format).withVariables({{"X", objectstore::Value(text)}});
+            EXPECT_EQ(liveCount.count(request).value(), application.moc().count(request).value())
+                << request.predicate.text();
+        }
+    }
+
     std::string text()
     {
         static constexpr std::array parts{"Ärger", "arger", "ARGER", "pi", "PIANO", " ", "ß", "Łódź", "łódź", "z", "-"};
@@ -59,7 +78,7 @@ protected:
     {
         objectstore::ObjectContext &moc = application.moc();
         model::Tasks *task = anyTask();
-        switch (random() % 8) {
+        switch (random() % 11) {
         case 0:
             return (void)application.add(aTask().titled(text()));
         case 1:
@@ -80,13 +99,22 @@ protected:
         }
         case 5:
             return task->setNotes(text());
+        case 8:
+            return task->setRelated("folders", random() % 2 == 0 ? &folder : nullptr);
+        case 9:
+            return folder.setTitle(random() % 2 == 0 ? "Piano" : "Garden");
+        case 10:
+            return task->setStar(random() % 2 == 0);
         default:
             return task->setTitle(text());
         }
     }
 
     support::TestApplication application;
+    model::Folders &folder = model::insert<model::Folders>(application.moc());
     TaskCatalog catalog{application.delegate(), 1};
+    LiveCount liveCount{application.delegate(), catalog};
+    LiveCount countOfTheSame{application.delegate(), catalog};
     std::mt19937 random;
 };
 
@@ -98,7 +126,7 @@ TEST_F(Catalog, answersAsTheStoreDoesWhateverHappensToTasks)
     SCOPED_TRACE("seed " + std::to_string(seed));
     random.seed(seed);
     for (int i = 0; i < 40; ++i)
-        application.add(aTask().titled(text()).noted(text()));
+        application.add(aTask().titled(text()).noted(text())).setRelated("folders", i % 2 == 0 ? &folder : nullptr);
     for (int round = 0; round < 60 && !HasFailure(); ++round) {
         change();
         application.moc().processPendingChanges();
@@ -110,6 +138,7 @@ TEST_F(Catalog, answersAsTheStoreDoesWhateverHappensToTasks)
         for (const std::string &wanted : {std::string(), std::string("arger"), std::string("PI"), text()}) {
             expectAnswersOfTheStore(wanted, Qt::AscendingOrder);
             expectAnswersOfTheStore(wanted, Qt::DescendingOrder);
+            expectCountsOfTheStore(wanted);
         }
     }
 }

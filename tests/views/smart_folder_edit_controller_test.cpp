@@ -34,7 +34,7 @@ protected:
     }
     void reopen()
     {
-        editor = new SmartFolderEditController(application.delegate(), *folder);
+        editor = new SmartFolderEditController(application.delegate(), catalog, *folder);
         editor->show();
     }
     ~Editor() override { delete editor.data(); }
@@ -81,6 +81,7 @@ protected:
     void save() { QTest::mouseClick(editor->findChild<QPushButton *>(QStringLiteral("save")), Qt::LeftButton); }
 
     support::TestApplication application;
+    viewcontrollers::TaskCatalog catalog{application.delegate()};
     model::SmartFolder *folder = nullptr;
     QPointer<SmartFolderEditController> editor;
 };
