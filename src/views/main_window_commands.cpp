@@ -374,7 +374,8 @@ SmartFolderEditController *MainWindow::editSmartFolder(model::SmartFolder &smart
     const auto open = findChildren<SmartFolderEditController *>();
     const auto same = std::find_if(open.begin(), open.end(),
         [&](const auto *editor) { return editor->isVisible() && &editor->smartFolder() == &smartFolder; });
-    auto *editor = same == open.end() ? new SmartFolderEditController(m_delegate, m_tasks.catalog(), smartFolder, this) : *same;
+    auto *editor
+        = same == open.end() ? new SmartFolderEditController(m_delegate, m_tasks.catalog(), smartFolder, this) : *same;
     editor->show();
     editor->raise();
     editor->activateWindow();
