@@ -94,8 +94,10 @@ void FirstRunController::connectButtons()
     });
     connect(&m_connectionTest, &app::ConnectionTest::finished, this, [this](bool isSuccessful) {
         m_status->setText(isSuccessful ? tr("Connection succeeded") : tr("Connection FAILED!"));
-        if (isSuccessful)
-            m_delegate.settings().set(keys::HasBeenRun, true);
+        if (!isSuccessful)
+            return;
+        m_delegate.settings().set(keys::HasBeenRun, true);
+        m_done->setFocus(); // nothing is left to do here
     });
     connect(m_done, &QPushButton::clicked, this, [this] {
         m_delegate.settings().set(keys::HasBeenRun, true);
