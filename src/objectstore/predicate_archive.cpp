@@ -164,7 +164,7 @@ public:
         case 3:
             return real();
         case 4:
-            return Instant{real()};
+            return Instant{real() + 0.0}; // a zero with a sign could not be told from one without in a date's text
         case 5:
             return text();
         case 6: {
