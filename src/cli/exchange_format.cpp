@@ -130,6 +130,9 @@ Result<void> addField(FileRecord &record, std::string_view name, std::optional<F
     const FieldDescription *description = fileField(*record.kind, name);
     if (!description)
         return notUnderstood(where + " has a field " + inQuotes(name) + " that is not known.");
+    if (std::ranges::find(record.fields, name, [](const auto &present) { return present.first; })
+        != record.fields.end())
+        return notUnderstood(where + " has two values under " + inQuotes(name) + ".");
     if (!field || !isOfType(*description, *field))
         return notUnderstood(where + " has a value under " + inQuotes(name) + " that does not belong there.");
     record.fields.emplace_back(description->name, std::move(*field));
@@ -194,6 +197,7 @@ Result<FileRecord> recordOfRow(const CsvRow &row, const CsvRow &header, std::siz
         if (auto added = addField(record, header[i], std::move(field), where); !added)
             return Failure(std::move(added.error()));
     }
+    std::ranges::sort(record.fields, {}, [](const auto &field) { return field.first; }); // as JSON has them
     return record;
 }
 
