@@ -22,7 +22,7 @@ using toodledo::TDError;
 namespace {
 
 /// As many sends at most are marked by one save; so a crash leaves at most so many that the next list has to explain.
-constexpr std::size_t sendBatch = 32;
+constexpr std::size_t sendBatch = 128;
 
 /// One item, then twice as many each time: of a few sends a crash finds nearly all noted, and many need few saves.
 template <class Item> std::vector<std::span<Item>> inBatches(std::vector<Item> &items)
