@@ -7,8 +7,6 @@
 #include "toodledo/td_text.h"
 
 #include <algorithm>
-#include <map>
-#include <span>
 #include <unordered_map>
 
 namespace syncing {
@@ -20,27 +18,6 @@ using toodledo::isServiceId;
 using toodledo::TDError;
 
 namespace {
-
-/// As many sends at most are marked by one save; so a crash leaves at most so many that the next list has to explain.
-constexpr std::size_t sendBatch = 128;
-
-/// One item, then twice as many each time: of a few sends a crash finds nearly all noted, and many need few saves.
-template <class Item> std::vector<std::span<Item>> inBatches(std::vector<Item> &items)
-{
-    std::vector<std::span<Item>> batches;
-    for (std::size_t from = 0; from < items.size(); from += batches.back().size())
-        batches.push_back(std::span(items).subspan(from, std::min({sendBatch, from + 1, items.size() - from})));
-    return batches;
-}
-
-/// What does not travel from here keeps the value that it has there, since an edit sends every field.
-void keepWhatIsNotCarried(GtdTask &sent, const GtdTask &listed)
-{
-    sent.goal = listed.goal;
-    sent.reminder = listed.reminder;
-    sent.repeat = listed.repeat;
-    sent.repeatAdvanced = listed.repeatAdvanced;
-}
 
 ServerVersion versionOf(const GtdTask &listed, ContentMark content)
 {
@@ -127,6 +104,14 @@ GtdTask TaskPhases::asAdded(GtdTask task)
 {
     task.length = 0;
     return task;
+}
+
+void TaskPhases::keepWhatIsNotCarried(GtdTask &sent, const GtdTask &listed)
+{
+    sent.goal = listed.goal;
+    sent.reminder = listed.reminder;
+    sent.repeat = listed.repeat;
+    sent.repeatAdvanced = listed.repeatAdvanced;
 }
 
 TaskPhases::Winner TaskPhases::whoWins(const GtdTask &listed, const Tasks &task, ContentMark server, ContentMark local)
@@ -261,32 +246,6 @@ std::vector<TaskPhases::Comparison> TaskPhases::listedThatMayDiffer(const TaskIn
     return comparisons;
 }
 
-bool TaskPhases::sendEdits(std::vector<Edit> edits)
-{
-    for (const std::span<Edit> batch : inBatches(edits)) {
-        if (m_session.isGuarding()) {
-            for (const Edit &edit : batch)
-                m_session.ledger().beginSending(*edit.task, edit.content, edit.sent.folder, edit.sent.context);
-            if (!m_session.savesWhatIsSent())
-                return false;
-        }
-        for (Edit &edit : batch) {
-            if (m_session.isOver())
-                return false;
-            sendEdit(edit);
-        }
-    }
-    return true;
-}
-
-void TaskPhases::sendEdit(Edit &edit)
-{
-    TDError error;
-    const bool succeeded = m_session.client().editTask(edit.sent, &error);
-    if (m_session.acceptItem(succeeded, error, edit.task->title()) == Sent::Confirmed)
-        m_session.ledger().agree(*edit.task, {edit.content, {}, edit.sent.folder, edit.sent.context}, edit.content);
-}
-
 bool TaskPhases::getNewTasks()
 {
     m_session.beginPhase();
@@ -384,181 +343,6 @@ bool TaskPhases::getDeletedTasks()
     for (Tasks *task : gone)
         remove(*task);
     return true;
-}
-
-bool TaskPhases::sendLateEdits()
-{
-    std::map<std::int64_t, Tasks *> changed; // by id
-    const auto consider = [&changed](Tasks *task) {
-        if (isServiceId(task->taskID()) && !task->deleteOnSync())
-            changed.emplace(task->taskID(), task);
-    };
-    std::ranges::for_each(m_adopted, consider);
-    for (ManagedObject *place : m_session.placesWithNewId) {
-        for (ManagedObject *task : place->objects("tasks"))
-            consider(model::as<Tasks>(task));
-    }
-    if (changed.empty())
-        return true;
-    std::vector<Edit> edits;
-    for (const GtdTask &listed : m_tdTasks) {
-        const auto found = changed.find(listed.taskId);
-        if (found == changed.end())
-            continue;
-        GtdTask sent = asSent(*found->second);
-        const ContentMark content = contentOf(sent);
-        if (!m_session.ledger().isChangedHere(*found->second, content))
-            continue;
-        keepWhatIsNotCarried(sent, listed);
-        edits.push_back({found->second, std::move(sent), content});
-    }
-    return sendEdits(std::move(edits));
-}
-
-bool TaskPhases::sendNewTasks()
-{
-    m_session.beginPhase();
-    const auto created = m_session.moc().fetch({.entity = "Tasks",
-        .predicate = objectstore::Predicate::format("(isNew==%@) && (deleteOnSync=NO)", {std::int64_t{1}}),
-        .sortDescriptors = {}});
-    if (!created) {
-        m_session.present(created.error());
-        return false;
-    }
-    std::vector<Edit> additions;
-    for (ManagedObject *object : *created) {
-        auto &task = *model::as<Tasks>(object);
-        GtdTask sent = asSent(task);
-        const ContentMark content = contentOf(asAdded(sent));
-        additions.push_back({&task, std::move(sent), content});
-    }
-    bool wentThrough = true;
-    for (const std::span<Edit> batch : inBatches(additions)) {
-        if (m_session.isGuarding()) {
-            for (const Edit &addition : batch)
-                m_session.ledger().beginSending(
-                    *addition.task, addition.content, addition.sent.folder, addition.sent.context);
-            if (!m_session.savesWhatIsSent()) // with the ids of the batch before
-                break;
-        }
-        for (Edit &addition : batch) {
-            if (m_session.isOver() || !wentThrough)
-                break;
-            wentThrough = sendNewTask(addition);
-        }
-        if (m_session.isOver() || !wentThrough)
-            break;
-    }
-    m_session.moc().processPendingChanges();
-    if (m_session.isGuarding())
-        m_session.saveAction();
-    return wentThrough && !m_session.isOver();
-}
-
-/// False when the phase has to end.
-bool TaskPhases::sendNewTask(Edit &added)
-{
-    Tasks &task = *added.task;
-    if (m_session.isGuarding() && m_listedIds.contains(task.taskID())) {
-        // marked as new although the service has it: sending it as a new one would double it
-        const ContentMark whole = contentOf(added.sent);
-        added.content = whole;
-        sendEdit(added);
-        if (m_session.ledger().compare(task, {whole}, whole) == Change::None)
-            task.setIsNew(false);
-        return true;
-    }
-    TDError error;
-    std::int64_t id = m_session.client().addTask(added.sent, &error);
-    if (const auto found = idOfUnanswered(added)) {
-        id = *found;
-        error = {};
-    }
-    const Sent sent = m_session.acceptItem(id != -1, error, task.title());
-    if (!m_session.isGuarding()) {
-        if (error)
-            return false;
-        task.setTaskID(id);
-        task.setIsNew(false);
-        return true;
-    }
-    if (sent == Sent::Confirmed && isServiceId(id)) {
-        task.setTaskID(id);
-        task.setIsNew(false);
-        m_sentIds.insert(id);
-        m_session.ledger().agree(task, {added.content, {}, added.sent.folder, added.sent.context}, added.content);
-        if (added.sent.length != 0) {
-            added.sent.taskId = id;
-            added.content = contentOf(added.sent);
-            sendEdit(added);
-        }
-    }
-    return sent != Sent::Unreachable;
-}
-
-/// The id of the task whose add went unanswered just now, if it did arrive. Asked at once: when another computer has
-/// changed the task, nothing tells any more that it is this one.
-std::optional<std::int64_t> TaskPhases::idOfUnanswered(const Edit &added)
-{
-    if (!m_session.isGuarding() || m_session.isOver() || !m_session.isUnanswered())
-        return std::nullopt;
-    TDError error;
-    auto listed = m_session.client().getTasks(&error);
-    const auto known = listed ? index() : std::nullopt;
-    if (!known || error || m_session.client().lastReplyWasRefused())
-        return std::nullopt;
-    placeByContextId(*listed);
-    const auto found = std::ranges::find_if(*listed, [&](const GtdTask &task) {
-        return isServiceId(task.taskId) && !m_listedIds.contains(task.taskId) && !known->firstID(task.taskId)
-            && contentOf(task) == added.content;
-    });
-    return found == listed->end() ? std::nullopt : std::optional(found->taskId);
-}
-
-bool TaskPhases::sendDeletedTasks()
-{
-    m_session.beginPhase();
-    const auto deleted = m_session.moc().fetch(model::deletedTasks());
-    if (!deleted) {
-        m_session.present(deleted.error());
-        return false;
-    }
-    for (ManagedObject *object : *deleted) {
-        auto &task = *model::as<Tasks>(object);
-        if (m_session.isOver())
-            return false;
-        const GtdTask sent = asSent(task);
-        const bool isGone = m_session.isGuarding() && isGoneThere(sent.taskId);
-        const Sent answer = isGone ? Sent::Confirmed : deleteAtService(sent);
-        if (answer == Sent::Confirmed)
-            remove(task);
-        else if (!m_session.isGuarding())
-            return false;
-    }
-    return m_session.saveAction();
-}
-
-/// Whether the service has no such task, so that there is nothing to delete there.
-bool TaskPhases::isGoneThere(std::int64_t taskID) const
-{
-    return !isServiceId(taskID) || (m_isListed && !m_listedIds.contains(taskID) && !m_sentIds.contains(taskID));
-}
-
-Sent TaskPhases::deleteAtService(const GtdTask &task)
-{
-    TDError error;
-    GtdTask deleted = task;
-    if (m_session.isGuarding() && !deleted.title)
-        deleted.title.emplace(); // only the id is sent, but the operation wants a title
-    const bool succeeded = m_session.client().deleteTask(deleted, &error);
-    const Sent sent = m_session.acceptItem(succeeded, error, task.title.value_or(""));
-    return succeeded || m_session.isGuarding() ? sent : Sent::Refused;
-}
-
-void TaskPhases::remove(Tasks &task)
-{
-    m_session.ledger().forget(task);
-    m_session.moc().remove(task);
 }
 
 } // namespace syncing

@@ -58,6 +58,8 @@ private:
     [[nodiscard]] bool listsAllThatChangedHere(const TaskIndex &known) const;
     [[nodiscard]] GtdTask asSent(const model::Tasks &task) const;
     [[nodiscard]] static GtdTask asAdded(GtdTask task);
+    /// What does not travel from here keeps the value that it has there, since an edit sends every field.
+    static void keepWhatIsNotCarried(toodledo::GtdTask &sent, const toodledo::GtdTask &listed);
     [[nodiscard]] Winner whoWins(
         const GtdTask &listed, const model::Tasks &task, ContentMark server, ContentMark local);
     void noteAgreement(const GtdTask &listed, model::Tasks &task, ContentMark server);
