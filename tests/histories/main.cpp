@@ -19,8 +19,8 @@
 
 namespace {
 
-/// Whether more histories end with a task there twice, which a lost reply can bring about and no protocol tells, than one
-/// in a thousand; twice the standard deviation is left to chance, which is nothing in a few histories.
+/// Whether more histories end with a task there twice, which a lost reply can bring about and no protocol tells, than
+/// one in a thousand; twice the standard deviation is left to chance, which is nothing in a few histories.
 bool areTooManyDoubled(std::uint64_t doubled, std::uint64_t count)
 {
     const double most = static_cast<double>(count) / 1000;
