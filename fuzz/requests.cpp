@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Requests to the service, one a line, after the first has been logged in for: "KEY" stands for its key. Whatever is
-// asked, the answer is one well-formed document that the client reads, and a title that was taken comes back as it was.
+// Requests to the service, one a line, after the first has been logged in for: "KEY" stands for its key, and after a
+// tab follows the body, in which a tab ends a line. Whatever is asked, the answer is one well-formed document that the
+// client reads, and a title that was taken comes back as it was.
 #include "fuzz/property.h"
 #include "service/caller.h"
 #include "service/request.h"
 #include "toodledo/td_tasks_parser.h"
 
+#include <algorithm>
 #include <set>
 
 namespace {
@@ -50,9 +52,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     calling::User user(place, "ana@example.org");
     fuzz::Input input(data, size);
     for (int requests = 0; !input.isEmpty() && requests < 20; ++requests) {
-        const std::string target = withKey(input.line(), user.key);
+        const std::string line = withKey(input.line(), user.key);
+        const std::string target = line.substr(0, line.find('\t'));
+        std::string body = line.substr(std::min(target.size() + 1, line.size()));
+        std::ranges::replace(body, '\t', '\n');
         checkParsing(target);
-        const std::string reply = place.service.answer("/api.php?" + target, {}, "10.0.0.1");
+        const std::string reply = place.service.answer("/api.php?" + target, body, "10.0.0.1");
         toodledo::TDSimpleParser parser;
         fuzz::require(parser.parse(reply), "every answer is one well-formed document", target + "\n" + reply);
     }

@@ -80,7 +80,7 @@ std::string getServerInfo(Call &call)
     std::array<char, 32> left{};
     std::snprintf(left.data(), left.size(), "%.2f", minutes);
     return "<server>" + element("unixtime", call.now) + element("date", mailDateOf(call.now))
-        + element("tokenexpires", left.data()) + "</server>";
+        + element("tokenexpires", left.data()) + element("mostcalls", call.options.mostCalls) + "</server>";
 }
 
 std::string getAccountInfo(Call &call)

@@ -7,11 +7,15 @@
 #include "service/text.h"
 
 #include <algorithm>
+#include <functional>
 #include <optional>
 
 namespace service {
 
 namespace {
+
+/// A method whose calls a POST brings, one a line, each as the query of a request without a key.
+constexpr Method several{"several", Access::Write, noParameters, nullptr};
 
 using MethodTable = std::unordered_map<std::string_view, const Method *>;
 
@@ -36,6 +40,11 @@ void checkParameters(const Method &method, const Request &request)
             throw Refusal("unknown parameter: " + cleaned(name.substr(0, 64)));
 }
 
+std::string refusalElement(const Refusal &refusal)
+{
+    return element("error", refusal.what());
+}
+
 } // namespace
 
 struct Service::State {
@@ -45,7 +54,15 @@ struct Service::State {
     Throttles throttles;
     KnownKeys knownKeys;
 
-    [[nodiscard]] std::string answer(const Request &request, std::string_view address);
+    /// What makes a reply, in a transaction.
+    using Work = std::function<std::string(Call &call)>;
+
+    [[nodiscard]] std::string answer(const Request &request, std::string_view calls, std::string_view address);
+    [[nodiscard]] std::string answerSeveral(const Call &head, std::string_view calls) const;
+    [[nodiscard]] std::string answerOneOfSeveral(const Call &head, std::string_view query) const;
+    [[nodiscard]] std::string perform(
+        Access access, const Request &request, std::string_view address, const Work &work);
+    [[nodiscard]] const Method &methodOf(const Request &request) const;
     [[nodiscard]] Session sessionOf(Connection &connection, const Request &request, std::int64_t now);
 };
 
@@ -62,34 +79,78 @@ Session Service::State::sessionOf(Connection &connection, const Request &request
     return *session;
 }
 
-std::string Service::State::answer(const Request &request, std::string_view address)
+const Method &Service::State::methodOf(const Request &request) const
 {
     const auto found = methods.find(request.method());
     if (found == methods.end())
         throw Refusal("unknown method");
-    const Method &method = *found->second;
+    return *found->second;
+}
+
+std::string Service::State::answer(const Request &request, std::string_view calls, std::string_view address)
+{
+    const bool holdsCalls = request.method() == several.name;
+    const Method &method = holdsCalls ? several : methodOf(request);
+    return perform(method.access, request, address, [&](Call &call) {
+        checkParameters(method, request);
+        return holdsCalls ? answerSeveral(call, calls) : method.answer(call);
+    });
+}
+
+/// Answers each call in its turn. One commit keeps them all, which is what most of the time of a change goes to.
+std::string Service::State::answerSeveral(const Call &head, std::string_view calls) const
+{
+    std::string xml = "<several>";
+    for (int number = 1; !calls.empty(); ++number) {
+        if (number > options.mostCalls)
+            throw Refusal("too many calls"); // which undoes those before
+        const std::size_t end = std::min(calls.find('\n'), calls.size());
+        xml += answerOneOfSeveral(head, calls.substr(0, end));
+        calls.remove_prefix(std::min(end + 1, calls.size()));
+    }
+    return xml += "</several>";
+}
+
+/// A call that is refused has written nothing, and the others count.
+std::string Service::State::answerOneOfSeveral(const Call &head, std::string_view query) const
+{
+    try {
+        const Request request = Request::parse(query);
+        const Method &method = methodOf(request);
+        if (method.access != Access::Write)
+            throw Refusal("not to be one of several");
+        checkParameters(method, request);
+        Call call{request, head.connection, head.session, head.now, head.options, head.throttles, head.address};
+        return method.answer(call);
+    } catch (const Refusal &refusal) {
+        return refusalElement(refusal);
+    }
+}
+
+/// Does the work in a transaction, once the key is checked.
+std::string Service::State::perform(Access access, const Request &request, std::string_view address, const Work &work)
+{
     const std::int64_t now = options.clock();
-    const bool writes = method.access == Access::Write || method.access == Access::OpenWrite;
-    const bool needsKey = method.access == Access::Write || method.access == Access::Read;
+    const bool writes = access == Access::Write || access == Access::OpenWrite;
+    const bool needsKey = access == Access::Write || access == Access::Read;
 
     std::string xml;
     Session session;
     const auto check = [&](Connection &connection) { session = sessionOf(connection, request, now); };
-    const auto work = [&](Connection &connection) {
+    const auto inTransaction = [&](Connection &connection) {
         if (needsKey)
             check(connection);
-        checkParameters(method, request);
         Call call{request, connection, session, now, options, throttles, address};
-        xml = method.answer(call);
+        xml = work(call);
     };
-    if (method.access == Access::Write && !knownKeys.contains(request.text("key"))) {
+    if (access == Access::Write && !knownKeys.contains(request.text("key"))) {
         database.read(check); // a key that is none must not make writers wait
         knownKeys.add(request.text("key"));
     }
     if (writes)
-        database.write(work);
+        database.write(inTransaction);
     else
-        database.read(work);
+        database.read(inTransaction);
     return xml;
 }
 
@@ -100,16 +161,14 @@ Service::~Service() = default;
 std::string Service::answer(std::string_view target, std::string_view body, std::string_view address)
 {
     const std::size_t question = target.find('?');
-    std::string_view query = question == std::string_view::npos ? std::string_view() : target.substr(question + 1);
-    std::string joined;
-    if (!body.empty()) {
-        joined.append(query).append(";").append(body);
-        query = joined;
-    }
+    const auto query = question == std::string_view::npos ? std::string_view() : target.substr(question + 1);
     try {
-        return withDeclaration(m_state->answer(Request::parse(query), address));
+        Request request = Request::parse(query);
+        if (!body.empty() && request.method() != several.name)
+            request = Request::parse(std::string(query).append(";").append(body));
+        return withDeclaration(m_state->answer(request, body, address));
     } catch (const Refusal &refusal) {
-        return withDeclaration(element("error", refusal.what()));
+        return withDeclaration(refusalElement(refusal));
     } catch (const DatabaseError &error) {
         return withDeclaration(element("error", std::string("the service could not use its data: ") + error.what()));
     } catch (const std::exception &error) {

@@ -13,6 +13,7 @@ namespace service {
 /// What the owner decides.
 struct ServiceOptions {
     int tokensPerHour = 10; ///< for each account
+    int mostCalls = 128; ///< that one request may hold, see `Service::answer`
     bool isSecure = false; ///< clients are told to talk https
     bool allowsSignUp = true; ///< whether `createAccount` makes accounts
     Clock clock = systemSeconds;
@@ -31,7 +32,8 @@ public:
     Service &operator=(const Service &) = delete;
 
     /// Answers `target`, such as "/api.php?method=getTasks;key=K;"; only what follows its "?" counts. `body` holds the
-    /// parameters that a POST brings, `address` says who asks, so that failed logins can be slowed down.
+    /// parameters that a POST brings, or the calls, one a line, of the method `several`. `address` says who asks, so
+    /// that failed logins can be slowed down.
     [[nodiscard]] std::string answer(
         std::string_view target, std::string_view body = {}, std::string_view address = {});
 

@@ -5,6 +5,7 @@
 #include "sync/task_index.h"
 #include "sync/task_mapping.h"
 
+#include <span>
 #include <unordered_set>
 #include <vector>
 
@@ -70,8 +71,12 @@ private:
     [[nodiscard]] model::Tasks *takeUnanswered(ContentMark content, std::optional<std::int64_t> length = {});
     void makeTask(const GtdTask &listed, TaskMapping &mapping);
     bool deleteListed(const GtdTask &listed, model::Tasks &task);
+    [[nodiscard]] bool sendBatch(std::span<Edit> additions);
+    [[nodiscard]] std::size_t sendTogether(std::span<Edit> additions);
     [[nodiscard]] bool sendNewTask(Edit &added);
-    [[nodiscard]] std::optional<std::int64_t> idOfUnanswered(const Edit &added);
+    [[nodiscard]] bool isListed(const Edit &addition) const;
+    void noteAdded(Edit &added, std::int64_t id);
+    [[nodiscard]] std::vector<std::int64_t> idsOfUnanswered(std::span<const Edit> additions);
     [[nodiscard]] bool isGoneThere(std::int64_t taskID) const;
     [[nodiscard]] Sent deleteAtService(const GtdTask &task);
     void remove(model::Tasks &task);

@@ -114,11 +114,7 @@ bool TaskPhases::sendNewTasks()
             if (!m_session.savesWhatIsSent()) // with the ids of the batch before
                 break;
         }
-        for (Edit &addition : batch) {
-            if (m_session.isOver() || !wentThrough)
-                break;
-            wentThrough = sendNewTask(addition);
-        }
+        wentThrough = sendBatch(batch);
         if (m_session.isOver() || !wentThrough)
             break;
     }
@@ -128,12 +124,59 @@ bool TaskPhases::sendNewTasks()
     return wentThrough && !m_session.isOver();
 }
 
+/// Sends them in their order, several at once where the service takes that. False when the phase has to end.
+bool TaskPhases::sendBatch(std::span<Edit> additions)
+{
+    while (!additions.empty() && !m_session.isOver()) {
+        const std::size_t sent = sendTogether(additions);
+        if (sent == 0 && !sendNewTask(additions.front()))
+            return false;
+        additions = additions.subspan(std::max<std::size_t>(sent, 1));
+    }
+    return true;
+}
+
+/// Adds the first of them by one request, where the service takes that; returns how many, whatever came of it.
+std::size_t TaskPhases::sendTogether(std::span<Edit> additions)
+{
+    if (!m_session.isGuarding())
+        return 0;
+    std::vector<const GtdTask *> tasks;
+    for (std::size_t i = 0; i < additions.size() && !isListed(additions[i]); ++i)
+        tasks.push_back(&additions[i].sent);
+    TDError error;
+    auto added = m_session.client().addTasks(tasks, &error);
+    if (added.sent == 0)
+        return 0;
+    const std::span<Edit> sent = additions.first(added.sent);
+    const bool isAnswered = !added.ids.empty();
+    if (!isAnswered) {
+        added.ids = idsOfUnanswered(sent);
+        // Those that are not found are noted, and wait for the next run's list.
+        if (const auto missing = std::ranges::find(added.ids, -1); missing != added.ids.end())
+            m_session.acceptItem(
+                false, error, sent[static_cast<std::size_t>(missing - added.ids.begin())].task->title());
+    }
+    for (std::size_t i = 0; i < sent.size(); ++i) {
+        if (isServiceId(added.ids[i]))
+            noteAdded(sent[i], added.ids[i]);
+        else if (isAnswered && added.ids[i] == -1 && !m_session.isOver())
+            (void)sendNewTask(sent[i]); // refused: by itself it is told why
+    }
+    return sent.size();
+}
+
+/// Whether it is marked as new although the service has it: sending it as a new one would double it.
+bool TaskPhases::isListed(const Edit &addition) const
+{
+    return m_listedIds.contains(addition.task->taskID());
+}
+
 /// False when the phase has to end.
 bool TaskPhases::sendNewTask(Edit &added)
 {
     Tasks &task = *added.task;
-    if (m_session.isGuarding() && m_listedIds.contains(task.taskID())) {
-        // marked as new although the service has it: sending it as a new one would double it
+    if (m_session.isGuarding() && isListed(added)) {
         const ContentMark whole = contentOf(added.sent);
         added.content = whole;
         sendEdit(added);
@@ -143,8 +186,8 @@ bool TaskPhases::sendNewTask(Edit &added)
     }
     TDError error;
     std::int64_t id = m_session.client().addTask(added.sent, &error);
-    if (const auto found = idOfUnanswered(added)) {
-        id = *found;
+    if (const std::int64_t found = idsOfUnanswered({&added, 1}).front(); found != -1) {
+        id = found;
         error = {};
     }
     const Sent sent = m_session.acceptItem(id != -1, error, task.title());
@@ -155,37 +198,51 @@ bool TaskPhases::sendNewTask(Edit &added)
         task.setIsNew(false);
         return true;
     }
-    if (sent == Sent::Confirmed && isServiceId(id)) {
-        task.setTaskID(id);
-        task.setIsNew(false);
-        m_sentIds.insert(id);
-        m_session.ledger().agree(task, {added.content, {}, added.sent.folder, added.sent.context}, added.content);
-        if (added.sent.length != 0) {
-            added.sent.taskId = id;
-            added.content = contentOf(added.sent);
-            sendEdit(added);
-        }
-    }
+    if (sent == Sent::Confirmed && isServiceId(id))
+        noteAdded(added, id);
     return sent != Sent::Unreachable;
 }
 
-/// The id of the task whose add went unanswered just now, if it did arrive. Asked at once: when another computer has
-/// changed the task, nothing tells any more that it is this one.
-std::optional<std::int64_t> TaskPhases::idOfUnanswered(const Edit &added)
+/// The service has the task, still without its length, which the method that adds does not take.
+void TaskPhases::noteAdded(Edit &added, std::int64_t id)
 {
+    Tasks &task = *added.task;
+    task.setTaskID(id);
+    task.setIsNew(false);
+    m_sentIds.insert(id);
+    m_session.ledger().agree(task, {added.content, {}, added.sent.folder, added.sent.context}, added.content);
+    if (added.sent.length != 0 && !m_session.isOver()) {
+        added.sent.taskId = id;
+        added.content = contentOf(added.sent);
+        sendEdit(added);
+    }
+}
+
+/// The ids of the tasks whose add went unanswered just now, -1 for one that did not arrive. Asked at once: when another
+/// computer has changed the task, nothing tells any more that it is this one.
+std::vector<std::int64_t> TaskPhases::idsOfUnanswered(std::span<const Edit> additions)
+{
+    std::vector<std::int64_t> ids(additions.size(), -1);
     if (!m_session.isGuarding() || m_session.isOver() || !m_session.isUnanswered())
-        return std::nullopt;
+        return ids;
     TDError error;
     auto listed = m_session.client().getTasks(&error);
     const auto known = listed ? index() : std::nullopt;
     if (!known || error || m_session.client().lastReplyWasRefused())
-        return std::nullopt;
+        return ids;
     placeByContextId(*listed);
-    const auto found = std::ranges::find_if(*listed, [&](const GtdTask &task) {
-        return isServiceId(task.taskId) && !m_listedIds.contains(task.taskId) && !known->firstID(task.taskId)
-            && contentOf(task) == added.content;
-    });
-    return found == listed->end() ? std::nullopt : std::optional(found->taskId);
+    for (const GtdTask &task : *listed) {
+        if (!isServiceId(task.taskId) || m_listedIds.contains(task.taskId) || known->firstID(task.taskId))
+            continue;
+        const ContentMark content = contentOf(task);
+        for (std::size_t i = 0; i < ids.size(); ++i) {
+            if (ids[i] != -1 || additions[i].content != content)
+                continue;
+            ids[i] = task.taskId;
+            break;
+        }
+    }
+    return ids;
 }
 
 bool TaskPhases::sendDeletedTasks()

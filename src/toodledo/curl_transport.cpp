@@ -207,6 +207,11 @@ foundation::Result<HttpReply> CurlTransport::perform(const HttpRequest &request,
         ? 0L
         : 1L;
     curl_easy_setopt(easy, CURLOPT_URL, request.url.c_str());
+    curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L); // and no longer what the request before was
+    if (!request.body.empty()) {
+        curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
+        curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request.body.data());
+    }
     curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(milliseconds));
     curl_easy_setopt(easy, CURLOPT_SSL_VERIFYPEER, verify);
     curl_easy_setopt(easy, CURLOPT_SSL_VERIFYHOST, verify * 2);

@@ -27,6 +27,7 @@ struct HttpRequest {
     std::string url; ///< http or https, already escaped
     double deadline = 30; ///< seconds for the whole exchange, from looking up the name to the last byte
     std::stop_token stop; ///< ends the exchange within a second
+    std::string body = {}; ///< what to send by POST; empty: nothing, by GET
 };
 
 /// What came before the body.
@@ -45,7 +46,7 @@ public:
     virtual bool receive(std::string_view bytes) = 0;
 };
 
-/// Performs one GET request at a time on the thread that asks; whatever goes wrong comes back as an error.
+/// Performs one request at a time on the thread that asks; whatever goes wrong comes back as an error.
 class HttpTransport
 {
 public:

@@ -86,14 +86,17 @@ bool TDApi::send(const HttpRequest &request, TDParser &parser, std::string_view 
     return true;
 }
 
-bool TDApi::perform(const Operation &operation, const Parameters &parameters, TDParser &parser, TDError *error)
+bool TDApi::perform(
+    const Operation &operation, const Parameters &parameters, TDParser &parser, TDError *error, std::string body)
 {
     m_lastReply = TDReply();
     if (operation.asksForKey ? !key() : !isAuthenticated()) {
         complain(operation.notAuthenticated, error);
         return false;
     }
-    if (send(authenticatedRequestForURLString(urlText(operation.method), parameters), parser, operation.root))
+    HttpRequest request = authenticatedRequestForURLString(urlText(operation.method), parameters);
+    request.body = std::move(body);
+    if (send(request, parser, operation.root))
         return true;
     complain(operation.connectionFailure, error);
     return false;

@@ -49,6 +49,12 @@ struct TDReply {
     std::optional<foundation::Error> failure; ///< why there was no reply, or why it could not be read
 };
 
+/// What came of adding several tasks at once.
+struct AddedTasks {
+    std::size_t sent = 0; ///< the first so many
+    std::vector<std::int64_t> ids = {}; ///< theirs, -1 for one that was refused; empty where no reply tells them
+};
+
 /// The client of the to-do service: one blocking operation per method, for one synchronisation run and one thread.
 ///
 /// An operation that fails returns its failure value (nothing, false or -1) and, where its caller passed an error,
@@ -95,6 +101,9 @@ public:
     [[nodiscard]] std::optional<std::vector<GtdTask>> getDeleted(TDError *error = nullptr);
     /// The id of the new task, or -1. A task without a title is code 40, and is sent all the same.
     std::int64_t addTask(const GtdTask &task, TDError *error = nullptr);
+    /// Adds the first of `tasks` by one request, as many as fit; nothing is sent where fewer than two do, where the
+    /// service takes no more than one call in a request, or once such a request got no true answer.
+    [[nodiscard]] AddedTasks addTasks(std::span<const GtdTask *const> tasks, TDError *error = nullptr);
     bool editTask(const GtdTask &task, TDError *error = nullptr);
     bool deleteTask(const GtdTask &task, TDError *error = nullptr);
 
@@ -153,7 +162,8 @@ private:
 
     /// Sends and parses; true when a whole reply arrived, whether or not it was well-formed.
     bool send(const HttpRequest &request, TDParser &parser, std::string_view root = {});
-    bool perform(const Operation &operation, const Parameters &parameters, TDParser &parser, TDError *error);
+    bool perform(const Operation &operation, const Parameters &parameters, TDParser &parser, TDError *error,
+        std::string body = {});
     [[nodiscard]] std::optional<std::string> performForValue(
         const Operation &operation, std::string_view awaited, const Parameters &parameters, TDError *error);
     template <typename Parser>
@@ -171,6 +181,7 @@ private:
     StoredKey::Entry m_key;
     std::string m_passwordHash;
     double m_servertimeDifference = 0;
+    std::size_t m_mostCalls = 1; ///< that the service takes in one request
     AccountInfo m_accountInfo;
 
     TDReply m_lastReply;

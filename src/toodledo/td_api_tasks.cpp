@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "toodledo/td_api_core.h"
 
+#include <algorithm>
+
 namespace toodledo {
 
 namespace {
@@ -17,6 +19,8 @@ constexpr Operation listDeleted = listOperation("getDeleted", "deleted", "gettin
 
 constexpr Operation add{"addTask", "added", {operationFailed, Wording::NotAuthenticated, "adding task."},
     {connectionFailed}, {operationFailed, Wording::BadResultAndValue, "adding task.  "}};
+constexpr Operation addSeveral{"several", "several", {operationFailed, Wording::NotAuthenticated, "adding task."},
+    {connectionFailed}, {operationFailed, Wording::BadResultAndError, "adding task.  "}};
 constexpr Operation edit{"editTask", "success", {operationFailed, Wording::NotAuthenticated, "editing task."},
     {connectionFailed}, {operationFailed, Wording::BadResultAndError, "editing task."}};
 constexpr Operation remove{"deleteTask", "success", {operationFailed, Wording::NotAuthenticated, "deleting task."},
@@ -70,6 +74,22 @@ Parameters taskParameters(const GtdTask &task, Length length)
     return parameters;
 }
 
+/// As much as a request may hold of several calls; the rest waits for the next.
+constexpr std::size_t longestCalls = std::size_t{512} << 10;
+
+/// The ids of tasks that were added by one request.
+class AddedTasksParser final : public TDListParser<std::int64_t>
+{
+private:
+    void didEndElement(std::string_view name, std::string_view text) override
+    {
+        if (name == "added")
+            m_results.push_back(integerOf(text));
+        else if (name == "error")
+            m_results.push_back(-1);
+    }
+};
+
 bool isUsable(const GtdTask &task)
 {
     return canBeSent(task.taskId) && task.title;
@@ -106,6 +126,32 @@ std::int64_t TDApi::addTask(const GtdTask &task, TDError *error)
         complain({.code = unusableItem}, error);
     const auto id = performForValue(add, "added", taskParameters(task, Length::Left), error);
     return id ? integerOf(*id) : -1;
+}
+
+AddedTasks TDApi::addTasks(std::span<const GtdTask *const> tasks, TDError *error)
+{
+    AddedTasks added;
+    std::string calls;
+    while (added.sent < std::min(tasks.size(), m_mostCalls)) {
+        const std::string call = callLine(add.method, taskParameters(*tasks[added.sent], Length::Left));
+        if (calls.size() + call.size() > longestCalls)
+            break;
+        calls += call;
+        ++added.sent;
+    }
+    if (added.sent < 2)
+        return {};
+    AddedTasksParser parser;
+    const bool hasReply = perform(addSeveral, {}, parser, error, std::move(calls));
+    if (hasReply)
+        added.ids = parser.parseResults().value_or(std::vector<std::int64_t>());
+    if (added.ids.size() == added.sent && parser.root() == addSeveral.root)
+        return added;
+    if (hasReply)
+        complain(addSeveral.badResult, error, parser.errorTexts());
+    added.ids.clear();
+    m_mostCalls = 1; // what lies on the way may let no such request through
+    return added;
 }
 
 bool TDApi::editTask(const GtdTask &task, TDError *error)

@@ -91,6 +91,16 @@ std::string authenticatedUrl(
     return authentication.escapeValues ? url : escapedText(url);
 }
 
+std::string callLine(std::string_view method, const Parameters &parameters)
+{
+    std::string line;
+    reserveFor(line, parameters);
+    appendPair(line, "method", method, true);
+    for (const auto &[name, value] : parameters)
+        appendPair(line, name, value, true);
+    return line += '\n';
+}
+
 bool isLoopback(std::string_view host)
 {
     if (host.starts_with("[::1]"))

@@ -32,6 +32,10 @@ struct Authentication {
 [[nodiscard]] std::string authenticatedUrl(
     std::string_view urlText, const Authentication &authentication, const Parameters &parameters);
 
+/// One call of a request that holds several: the method and each parameter as "name=value;", its value escaped, and the
+/// line's end.
+[[nodiscard]] std::string callLine(std::string_view method, const Parameters &parameters);
+
 /// Whether `host`, which may carry a port, is this computer.
 [[nodiscard]] bool isLoopback(std::string_view host);
 

@@ -19,7 +19,8 @@ public:
         const toodledo::HttpRequest &request, toodledo::BodySink &body) override
     {
         const Spared spared;
-        body.receive(m_service.answer(std::string_view(request.url).substr(request.url.find("/api.php"))));
+        const auto target = std::string_view(request.url).substr(request.url.find("/api.php"));
+        body.receive(m_service.answer(target, request.body));
         return toodledo::HttpReply{200, "text/xml"};
     }
 

@@ -61,7 +61,7 @@ public:
         if (fault == Fault::HtmlReply)
             return deliver("<html><body>Please accept the terms</body></html>", body);
         const std::string old = m_lastLists[method];
-        const std::string reply = m_answer(target);
+        const std::string reply = m_answer(target, request.body);
         if (method.starts_with("get") && !isLogin(method))
             m_lastLists[method] = reply;
         if (fault == Fault::KillAfter)

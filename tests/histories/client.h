@@ -18,8 +18,8 @@
 
 namespace histories {
 
-/// Answers the target of a request, such as "/api.php?method=getTasks;key=k;", with a reply's text.
-using Answer = std::function<std::string(std::string_view target)>;
+/// Answers the target of a request, such as "/api.php?method=getTasks;key=k;", and its body with a reply's text.
+using Answer = std::function<std::string(std::string_view target, std::string_view body)>;
 
 /// One computer of the user: a store in a file, settings, and a person who edits and synchronises.
 class Client

@@ -125,8 +125,8 @@ History draw(std::uint64_t seed, int clients, bool guards)
 
 std::string describe(const History &history)
 {
-    std::string text
-        = std::to_string(history.clients) + " client(s), guards " + (history.guards ? "on" : "off") + ", clocks off by";
+    std::string text = std::to_string(history.clients) + " client(s), guards " + (history.guards ? "on" : "off")
+        + (history.singleCalls ? ", single calls" : "") + ", clocks off by";
     for (const std::int32_t skew : history.skews)
         text += " " + std::to_string(skew) + " s";
     text += "\n";

@@ -32,6 +32,7 @@ struct Options {
     std::uint64_t count = 1000;
     int clients = 0; ///< 0: one, two and three in turn
     bool guards = true;
+    bool singleCalls = false; ///< of every seed, not only the odd ones
     bool expectFailure = false; ///< "--control guards-off": the histories must be found to go wrong
     unsigned lanes = std::clamp(std::thread::hardware_concurrency(), 1U, 2U);
 };
@@ -53,6 +54,8 @@ Options read(int count, char **arguments)
             options.clients = static_cast<int>(value());
         else if (!std::strcmp(arguments[i], "--lanes"))
             options.lanes = static_cast<unsigned>(value());
+        else if (!std::strcmp(arguments[i], "--single-calls"))
+            options.singleCalls = true;
         else if (!std::strcmp(arguments[i], "--no-guards"))
             options.guards = false;
         else if (!std::strcmp(arguments[i], "--control") && ++i < count && !std::strcmp(arguments[i], "guards-off")) {
@@ -72,8 +75,8 @@ void report(const histories::History &history, std::uint64_t seed)
         shortest.steps.size(), histories::describe(shortest).c_str());
     for (const std::string &fault : histories::play(shortest).faults)
         std::printf("  -> %s\n", fault.c_str());
-    std::printf("again: sync_histories --seed %llu --count 1 --clients %d%s\n", static_cast<unsigned long long>(seed),
-        history.clients, history.guards ? "" : " --no-guards");
+    std::printf("again: sync_histories --seed %llu --count 1 --clients %d%s%s\n", static_cast<unsigned long long>(seed),
+        history.clients, history.guards ? "" : " --no-guards", history.singleCalls ? " --single-calls" : "");
 }
 
 /// What the lanes share.
@@ -90,7 +93,8 @@ public:
             if (seed >= m_options.seed + m_options.count)
                 return;
             const int clients = m_options.clients != 0 ? m_options.clients : static_cast<int>(1 + seed % 3);
-            const auto history = histories::draw(seed, clients, m_options.guards);
+            auto history = histories::draw(seed, clients, m_options.guards);
+            history.singleCalls = m_options.singleCalls || seed % 2 != 0;
             const auto verdict = histories::play(history);
             const std::scoped_lock lock(m_mutex);
             take(history, seed, verdict);

@@ -5,7 +5,8 @@
 
 namespace histories {
 
-ServiceInProcess::ServiceInProcess(std::function<std::int64_t()> clock, const std::filesystem::path &folder)
+ServiceInProcess::ServiceInProcess(
+    std::function<std::int64_t()> clock, const std::filesystem::path &folder, int mostCalls)
 {
     const bool isNew = folder.empty() || !std::filesystem::exists(folder);
     if (folder.empty()) {
@@ -16,8 +17,8 @@ ServiceInProcess::ServiceInProcess(std::function<std::int64_t()> clock, const st
             throw std::runtime_error("the service does not open: " + opened.error());
         m_database = std::move(*opened);
     }
-    m_service = std::make_unique<service::Service>(
-        *m_database, service::ServiceOptions{.tokensPerHour = 1000000, .clock = std::move(clock)});
+    m_service = std::make_unique<service::Service>(*m_database,
+        service::ServiceOptions{.tokensPerHour = 1000000, .mostCalls = mostCalls, .clock = std::move(clock)});
     if (!isNew)
         return;
     const std::string reply = answer("/api.php?method=createAccount;email=ana%40example.org;pass=secret%20word;");

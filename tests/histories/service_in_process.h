@@ -16,9 +16,13 @@ namespace histories {
 class ServiceInProcess
 {
 public:
-    explicit ServiceInProcess(std::function<std::int64_t()> clock, const std::filesystem::path &folder = {});
+    explicit ServiceInProcess(std::function<std::int64_t()> clock, const std::filesystem::path &folder = {},
+        int mostCalls = service::ServiceOptions().mostCalls);
 
-    [[nodiscard]] std::string answer(std::string_view target) { return m_service->answer(target); }
+    [[nodiscard]] std::string answer(std::string_view target, std::string_view body = {})
+    {
+        return m_service->answer(target, body);
+    }
 
 private:
     std::unique_ptr<service::Database> m_database;

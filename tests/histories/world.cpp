@@ -18,7 +18,9 @@ class World
 {
 public:
     explicit World(const History &history)
-        : m_history(history), m_service([this] { return static_cast<std::int64_t>(m_now); })
+        : m_history(history)
+        , m_service([this] { return static_cast<std::int64_t>(m_now); }, {},
+              history.singleCalls ? 1 : service::ServiceOptions().mostCalls)
     {
         for (int i = 0; i < history.clients; ++i)
             m_clients.push_back(newClient(history.skews.at(static_cast<std::size_t>(i))));
@@ -38,9 +40,9 @@ private:
     std::unique_ptr<Client> newClient(std::int32_t skew)
     {
         return std::make_unique<Client>(
-            [this](std::string_view target) {
+            [this](std::string_view target, std::string_view body) {
                 m_isAskedOnly = m_isAskedOnly && target.starts_with("/api.php?method=get");
-                return m_service.answer(target);
+                return m_service.answer(target, body);
             },
             m_now, skew, m_history.guards);
     }

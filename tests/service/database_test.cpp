@@ -99,6 +99,8 @@ TEST(Database, undoesWhatItCouldNotCommit)
     (void)ana.add("addTask", {{"title", "First"}});
     EXPECT_NE(inside(ana.ask("addTask", {{"title", "Last"}}), "error").find("disk is full"), std::string::npos);
     (void)ana.add("addTask", {{"title", "Next"}});
+    const std::string calls = "method=addTask;title=Many;\nmethod=addTask;title=Last;\n";
+    EXPECT_NE(place.service.answer("?method=several;key=" + ana.key, calls).find("disk is full"), std::string::npos);
     EXPECT_EQ(countOf(ana.ask("getTasks"), "<task>"), 2);
 }
 

@@ -175,6 +175,31 @@ TEST_F(Tasks, areFoundByEachFilter)
         ana.ask("getTasks", {{"end", "1"}}).find("num=\"1\" total=\"3\" start=\"0\" end=\"1\""), std::string::npos);
 }
 
+TEST(SeveralCalls, areDoneInTheirOrderAndARefusedOneSparesTheOthers)
+{
+    InMemory place({.mostCalls = 7});
+    User ana(place, "ana@example.org");
+    EXPECT_EQ(inside(ana.ask("getServerInfo"), "mostcalls"), "7");
+    const auto several = [&](const std::string &key, const std::string &calls) {
+        return place.service.answer("/api.php?method=several;key=" + key + ";", calls);
+    };
+    const std::string calls = "method=addTask;title=One%0Amethod%3DaddTask;\n" // an escaped line's end ends none
+                              "method=addTask;title=;\n"
+                              "method=addTask;title=Two;key=other;\n"
+                              "method=editTask;id=1;title=Uno\n"
+                              "method=getTasks;\n"
+                              "method=several;\n";
+    EXPECT_EQ(inside(several(ana.key, calls + "method=deleteTask;id=7"), "several"),
+        "<added>1</added><error>empty title</error><added>2</added><success>1</success>"
+        "<error>not to be one of several</error><error>unknown method</error><error>no such task</error>");
+    EXPECT_EQ(inside(several(ana.key, calls + "\nmethod=addTask;title=Three"), "error"), "too many calls");
+    EXPECT_EQ(inside(several("wrong", calls), "error"), "key did not validate");
+    EXPECT_EQ(inside(several(ana.key + ";title=x", calls), "error"), "unknown parameter: title");
+    const std::string list = ana.ask("getTasks");
+    EXPECT_EQ(countOf(list, "<task>"), 2);
+    EXPECT_LT(list.find("<title>Uno</title>"), list.find("<title>Two</title>"));
+}
+
 TEST_F(Tasks, haveFoldersContextsAndNotesAsTheProtocolWritesThem)
 {
     (void)ana.add("addFolder", {{"title", "A&B"}, {"private", "1"}});
