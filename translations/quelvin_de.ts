@@ -1297,6 +1297,10 @@
         <source>Clear Start Date</source>
         <translation>Startdatum entfernen</translation>
     </message>
+    <message>
+        <source>The text was too long for a task; its beginning was taken.</source>
+        <translation>Der Text war zu lang für eine Aufgabe; sein Anfang wurde übernommen.</translation>
+    </message>
 </context>
 <context>
     <name>viewcontrollers::TasksArrayController</name>
@@ -1842,10 +1846,6 @@ Aufgaben, damit Dinge getan werden.</translation>
         <source>At %1</source>
         <comment>the places where the user is</comment>
         <translation>Hier: %1</translation>
-    </message>
-    <message>
-        <source>The text was too long for a task; its beginning was taken.</source>
-        <translation>Der Text war zu lang für eine Aufgabe; sein Anfang wurde übernommen.</translation>
     </message>
 </context>
 <context>
