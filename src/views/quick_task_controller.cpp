@@ -98,12 +98,9 @@ QLayout *QuickTaskController::makeFields()
     for (std::size_t place = 0; place < places.size(); ++place) {
         auto *picker = m_pickers[place] = new Picker;
         picker->setChoices([this, place] {
-            QList<Picker::Choice> choices;
+            auto choices = viewcontrollers::choices(m_delegate.records(), places[place].column);
             if (place == Folder)
-                choices.append({tr(places[place].none), QString()});
-            for (const viewcontrollers::Choice &choice :
-                viewcontrollers::choices(m_delegate.records(), places[place].column))
-                choices.append({choice.text, choice.value});
+                choices.insert(choices.begin(), {tr(places[place].none), QString()});
             return choices;
         });
         connect(picker, &Picker::picked, this,

@@ -151,6 +151,13 @@ TEST(DroppedText, F51_of_any_length_and_with_any_character_becomes_a_readable_li
     }
 }
 
+TEST_F(Drop, ofTasksIntoAnotherProgramGivesTheirTitles)
+{
+    const std::unique_ptr<QMimeData> data(makeTaskData(
+        {&application.add(aTask().titled("Buy milk")), &application.add(aTask().titled("Prune the currants"))}));
+    EXPECT_EQ(data->text(), QStringLiteral("Buy milk\nPrune the currants"));
+}
+
 TEST(DroppedText, becomesTheTitleAndALinkTheNotes)
 {
     QMimeData text;
