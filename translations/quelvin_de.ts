@@ -475,33 +475,6 @@
     </message>
 </context>
 <context>
-    <name>QuickTaskController</name>
-    <message>
-        <source>Folder</source>
-        <translation>Ordner</translation>
-    </message>
-    <message>
-        <source>No Folder</source>
-        <translation>Kein Ordner</translation>
-    </message>
-    <message>
-        <source>Context</source>
-        <translation>Kontext</translation>
-    </message>
-    <message>
-        <source>None</source>
-        <translation>Ohne</translation>
-    </message>
-    <message>
-        <source>State</source>
-        <translation>Zustand</translation>
-    </message>
-    <message>
-        <source>Priority</source>
-        <translation>Priorität</translation>
-    </message>
-</context>
-<context>
     <name>Reminders</name>
     <message>
         <source>No Reminder</source>
@@ -2105,6 +2078,30 @@ Aufgaben, damit Dinge getan werden.</translation>
     <message>
         <source>The text was too long for a title; its beginning was taken.</source>
         <translation>Der Text war zu lang für einen Titel; sein Anfang wurde übernommen.</translation>
+    </message>
+    <message>
+        <source>Folder</source>
+        <translation>Ordner</translation>
+    </message>
+    <message>
+        <source>No Folder</source>
+        <translation>Kein Ordner</translation>
+    </message>
+    <message>
+        <source>Context</source>
+        <translation>Kontext</translation>
+    </message>
+    <message>
+        <source>None</source>
+        <translation>Ohne</translation>
+    </message>
+    <message>
+        <source>State</source>
+        <translation>Zustand</translation>
+    </message>
+    <message>
+        <source>Priority</source>
+        <translation>Priorität</translation>
     </message>
 </context>
 <context>

@@ -36,14 +36,14 @@ struct PlaceDescription {
 };
 
 constexpr std::array<PlaceDescription, 4> places{{
-    {TaskColumn::Folder, "folders", QT_TRANSLATE_NOOP("QuickTaskController", "Folder"),
-        QT_TRANSLATE_NOOP("QuickTaskController", "No Folder")},
-    {TaskColumn::Context, "contexts", QT_TRANSLATE_NOOP("QuickTaskController", "Context"),
-        QT_TRANSLATE_NOOP("QuickTaskController", "None")},
-    {TaskColumn::State, "states", QT_TRANSLATE_NOOP("QuickTaskController", "State"),
-        QT_TRANSLATE_NOOP("QuickTaskController", "None")},
-    {TaskColumn::Priority, "priorities", QT_TRANSLATE_NOOP("QuickTaskController", "Priority"),
-        QT_TRANSLATE_NOOP("QuickTaskController", "None")},
+    {TaskColumn::Folder, "folders", QT_TRANSLATE_NOOP("views::QuickTaskController", "Folder"),
+        QT_TRANSLATE_NOOP("views::QuickTaskController", "No Folder")},
+    {TaskColumn::Context, "contexts", QT_TRANSLATE_NOOP("views::QuickTaskController", "Context"),
+        QT_TRANSLATE_NOOP("views::QuickTaskController", "None")},
+    {TaskColumn::State, "states", QT_TRANSLATE_NOOP("views::QuickTaskController", "State"),
+        QT_TRANSLATE_NOOP("views::QuickTaskController", "None")},
+    {TaskColumn::Priority, "priorities", QT_TRANSLATE_NOOP("views::QuickTaskController", "Priority"),
+        QT_TRANSLATE_NOOP("views::QuickTaskController", "None")},
 }};
 
 } // namespace
