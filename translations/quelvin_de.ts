@@ -1016,8 +1016,8 @@
         <translation>Aufgaben, die du erledigen kannst, wo du bist. Gib einem Kontext einen Ort, und seine Aufgaben erscheinen hier, wenn du in der Nähe bist.</translation>
     </message>
     <message>
-        <source>Deleted tasks wait here. Put one back if you change your mind; the next synchronisation deletes the rest for good, and so does emptying the Trash.</source>
-        <translation>Gelöschte Aufgaben warten hier. Lege eine zurück, wenn du es dir anders überlegst; der nächste Abgleich löscht den Rest endgültig, und den Papierkorb zu leeren auch.</translation>
+        <source>Deleted tasks wait here. Put one back if you change your mind; the next synchronization deletes the rest everywhere. Emptying the Trash deletes them on this computer only.</source>
+        <translation>Gelöschte Aufgaben warten hier. Lege eine zurück, wenn du es dir anders überlegst; der nächste Abgleich löscht den Rest überall. Den Papierkorb zu leeren löscht sie nur auf diesem Computer.</translation>
     </message>
     <message>
         <source>A folder holds the tasks of one project or one part of your life. Add tasks in the field above, or drag them here from another list.</source>
