@@ -68,6 +68,7 @@ private:
     void sendEdit(Edit &edit);
     [[nodiscard]] model::Tasks *adopt(const GtdTask &listed);
     [[nodiscard]] model::Tasks *takeUnanswered(ContentMark content, std::optional<std::int64_t> length = {});
+    [[nodiscard]] bool lookAgainForUnanswered();
     void makeTask(const GtdTask &listed, TaskMapping &mapping);
     bool deleteListed(const GtdTask &listed, model::Tasks &task);
     [[nodiscard]] bool sendNewTask(Edit &added);

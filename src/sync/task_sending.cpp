@@ -98,9 +98,14 @@ bool TaskPhases::sendNewTasks()
         m_session.present(created.error());
         return false;
     }
+    const auto isUnanswered = [this](const ManagedObject *task) { return m_session.ledger().isAddUnanswered(*task); };
+    if (std::ranges::any_of(*created, isUnanswered) && !lookAgainForUnanswered())
+        return false;
     std::vector<Edit> additions;
     for (ManagedObject *object : *created) {
         auto &task = *model::as<Tasks>(object);
+        if (!task.isNew())
+            continue; // no longer
         GtdTask sent = asSent(task);
         const ContentMark content = contentOf(asAdded(sent));
         additions.push_back({&task, std::move(sent), content});
