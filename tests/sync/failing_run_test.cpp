@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <map>
 #include <mutex>
+#include <sqlite3.h>
 #include <thread>
 
 using namespace support;
@@ -277,6 +278,31 @@ TEST(SyncRun, anAddThatWentUnansweredIsNotSentAgainBecauseAnOldListLacksIt)
     service.answer("addTask", {"<added>42</added>"});
     EXPECT_EQ(device.sync(), SyncOutcome::Completed);
     EXPECT_EQ(device.task("Bread").taskID(), 42) << "two lists lack it";
+}
+
+TEST(SyncRun, aRecordThatCannotBeReadIsNotLeftWithTheIdOfAnotherAccount)
+{
+    Service service;
+    service.answer("getFolders", {"<folders><folder id=\"7\">Hobby</folder></folders>"});
+    SyncDevice device(service.server.host());
+    device.store.add(aTask().titled("Milk"));
+    ASSERT_EQ(device.sync(), SyncOutcome::Completed);
+
+    const auto alter = [file = device.store.store().file()](const char *sql) {
+        sqlite3 *store = nullptr;
+        ASSERT_EQ(sqlite3_open(file.c_str(), &store), SQLITE_OK);
+        EXPECT_EQ(sqlite3_exec(store, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(store);
+        sqlite3_close(store);
+    };
+    const auto mend = [&alter] { alter("ALTER TABLE Folders RENAME COLUMN hidden TO folderID"); };
+    service.answer("getUserid", {"<userid>c3d4</userid>"});
+    service.before("getAccountInfo", [&alter] { alter("ALTER TABLE Folders RENAME COLUMN folderID TO hidden"); });
+    service.before("getFolders", mend);
+    EXPECT_EQ(device.sync(), SyncOutcome::Failed);
+    EXPECT_THAT(device.host.errors, SizeIs(1));
+    EXPECT_THAT(device.host.statuses, Contains(problem));
+    mend();
+    EXPECT_EQ(device.task("Milk").taskID(), 41) << "what could be read is saved no more than the rest";
 }
 
 TEST(SyncRun, F27_aCancelledRunEndsQuietlyAndKeepsItsDate)
