@@ -278,6 +278,7 @@ TEST(SyncRun, anAddThatWentUnansweredIsNotSentAgainBecauseAnOldListLacksIt)
     service.answer("addTask", {"<added>42</added>"});
     EXPECT_EQ(device.sync(), SyncOutcome::Completed);
     EXPECT_EQ(device.task("Bread").taskID(), 42) << "two lists lack it";
+    EXPECT_THAT(service.server.targets(), Not(Contains(HasSubstr("mark=")))) << "the service has not said it knows any";
 }
 
 TEST(SyncRun, aRecordThatCannotBeReadIsNotLeftWithTheIdOfAnotherAccount)
