@@ -483,33 +483,6 @@
     </message>
 </context>
 <context>
-    <name>QuickTaskController</name>
-    <message>
-        <source>Folder</source>
-        <translation>Ordner</translation>
-    </message>
-    <message>
-        <source>No Folder</source>
-        <translation>Kein Ordner</translation>
-    </message>
-    <message>
-        <source>Context</source>
-        <translation>Kontext</translation>
-    </message>
-    <message>
-        <source>None</source>
-        <translation>Ohne</translation>
-    </message>
-    <message>
-        <source>State</source>
-        <translation>Zustand</translation>
-    </message>
-    <message>
-        <source>Priority</source>
-        <translation>Priorität</translation>
-    </message>
-</context>
-<context>
     <name>Reminders</name>
     <message>
         <source>No Reminder</source>
@@ -1051,8 +1024,8 @@
         <translation>Aufgaben, die du erledigen kannst, wo du bist. Gib einem Kontext einen Ort, und seine Aufgaben erscheinen hier, wenn du in der Nähe bist.</translation>
     </message>
     <message>
-        <source>Deleted tasks wait here. Put one back if you change your mind; the next synchronisation deletes the rest for good, and so does emptying the Trash.</source>
-        <translation>Gelöschte Aufgaben warten hier. Lege eine zurück, wenn du es dir anders überlegst; der nächste Abgleich löscht den Rest endgültig, und den Papierkorb zu leeren auch.</translation>
+        <source>Deleted tasks wait here. Put one back if you change your mind; the next synchronization deletes the rest everywhere. Emptying the Trash deletes them on this computer only.</source>
+        <translation>Gelöschte Aufgaben warten hier. Lege eine zurück, wenn du es dir anders überlegst; der nächste Abgleich löscht den Rest überall. Den Papierkorb zu leeren löscht sie nur auf diesem Computer.</translation>
     </message>
     <message>
         <source>A folder holds the tasks of one project or one part of your life. Add tasks in the field above, or drag them here from another list.</source>
@@ -1304,6 +1277,10 @@
     <message>
         <source>Clear Start Date</source>
         <translation>Startdatum entfernen</translation>
+    </message>
+    <message>
+        <source>The text was too long for a task; its beginning was taken.</source>
+        <translation>Der Text war zu lang für eine Aufgabe; sein Anfang wurde übernommen.</translation>
     </message>
 </context>
 <context>
@@ -1851,10 +1828,6 @@ Aufgaben, damit Dinge getan werden.</translation>
         <comment>the places where the user is</comment>
         <translation>Hier: %1</translation>
     </message>
-    <message>
-        <source>The text was too long for a task; its beginning was taken.</source>
-        <translation>Der Text war zu lang für eine Aufgabe; sein Anfang wurde übernommen.</translation>
-    </message>
 </context>
 <context>
     <name>views::ManagementWindow</name>
@@ -2113,6 +2086,30 @@ Aufgaben, damit Dinge getan werden.</translation>
     <message>
         <source>The text was too long for a title; its beginning was taken.</source>
         <translation>Der Text war zu lang für einen Titel; sein Anfang wurde übernommen.</translation>
+    </message>
+    <message>
+        <source>Folder</source>
+        <translation>Ordner</translation>
+    </message>
+    <message>
+        <source>No Folder</source>
+        <translation>Kein Ordner</translation>
+    </message>
+    <message>
+        <source>Context</source>
+        <translation>Kontext</translation>
+    </message>
+    <message>
+        <source>None</source>
+        <translation>Ohne</translation>
+    </message>
+    <message>
+        <source>State</source>
+        <translation>Zustand</translation>
+    </message>
+    <message>
+        <source>Priority</source>
+        <translation>Priorität</translation>
     </message>
 </context>
 <context>

@@ -412,7 +412,7 @@ Qt::ItemFlags SourceListController::flags(const QModelIndex &index) const
         return Qt::NoItemFlags;
     Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
     flags.setFlag(Qt::ItemIsEditable, isRenamable(index));
-    flags.setFlag(Qt::ItemIsDropEnabled, dropAction(index) != Qt::IgnoreAction);
+    flags.setFlag(Qt::ItemIsDropEnabled, isPlace(index) || kind(index) == SourceKind::Trash);
     return flags;
 }
 

@@ -6,6 +6,7 @@
 #include "viewcontrollers/record_model.h"
 #include "viewcontrollers/source_item.h"
 #include "viewcontrollers/task_counts.h"
+#include "viewcontrollers/task_drag.h"
 
 #include <QTimer>
 #include <array>
@@ -67,11 +68,11 @@ public:
     [[nodiscard]] Qt::ItemFlags flags(const QModelIndex &index) const override;
 
     // Tasks are dropped onto rows, never between them: onto a folder or a context to be filed there, onto the Inbox,
-    // onto Today to start today, onto the Trash to be deleted.
+    // onto Today to start today, onto the Trash to be deleted. Text and links of other programs become new tasks there.
     [[nodiscard]] QStringList mimeTypes() const override;
     [[nodiscard]] Qt::DropActions supportedDropActions() const override;
     /// What a drop onto `target` would do; `Qt::IgnoreAction` where it is refused.
-    [[nodiscard]] Qt::DropAction dropAction(const QModelIndex &target) const;
+    [[nodiscard]] Qt::DropAction dropAction(const QMimeData &data, const QModelIndex &target) const;
     [[nodiscard]] bool canDropMimeData(
         const QMimeData *data, Qt::DropAction action, int row, int column, const QModelIndex &target) const override;
     bool dropMimeData(
@@ -95,7 +96,9 @@ private:
     [[nodiscard]] QString title(const QModelIndex &index) const;
     [[nodiscard]] QString toolTip(const QModelIndex &index) const;
     void beginTurn();
+    [[nodiscard]] bool isPlace(const QModelIndex &target) const;
     bool file(model::Tasks &task, const QModelIndex &target);
+    bool dropText(const DroppedTask &dropped, const QModelIndex &target);
 
     app::TMApplicationDelegate &m_delegate;
     std::array<Records, topLevelItems.size()> m_children; ///< empty for the rows that have none

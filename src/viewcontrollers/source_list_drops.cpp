@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a drop of tasks onto the source list does.
+// What a drop onto the source list does.
 #include "app/text.h"
 #include "viewcontrollers/source_list_controller.h"
+#include "viewcontrollers/task_commands.h"
 #include "viewcontrollers/task_drag.h"
 #include "viewcontrollers/undo_group.h"
 
@@ -13,7 +14,8 @@ using model::as;
 
 QStringList SourceListController::mimeTypes() const
 {
-    return {taskDataType()};
+    return {taskDataType(), QStringLiteral("text/x-moz-url"), QStringLiteral("text/plain"),
+        QStringLiteral("text/uri-list")};
 }
 
 Qt::DropActions SourceListController::supportedDropActions() const
@@ -21,26 +23,36 @@ Qt::DropActions SourceListController::supportedDropActions() const
     return Qt::CopyAction | Qt::MoveAction;
 }
 
-Qt::DropAction SourceListController::dropAction(const QModelIndex &target) const
+/// Whether a task can be put there, rather than thrown away or only found there.
+bool SourceListController::isPlace(const QModelIndex &target) const
 {
     switch (kind(target)) {
     case SourceKind::Folder:
     case SourceKind::ArchivedFolder:
     case SourceKind::Context:
-    case SourceKind::Trash:
     case SourceKind::Inbox:
-        return Qt::MoveAction;
     case SourceKind::Today:
-        return Qt::CopyAction;
+        return true;
     default:
-        return Qt::IgnoreAction;
+        return false;
     }
+}
+
+Qt::DropAction SourceListController::dropAction(const QMimeData &data, const QModelIndex &target) const
+{
+    if (!data.hasFormat(taskDataType())) {
+        // never a move, upon which the other program would delete its text
+        return isPlace(target) && droppedTask(data) ? Qt::CopyAction : Qt::IgnoreAction;
+    }
+    if (kind(target) == SourceKind::Today)
+        return Qt::CopyAction;
+    return isPlace(target) || kind(target) == SourceKind::Trash ? Qt::MoveAction : Qt::IgnoreAction;
 }
 
 bool SourceListController::canDropMimeData(
     const QMimeData *data, Qt::DropAction, int row, int, const QModelIndex &target) const
 {
-    return row == -1 && dropAction(target) != Qt::IgnoreAction && data->hasFormat(taskDataType());
+    return row == -1 && dropAction(*data, target) != Qt::IgnoreAction;
 }
 
 bool SourceListController::file(model::Tasks &task, const QModelIndex &target)
@@ -63,11 +75,21 @@ bool SourceListController::file(model::Tasks &task, const QModelIndex &target)
     }
 }
 
+bool SourceListController::dropText(const DroppedTask &dropped, const QModelIndex &target)
+{
+    const UndoGroup group(m_delegate.managedObjectContext(), TaskCommands::tr("Add Task"));
+    const bool isFiled = file(TaskCommands(m_delegate).addDroppedTask(dropped, nullptr), target);
+    m_refreshTimer.start();
+    return isFiled;
+}
+
 bool SourceListController::dropMimeData(
     const QMimeData *data, Qt::DropAction action, int row, int column, const QModelIndex &target)
 {
     if (!canDropMimeData(data, action, row, column, target))
         return false;
+    if (!data->hasFormat(taskDataType()))
+        return dropText(*droppedTask(*data), target);
     const std::vector<model::Tasks *> tasks = tasksOf(*data, m_delegate.managedObjectContext());
     if (tasks.empty())
         return false;

@@ -25,6 +25,13 @@ model::Tasks &TaskCommands::addTask(const QString &title, model::Folders *folder
     return task;
 }
 
+model::Tasks &TaskCommands::addDroppedTask(const DroppedTask &dropped, model::Folders *folder)
+{
+    if (dropped.isCut)
+        m_delegate.updateStatus(tr("The text was too long for a task; its beginning was taken."));
+    return addTask(dropped.title, folder, dropped.notes);
+}
+
 model::Tasks &TaskCommands::cloneTask(model::Folders *folder)
 {
     const UndoGroup group(moc(), tr("Clone Task"));

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/tm_application_delegate.h"
+#include "viewcontrollers/task_drag.h"
 
 #include <QObject>
 #include <vector>
@@ -21,6 +22,8 @@ public:
 
     /// A new task in `folder`, or in the Inbox; an empty title stays the default one.
     model::Tasks &addTask(const QString &title, model::Folders *folder, const QString &notes = {});
+    /// A new task of a text or link that was dropped; the status line tells where it was too long.
+    model::Tasks &addDroppedTask(const DroppedTask &dropped, model::Folders *folder);
     /// A new task without a title in `folder`, or in the Inbox; nothing is taken over from another task.
     model::Tasks &cloneTask(model::Folders *folder);
     /// Puts the tasks into the Trash.

@@ -28,10 +28,15 @@ QString taskDataType()
 QMimeData *makeTaskData(const std::vector<const objectstore::ManagedObject *> &tasks)
 {
     QByteArray uris;
-    for (const objectstore::ManagedObject *task : tasks)
-        uris.append(QByteArray::fromStdString(task->context().uri(*task))).append('\n');
+    QStringList titles;
+    for (const objectstore::ManagedObject *object : tasks) {
+        uris.append(QByteArray::fromStdString(object->context().uri(*object))).append('\n');
+        if (const auto *task = model::as<model::Tasks>(object))
+            titles.append(app::toQString(task->title()));
+    }
     auto *data = new QMimeData;
     data->setData(taskDataType(), uris);
+    data->setText(titles.join(QLatin1Char('\n')));
     return data;
 }
 

@@ -13,6 +13,7 @@ namespace viewcontrollers {
 
 /// The kind of data that dragged tasks are: their URIs, one a line.
 [[nodiscard]] QString taskDataType();
+/// The tasks for our own lists, and their titles, one a line, for other programs. The caller owns it.
 [[nodiscard]] QMimeData *makeTaskData(const std::vector<const objectstore::ManagedObject *> &tasks);
 /// The dragged tasks that are still there, each once, in the order in which they were dragged. Whatever else another
 /// program offers under that name is ignored.

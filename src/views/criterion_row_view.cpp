@@ -216,7 +216,8 @@ QWidget *CriterionRowView::makeText()
     end->setContentsMargins(0, 0, 4, 0);
     end->addStretch();
     end->addWidget(button);
-    field->setTextMargins(0, 0, button->sizeHint().width(), 0);
+    const int room = button->sizeHint().width();
+    isRightToLeft() ? field->setTextMargins(room, 0, 0, 0) : field->setTextMargins(0, 0, room, 0);
     return field;
 }
 

@@ -34,14 +34,6 @@ namespace {
 
 constexpr int margin = 20;
 
-QList<Picker::Choice> pickerChoices(const std::vector<viewcontrollers::Choice> &choices)
-{
-    QList<Picker::Choice> list;
-    for (const viewcontrollers::Choice &choice : choices)
-        list.append({choice.text, choice.value});
-    return list;
-}
-
 } // namespace
 
 DetailPane::DetailPane(app::TMApplicationDelegate &delegate, QWidget *parent) : QWidget(parent), m_delegate(delegate)
@@ -165,22 +157,22 @@ QLayout *DetailPane::makeFields()
 void DetailPane::setUpPickers()
 {
     const auto records = [this](TaskColumn column) {
-        return [this, column] { return pickerChoices(viewcontrollers::choices(m_delegate.records(), column)); };
+        return [this, column] { return viewcontrollers::choices(m_delegate.records(), column); };
     };
     m_folder->setChoices(records(TaskColumn::Folder));
     m_context->setChoices(records(TaskColumn::Context));
     m_state->setChoices(records(TaskColumn::State));
     m_priority->setChoices(records(TaskColumn::Priority));
     m_reminder->setChoices([] {
-        QList<Picker::Choice> choices;
+        std::vector<viewcontrollers::Choice> choices;
         for (const QString &label : viewcontrollers::reminderLabels())
-            choices.append({label, label});
+            choices.push_back({label, label});
         return choices;
     });
     m_repeat->setChoices([] {
-        QList<Picker::Choice> choices;
+        std::vector<viewcontrollers::Choice> choices;
         for (const std::int64_t code : viewcontrollers::repeatCodes())
-            choices.append({viewcontrollers::repeatLabel(code), static_cast<qlonglong>(code)});
+            choices.push_back({viewcontrollers::repeatLabel(code), static_cast<qlonglong>(code)});
         return choices;
     });
     m_tags->setCompletions([this](const QString &prefix) {

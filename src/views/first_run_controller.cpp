@@ -77,6 +77,7 @@ QLineEdit *FirstRunController::field(std::string_view key, const QString &name)
     field->setAccessibleName(name);
     connect(field, &QLineEdit::textChanged, this, [this, key](const QString &typed) {
         m_delegate.settings().set(key, toUtf8(typed));
+        m_status->clear(); // what was found out is not said of another account
         showWhatCanBeDone();
     });
     return field;

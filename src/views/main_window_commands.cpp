@@ -130,11 +130,9 @@ void MainWindow::acceptDrops()
     for (QWidget *target : {m_table->viewport(), static_cast<QWidget *>(m_tip)}) {
         auto *zone = new TaskDropZone(target);
         connect(zone, &TaskDropZone::dropped, this, [this](const viewcontrollers::DroppedTask &dropped) {
-            model::Tasks &task = m_commands.addTask(dropped.title, targetFolder(), dropped.notes);
+            model::Tasks &task = m_commands.addDroppedTask(dropped, targetFolder());
             refreshTasks();
             m_table->selectTask(task);
-            if (dropped.isCut)
-                m_delegate.updateStatus(tr("The text was too long for a task; its beginning was taken."));
         });
     }
 }

@@ -50,10 +50,11 @@ void Picker::open()
 {
     if (!m_choices)
         return;
-    const QList<Choice> choices = m_choices();
+    const std::vector<viewcontrollers::Choice> choices = m_choices();
     m_popup = new QFrame(this, Qt::Popup);
     m_popup->setObjectName(QStringLiteral("popup"));
     m_popup->setAttribute(Qt::WA_DeleteOnClose);
+    connect(m_popup, &QObject::destroyed, this, &Picker::closed);
     auto *layout = new QVBoxLayout(m_popup);
     layout->setContentsMargins(6, 6, 6, 6);
     m_filter = new QLineEdit;
@@ -67,7 +68,7 @@ void Picker::open()
     m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     layout->addWidget(m_filter);
     layout->addWidget(m_list);
-    for (const Choice &choice : choices) {
+    for (const viewcontrollers::Choice &choice : choices) {
         auto *item = new QListWidgetItem(choice.text.isEmpty() ? tr("None") : choice.text, m_list);
         item->setData(Qt::UserRole, choice.value);
         if (choice.text == text())
@@ -79,7 +80,7 @@ void Picker::open()
     m_list->installEventFilter(this);
 
     const int rowHeight = std::max(m_list->sizeHintForRow(0), 24);
-    const int rows = static_cast<int>(std::min<qsizetype>(std::max<qsizetype>(choices.size(), 1), mostRows));
+    const int rows = static_cast<int>(std::clamp<std::size_t>(choices.size(), 1, mostRows));
     m_list->setFixedHeight(rows * rowHeight + 4);
     m_popup->setFixedWidth(std::clamp(m_list->sizeHintForColumn(0) + 44, std::max(width(), 160), 420));
     m_popup->adjustSize();

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QList>
+#include "viewcontrollers/task_choices.h"
+
 #include <QToolButton>
-#include <QVariant>
 #include <functional>
 
 class QFrame;
@@ -19,27 +19,25 @@ class Picker final : public QToolButton
     Q_OBJECT
 
 public:
-    struct Choice {
-        QString text;
-        QVariant value;
-    };
-    using Choices = std::function<QList<Choice>()>;
+    using Choices = std::function<std::vector<viewcontrollers::Choice>()>;
 
     explicit Picker(QWidget *parent = nullptr);
 
     void setChoices(Choices choices) { m_choices = std::move(choices); }
     /// Shows `text`, or `placeholder` in a fainter colour where there is none.
     void showValue(const QString &text, const QString &placeholder = {});
+    /// Opens the choices, as a click does.
+    void open();
 
 Q_SIGNALS:
     void picked(const QVariant &value);
+    void closed(); ///< the choices are gone, whether one was picked or not
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    void open();
     void narrow(const QString &text);
     void pickCurrent();
     void step(int rows);

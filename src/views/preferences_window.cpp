@@ -245,8 +245,10 @@ QWidget *PreferencesWindow::makeSyncPane()
     });
     auto *form = makeForm();
     form->addRow(tr("Repeat every"), interval);
-    form->addRow(tr("E-mail"), textField(keys::ToodleDoUsername));
-    form->addRow(tr("Password"), textField(keys::ToodleDoPassword, true));
+    auto *email = textField(keys::ToodleDoUsername);
+    form->addRow(tr("E-mail"), email);
+    auto *password = textField(keys::ToodleDoPassword, true);
+    form->addRow(tr("Password"), password);
     auto *server = textField(keys::ToodledoHost);
     server->setPlaceholderText(tr("sync.example.org"));
     form->addRow(tr("Server"), server);
@@ -255,6 +257,8 @@ QWidget *PreferencesWindow::makeSyncPane()
     auto *test = new QPushButton(tr("Test Connection"));
     m_connectionStatus = new QLabel;
     m_connectionStatus->setObjectName(QStringLiteral("subline"));
+    for (QLineEdit *field : {email, password, server}) // what was found out is not said of another account
+        connect(field, &QLineEdit::textChanged, m_connectionStatus, &QLabel::clear);
     connect(test, &QPushButton::clicked, this, [this] {
         m_connectionStatus->setText(tr("Connecting…"));
         m_connectionTest.testConnection();

@@ -3,16 +3,29 @@
 
 #include "views/task_cell.h"
 
+#include <QComboBox>
 #include <QStyleFactory>
 #include <QStyleOption>
+#include <QStyledItemDelegate>
 
 namespace views {
 
 namespace {
 constexpr int boxSize = 18;
+constexpr int mostChoices = 14;
 } // namespace
 
 QuelvinStyle::QuelvinStyle() : QProxyStyle(QStyleFactory::create(QStringLiteral("Fusion"))) { }
+
+void QuelvinStyle::polish(QWidget *widget)
+{
+    QProxyStyle::polish(widget);
+    if (auto *list = qobject_cast<QComboBox *>(widget)) {
+        list->setMaxVisibleItems(mostChoices);
+        if (!qobject_cast<QStyledItemDelegate *>(list->itemDelegate()))
+            list->setItemDelegate(new QStyledItemDelegate(list)); // the one of a combo box knows no style sheet
+    }
+}
 
 void QuelvinStyle::drawPrimitive(
     PrimitiveElement element, const QStyleOption *option, QPainter *painter, const QWidget *widget) const
@@ -38,6 +51,9 @@ int QuelvinStyle::styleHint(
 {
     // Without a desktop's theme Qt would draw pictures of its own on OK and Cancel.
     if (hint == SH_DialogButtonBox_ButtonsHaveIcons)
+        return 0;
+    // The choices of a list open below it, like those of a picker, and not as a menu laid over it.
+    if (hint == SH_ComboBox_Popup)
         return 0;
     return QProxyStyle::styleHint(hint, option, widget, returned);
 }

@@ -16,6 +16,7 @@ public:
     void drawPrimitive(
         PrimitiveElement element, const QStyleOption *option, QPainter *painter, const QWidget *widget) const override;
     [[nodiscard]] int pixelMetric(PixelMetric metric, const QStyleOption *option, const QWidget *widget) const override;
+    void polish(QWidget *widget) override;
     [[nodiscard]] int styleHint(
         StyleHint hint, const QStyleOption *option, const QWidget *widget, QStyleHintReturn *returned) const override;
 };

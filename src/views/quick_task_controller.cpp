@@ -36,14 +36,14 @@ struct PlaceDescription {
 };
 
 constexpr std::array<PlaceDescription, 4> places{{
-    {TaskColumn::Folder, "folders", QT_TRANSLATE_NOOP("QuickTaskController", "Folder"),
-        QT_TRANSLATE_NOOP("QuickTaskController", "No Folder")},
-    {TaskColumn::Context, "contexts", QT_TRANSLATE_NOOP("QuickTaskController", "Context"),
-        QT_TRANSLATE_NOOP("QuickTaskController", "None")},
-    {TaskColumn::State, "states", QT_TRANSLATE_NOOP("QuickTaskController", "State"),
-        QT_TRANSLATE_NOOP("QuickTaskController", "None")},
-    {TaskColumn::Priority, "priorities", QT_TRANSLATE_NOOP("QuickTaskController", "Priority"),
-        QT_TRANSLATE_NOOP("QuickTaskController", "None")},
+    {TaskColumn::Folder, "folders", QT_TRANSLATE_NOOP("views::QuickTaskController", "Folder"),
+        QT_TRANSLATE_NOOP("views::QuickTaskController", "No Folder")},
+    {TaskColumn::Context, "contexts", QT_TRANSLATE_NOOP("views::QuickTaskController", "Context"),
+        QT_TRANSLATE_NOOP("views::QuickTaskController", "None")},
+    {TaskColumn::State, "states", QT_TRANSLATE_NOOP("views::QuickTaskController", "State"),
+        QT_TRANSLATE_NOOP("views::QuickTaskController", "None")},
+    {TaskColumn::Priority, "priorities", QT_TRANSLATE_NOOP("views::QuickTaskController", "Priority"),
+        QT_TRANSLATE_NOOP("views::QuickTaskController", "None")},
 }};
 
 } // namespace
@@ -98,12 +98,9 @@ QLayout *QuickTaskController::makeFields()
     for (std::size_t place = 0; place < places.size(); ++place) {
         auto *picker = m_pickers[place] = new Picker;
         picker->setChoices([this, place] {
-            QList<Picker::Choice> choices;
+            auto choices = viewcontrollers::choices(m_delegate.records(), places[place].column);
             if (place == Folder)
-                choices.append({tr(places[place].none), QString()});
-            for (const viewcontrollers::Choice &choice :
-                viewcontrollers::choices(m_delegate.records(), places[place].column))
-                choices.append({choice.text, choice.value});
+                choices.insert(choices.begin(), {tr(places[place].none), QString()});
             return choices;
         });
         connect(picker, &Picker::picked, this,

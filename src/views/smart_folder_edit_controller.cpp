@@ -105,7 +105,7 @@ QPushButton *SmartFolderEditController::makeReadyMadeButton()
     button->setObjectName(QStringLiteral("readyMade"));
     button->setIcon(icon(QStringLiteral("chevron-down")));
     button->setIconSize({14, 14});
-    button->setLayoutDirection(layoutDirection() == Qt::LeftToRight ? Qt::RightToLeft : Qt::LeftToRight); // icon last
+    button->setLayoutDirection(Qt::RightToLeft); // the icon last, where one reads from the left
     button->setToolTip(tr("Start from a smart folder that many people use"));
     button->setMenu(menu);
     button->setAutoDefault(false);

@@ -168,9 +168,8 @@ void FoldersOutlineView::dragMoveEvent(QDragMoveEvent *event)
 {
     QTreeView::dragMoveEvent(event); // scrolls and opens groups
     const QModelIndex target = indexAt(event->position().toPoint());
-    const Qt::DropAction action = m_controller.dropAction(target);
-    const bool isPossible = event->mimeData()->hasFormat(m_controller.mimeTypes().first());
-    if (isPossible && action != Qt::IgnoreAction) {
+    const Qt::DropAction action = m_controller.dropAction(*event->mimeData(), target);
+    if (action != Qt::IgnoreAction) {
         event->setDropAction(action);
         event->accept();
         setDropTarget(target);
@@ -191,10 +190,13 @@ void FoldersOutlineView::dropEvent(QDropEvent *event)
 {
     const QModelIndex target = indexAt(event->position().toPoint());
     setDropTarget({});
-    if (m_controller.dropMimeData(event->mimeData(), m_controller.dropAction(target), -1, -1, target))
+    const Qt::DropAction action = m_controller.dropAction(*event->mimeData(), target);
+    if (m_controller.dropMimeData(event->mimeData(), action, -1, -1, target)) {
+        event->setDropAction(action);
         event->accept();
-    else
+    } else {
         event->ignore();
+    }
 }
 
 void FoldersOutlineView::drawRow(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const

@@ -5,9 +5,9 @@
 #include "views/cell_draft.h"
 #include "views/cell_painting.h"
 #include "views/date_field.h"
+#include "views/picker.h"
 #include "views/task_cell.h"
 
-#include <QComboBox>
 #include <QTimer>
 
 namespace views {
@@ -19,15 +19,6 @@ namespace {
 TaskColumn columnOf(const QModelIndex &index)
 {
     return static_cast<TaskColumn>(index.column());
-}
-
-QComboBox *makeChoiceEditor(QWidget *parent, const std::vector<viewcontrollers::Choice> &choices)
-{
-    auto *editor = new QComboBox(parent);
-    editor->setMaxVisibleItems(14);
-    for (const viewcontrollers::Choice &choice : choices)
-        editor->addItem(choice.text, choice.value);
-    return editor;
 }
 
 void takeBackDraft(const QWidget *editor)
@@ -49,18 +40,22 @@ TaskCell::TaskCell(viewcontrollers::TasksArrayController &tasks, QObject *parent
 
 QWidget *TaskCell::createEditor(QWidget *parent, const QStyleOptionViewItem &, const QModelIndex &index) const
 {
+    const QString name = m_tasks.headerData(index.column(), Qt::Horizontal, Qt::DisplayRole).toString();
     switch (columnOf(index)) {
     case TaskColumn::Folder:
     case TaskColumn::Context:
     case TaskColumn::State:
     case TaskColumn::Priority: {
-        QComboBox *editor = makeChoiceEditor(parent, m_tasks.choices(columnOf(index)));
+        auto *editor = new Picker(parent);
+        editor->setObjectName(QStringLiteral("cellPicker"));
+        editor->setAccessibleName(name);
+        editor->setChoices([this, column = columnOf(index)] { return m_tasks.choices(column); });
         auto *self = const_cast<TaskCell *>(this); // the signals of a delegate are not const
-        connect(editor, &QComboBox::activated, self, [self, editor] {
-            Q_EMIT self->commitData(editor);
-            Q_EMIT self->closeEditor(editor);
+        connect(editor, &Picker::picked, self, [self, cell = QPersistentModelIndex(index)](const QVariant &value) {
+            self->m_tasks.setData(cell, value, Qt::EditRole);
         });
-        QTimer::singleShot(0, editor, &QComboBox::showPopup);
+        connect(editor, &Picker::closed, self, [self, editor] { Q_EMIT self->closeEditor(editor); });
+        QTimer::singleShot(0, editor, &Picker::open);
         return editor;
     }
     case TaskColumn::StartDate:
@@ -76,7 +71,7 @@ QWidget *TaskCell::createEditor(QWidget *parent, const QStyleOptionViewItem &, c
     }
     default: {
         auto *editor = new QLineEdit(parent);
-        editor->setAccessibleName(m_tasks.headerData(index.column(), Qt::Horizontal, Qt::DisplayRole).toString());
+        editor->setAccessibleName(name);
         if (auto *task = m_tasks.task(index); task && columnOf(index) == TaskColumn::Title)
             new CellDraft(*editor, *task);
         return editor;
@@ -89,8 +84,8 @@ void TaskCell::setEditorData(QWidget *editor, const QModelIndex &index) const
     const auto *task = m_tasks.task(index);
     if (!task)
         return;
-    if (auto *combo = qobject_cast<QComboBox *>(editor)) {
-        combo->setCurrentIndex(combo->findData(index.data(Qt::EditRole)));
+    if (auto *picker = qobject_cast<Picker *>(editor)) {
+        picker->showValue(index.data().toString());
     } else if (auto *date = qobject_cast<DateField *>(editor)) {
         date->setDate(columnOf(index) == TaskColumn::DueDate ? task->dueDate() : task->startDate());
     } else if (auto *line = qobject_cast<QLineEdit *>(editor); line && !line->isModified()) {
@@ -104,9 +99,7 @@ void TaskCell::setEditorData(QWidget *editor, const QModelIndex &index) const
 
 void TaskCell::setModelData(QWidget *editor, QAbstractItemModel *model, const QModelIndex &index) const
 {
-    if (const auto *combo = qobject_cast<QComboBox *>(editor)) {
-        model->setData(index, combo->currentData());
-    } else if (auto *date = qobject_cast<DateField *>(editor)) {
+    if (auto *date = qobject_cast<DateField *>(editor)) {
         date->commit();
         model->setData(index, date->date() ? QVariant(viewcontrollers::toDateTime(*date->date())) : QVariant());
     } else if (const auto *line = qobject_cast<QLineEdit *>(editor)) {

@@ -21,6 +21,8 @@ using viewcontrollers::taskColumns;
 
 namespace {
 constexpr std::string_view layoutKey = "TaskTableLayout"; // the header's state, in base 64
+constexpr int title = static_cast<int>(TaskColumn::Title);
+constexpr int narrowestTitle = 220;
 constexpr int rowMargin = 6;
 constexpr int rowRadius = 8;
 } // namespace
@@ -56,6 +58,11 @@ TasksTableView::TasksTableView(
     header()->setHighlightSections(false);
     restoreLayout();
     configureColumns();
+    fitTitle();
+    connect(header(), &QHeaderView::sectionResized, this, [this](int column) {
+        if (column != title)
+            fitTitle();
+    });
 }
 
 void TasksTableView::restoreLayout()
@@ -67,9 +74,25 @@ void TasksTableView::restoreLayout()
     if (!state.isEmpty() && header()->restoreState(state))
         m_tasks.sort(header()->sortIndicatorSection(), header()->sortIndicatorOrder());
     header()->setSectionResizeMode(QHeaderView::Interactive);
-    header()->setSectionResizeMode(static_cast<int>(TaskColumn::Title), QHeaderView::Stretch);
     header()->setSectionResizeMode(static_cast<int>(TaskColumn::Star), QHeaderView::Fixed);
     setColumnWidth(static_cast<int>(TaskColumn::Star), viewcontrollers::describe(TaskColumn::Star).width);
+}
+
+/// The title takes the room that the other columns leave, and where they leave too little, the list scrolls sideways.
+void TasksTableView::fitTitle()
+{
+    if (isColumnHidden(title))
+        return;
+    const int left = viewport()->width() - (header()->length() - header()->sectionSize(title));
+    header()->setSectionResizeMode(title, left < narrowestTitle ? QHeaderView::Fixed : QHeaderView::Stretch);
+    if (left < narrowestTitle)
+        header()->resizeSection(title, narrowestTitle);
+}
+
+void TasksTableView::resizeEvent(QResizeEvent *event)
+{
+    QTreeView::resizeEvent(event);
+    fitTitle();
 }
 
 void TasksTableView::saveLayout()

@@ -45,9 +45,11 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void leaveEvent(QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     void restoreLayout();
+    void fitTitle();
     void hover(const QModelIndex &index);
     [[nodiscard]] std::vector<model::Tasks *> selectionWith(const QModelIndex &index) const;
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "objectstore/undo_manager.h"
 #include "support/test_application.h"
 #include "viewcontrollers/foreign_text.h"
 #include "viewcontrollers/source_list_controller.h"
@@ -58,6 +59,33 @@ TEST_F(Drop, onTheTrashDeletesAndOnTheInboxFiles)
     EXPECT_TRUE(first.deleteOnSync() && second.deleteOnSync());
     EXPECT_TRUE(drop({&first}, list.indexOf(SourceKind::Inbox)));
     EXPECT_EQ(first.folders()->title(), "Inbox");
+}
+
+TEST_F(Drop, ofTextMakesANewTaskWhereOneCanBePut)
+{
+    auto &garden = application.addRecord<model::Folders>("Garden");
+    auto &phone = application.addRecord<model::Contexts>("Phone");
+    list.refreshOutlineView();
+    QMimeData text;
+    text.setText(QStringLiteral("Plant bulbs"));
+    const auto dropText
+        = [&](const QModelIndex &target) { return list.dropMimeData(&text, Qt::CopyAction, -1, -1, target); };
+    EXPECT_TRUE(dropText(list.indexOf(garden)) && dropText(list.indexOf(phone))
+        && dropText(list.indexOf(SourceKind::Today)) && dropText(list.indexOf(SourceKind::Inbox)));
+    EXPECT_FALSE(dropText(list.indexOf(SourceKind::Trash)) || dropText(list.indexOf(SourceKind::Location)));
+    EXPECT_EQ(list.dropAction(text, list.indexOf(garden)), Qt::CopyAction) << "a move would delete it at its source";
+
+    ASSERT_EQ(garden.tasks().size(), 1U);
+    ASSERT_EQ(phone.tasks().size(), 1U);
+    const auto inbox = application.delegate().records().getFolderByTitle("Inbox")->tasks();
+    ASSERT_EQ(inbox.size(), 3U) << "of the context, Today and the Inbox itself";
+    EXPECT_EQ(std::count_if(inbox.begin(), inbox.end(),
+                  [](const objectstore::ManagedObject *task) {
+                      return model::as<model::Tasks>(task)->startDate().has_value();
+                  }),
+        1);
+    application.delegate().managedObjectContext().undoManager()->undo();
+    EXPECT_EQ(application.delegate().records().getFolderByTitle("Inbox")->tasks().size(), 2U);
 }
 
 TEST_F(Drop, isRefusedElsewhereBetweenRowsAndWithoutTasks)
@@ -121,6 +149,13 @@ TEST(DroppedText, F51_of_any_length_and_with_any_character_becomes_a_readable_li
         odd.setData(QStringLiteral("text/x-moz-url"), bytes);
         EXPECT_FALSE(droppedTask(odd)) << bytes.toHex().toStdString();
     }
+}
+
+TEST_F(Drop, ofTasksIntoAnotherProgramGivesTheirTitles)
+{
+    const std::unique_ptr<QMimeData> data(makeTaskData(
+        {&application.add(aTask().titled("Buy milk")), &application.add(aTask().titled("Prune the currants"))}));
+    EXPECT_EQ(data->text(), QStringLiteral("Buy milk\nPrune the currants"));
 }
 
 TEST(DroppedText, becomesTheTitleAndALinkTheNotes)
