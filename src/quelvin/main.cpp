@@ -21,7 +21,11 @@
 
 #include <QCommandLineParser>
 #include <QCryptographicHash>
+#include <algorithm>
+#include <array>
 #include <optional>
+#include <span>
+#include <string_view>
 
 namespace {
 
@@ -100,6 +104,14 @@ void runAction(
             "Another program asked for the action \"" + action.left(100).toStdString() + "\", which is not there.");
 }
 
+/// Whoever only asks for help needs no display, without which the toolkit would not start.
+void helpWithoutDisplay(std::span<char *const> arguments)
+{
+    static constexpr std::array<std::string_view, 5> questions{"--help", "-h", "--help-all", "--version", "-v"};
+    if (std::find_first_of(arguments.begin(), arguments.end(), questions.begin(), questions.end()) != arguments.end())
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+}
+
 int fail(app::UserInteraction &user, const foundation::Error &error)
 {
     user.presentError(error);
@@ -111,6 +123,7 @@ int fail(app::UserInteraction &user, const foundation::Error &error)
 int main(int argc, char **argv)
 {
     app::setUpProcess();
+    helpWithoutDisplay({argv, static_cast<std::size_t>(argc)});
     app::TMApplication application(argc, argv);
     application.setApplicationVersion(QStringLiteral(QUELVIN_VERSION));
     const views::Translations translations(QLocale::system());
