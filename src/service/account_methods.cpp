@@ -98,7 +98,7 @@ std::string getAccountInfo(Call &call)
     int column = 2;
     for (const char *name : {"lastaddedit", "lastdelete", "lastfolderedit", "lastcontextedit"})
         xml += element(name, stampOf(account.integer(column++)));
-    return xml + element("lastgoaledit", "") + "</account>";
+    return xml + element("lastgoaledit", "") + element("addmarks", 1) + "</account>";
 }
 
 constexpr std::array<Method, 5> table{{

@@ -68,9 +68,11 @@ private:
     void sendEdit(Edit &edit);
     [[nodiscard]] model::Tasks *adopt(const GtdTask &listed);
     [[nodiscard]] model::Tasks *takeUnanswered(ContentMark content, std::optional<std::int64_t> length = {});
+    [[nodiscard]] bool lookAgainForUnanswered();
     void makeTask(const GtdTask &listed, TaskMapping &mapping);
     bool deleteListed(const GtdTask &listed, model::Tasks &task);
     [[nodiscard]] bool sendNewTask(Edit &added);
+    [[nodiscard]] bool takesPlaceOfCopy(std::int64_t id);
     [[nodiscard]] std::optional<std::int64_t> idOfUnanswered(const Edit &added);
     [[nodiscard]] bool isGoneThere(std::int64_t taskID) const;
     [[nodiscard]] Sent deleteAtService(const GtdTask &task);

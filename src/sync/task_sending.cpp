@@ -98,9 +98,14 @@ bool TaskPhases::sendNewTasks()
         m_session.present(created.error());
         return false;
     }
+    const auto isUnanswered = [this](const ManagedObject *task) { return m_session.ledger().isAddUnanswered(*task); };
+    if (std::ranges::any_of(*created, isUnanswered) && !lookAgainForUnanswered())
+        return false;
     std::vector<Edit> additions;
     for (ManagedObject *object : *created) {
         auto &task = *model::as<Tasks>(object);
+        if (!task.isNew())
+            continue; // no longer
         GtdTask sent = asSent(task);
         const ContentMark content = contentOf(asAdded(sent));
         additions.push_back({&task, std::move(sent), content});
@@ -142,7 +147,9 @@ bool TaskPhases::sendNewTask(Edit &added)
         return true;
     }
     TDError error;
-    std::int64_t id = m_session.client().addTask(added.sent, &error);
+    // the address is this record's alone, in every store and for ever
+    const std::string mark = m_session.isGuarding() ? m_session.moc().uri(task) : std::string();
+    std::int64_t id = m_session.client().addTask(added.sent, &error, mark);
     if (const auto found = idOfUnanswered(added)) {
         id = *found;
         error = {};
@@ -156,17 +163,32 @@ bool TaskPhases::sendNewTask(Edit &added)
         return true;
     }
     if (sent == Sent::Confirmed && isServiceId(id)) {
+        const bool isListed = m_listedIds.contains(id);
+        if (isListed && !takesPlaceOfCopy(id))
+            return true;
         task.setTaskID(id);
         task.setIsNew(false);
         m_sentIds.insert(id);
         m_session.ledger().agree(task, {added.content, {}, added.sent.folder, added.sent.context}, added.content);
-        if (added.sent.length != 0) {
+        if (added.sent.length != 0 && !isListed) { // or else it would go over what another computer has changed
             added.sent.taskId = id;
             added.content = contentOf(added.sent);
             sendEdit(added);
         }
     }
     return sent != Sent::Unreachable;
+}
+
+/// The service knows by its mark the task of an add that went unanswered. Another computer had changed it, so that it
+/// was taken here for another one: that copy goes, unless it has something that the service does not have yet.
+bool TaskPhases::takesPlaceOfCopy(std::int64_t id)
+{
+    Tasks *copy = m_session.records().getTaskById(id);
+    if (m_session.isOver() || (copy && m_session.ledger().isChangedHere(*copy, contentOf(asSent(*copy)))))
+        return false;
+    if (copy)
+        remove(*copy);
+    return true;
 }
 
 /// The id of the task whose add went unanswered just now, if it did arrive. Asked at once: when another computer has

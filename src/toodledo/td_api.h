@@ -94,7 +94,9 @@ public:
     /// Deleted tasks, of which only the id counts.
     [[nodiscard]] std::optional<std::vector<GtdTask>> getDeleted(TDError *error = nullptr);
     /// The id of the new task, or -1. A task without a title is code 40, and is sent all the same.
-    std::int64_t addTask(const GtdTask &task, TDError *error = nullptr);
+    /// A service that knows marks answers an add that is sent again with the same mark by the id of the first, while it
+    /// has that task; to others the mark is not sent.
+    std::int64_t addTask(const GtdTask &task, TDError *error = nullptr, std::string_view mark = {});
     bool editTask(const GtdTask &task, TDError *error = nullptr);
     bool deleteTask(const GtdTask &task, TDError *error = nullptr);
 

@@ -100,11 +100,14 @@ std::optional<std::vector<GtdTask>> TDApi::getDeleted(TDError *error)
     return performForList(listDeleted, {}, TDTasksParser(m_environment.contextByTitle), error);
 }
 
-std::int64_t TDApi::addTask(const GtdTask &task, TDError *error)
+std::int64_t TDApi::addTask(const GtdTask &task, TDError *error, std::string_view mark)
 {
     if (!task.title)
         complain({.code = unusableItem}, error);
-    const auto id = performForValue(add, "added", taskParameters(task, Length::Left), error);
+    Parameters parameters = taskParameters(task, Length::Left);
+    if (!mark.empty() && accountValue("addmarks") == "1")
+        parameters.emplace_back("mark", mark);
+    const auto id = performForValue(add, "added", parameters, error);
     return id ? integerOf(*id) : -1;
 }
 

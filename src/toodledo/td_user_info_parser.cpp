@@ -12,6 +12,9 @@ constexpr std::array<std::string_view, 13> accountElements{"userid", "alias", "p
     "hidemonths", "hotlistpriority", "hotlistduedate", "lastaddedit", "lastdelete", "lastfolderedit", "lastcontextedit",
     "lastgoaledit"};
 
+/// A service that has this knows an add that is sent again by its mark; others do not name it at all.
+constexpr std::string_view marksElement = "addmarks";
+
 /// The preset key of `dateformat` is spelled differently from the element, so a result holds both.
 constexpr std::string_view presetDateFormat = "dateFormat";
 
@@ -36,7 +39,8 @@ void TDUserInfoParser::didEndElement(std::string_view name, std::string_view tex
     if (name == "account") {
         m_results.push_back(std::move(m_userInfos));
         m_userInfos.reset();
-    } else if (std::find(accountElements.begin(), accountElements.end(), name) != accountElements.end()) {
+    } else if (name == marksElement
+        || std::find(accountElements.begin(), accountElements.end(), name) != accountElements.end()) {
         if (text.empty())
             m_userInfos->erase(std::string(name));
         else

@@ -19,22 +19,24 @@
 
 namespace {
 
-/// Whether more histories end with a task there twice, which a lost reply can bring about and no protocol tells, than
-/// one in a thousand; twice the standard deviation is left to chance, which is nothing in a few histories.
-bool areTooManyDoubled(std::uint64_t doubled, std::uint64_t count)
-{
-    const double most = static_cast<double>(count) / 1000;
-    return static_cast<double>(doubled) > most + 2 * std::sqrt(most);
-}
-
 struct Options {
     std::uint64_t seed = 1;
     std::uint64_t count = 1000;
     int clients = 0; ///< 0: one, two and three in turn
     bool guards = true;
+    bool marks = true; ///< "--no-marks": the service does not know an add that is sent again
     bool expectFailure = false; ///< "--control guards-off": the histories must be found to go wrong
     unsigned lanes = std::clamp(std::thread::hardware_concurrency(), 1U, 2U);
 };
+
+/// Whether more histories end with a task there twice, which a lost reply can bring about, than one in a thousand;
+/// where the service knows an add that is sent again, than one in a hundred thousand. Twice the standard deviation is
+/// left to chance, which is nothing in a few histories.
+bool areTooManyDoubled(std::uint64_t doubled, const Options &options)
+{
+    const double most = static_cast<double>(options.count) / (options.marks ? 100000 : 1000);
+    return static_cast<double>(doubled) > most + 2 * std::sqrt(most);
+}
 
 Options read(int count, char **arguments)
 {
@@ -55,6 +57,8 @@ Options read(int count, char **arguments)
             options.lanes = static_cast<unsigned>(value());
         else if (!std::strcmp(arguments[i], "--no-guards"))
             options.guards = false;
+        else if (!std::strcmp(arguments[i], "--no-marks"))
+            options.marks = false;
         else if (!std::strcmp(arguments[i], "--control") && ++i < count && !std::strcmp(arguments[i], "guards-off")) {
             options.guards = false;
             options.expectFailure = true;
@@ -72,8 +76,8 @@ void report(const histories::History &history, std::uint64_t seed)
         shortest.steps.size(), histories::describe(shortest).c_str());
     for (const std::string &fault : histories::play(shortest).faults)
         std::printf("  -> %s\n", fault.c_str());
-    std::printf("again: sync_histories --seed %llu --count 1 --clients %d%s\n", static_cast<unsigned long long>(seed),
-        history.clients, history.guards ? "" : " --no-guards");
+    std::printf("again: sync_histories --seed %llu --count 1 --clients %d%s%s\n", static_cast<unsigned long long>(seed),
+        history.clients, history.guards ? "" : " --no-guards", history.marks ? "" : " --no-marks");
 }
 
 /// What the lanes share.
@@ -90,7 +94,8 @@ public:
             if (seed >= m_options.seed + m_options.count)
                 return;
             const int clients = m_options.clients != 0 ? m_options.clients : static_cast<int>(1 + seed % 3);
-            const auto history = histories::draw(seed, clients, m_options.guards);
+            auto history = histories::draw(seed, clients, m_options.guards);
+            history.marks = m_options.marks;
             const auto verdict = histories::play(history);
             const std::scoped_lock lock(m_mutex);
             take(history, seed, verdict);
@@ -100,11 +105,13 @@ public:
     /// Prints the summary; whether all went as it should.
     [[nodiscard]] bool conclude() const
     {
-        const bool tooManyDoubled = areTooManyDoubled(m_doubled, m_options.count);
-        std::printf("sync_histories: %llu cases from seed %llu, guards %s, %llu with a doubled task%s, %llu failures\n",
+        const bool tooManyDoubled = areTooManyDoubled(m_doubled, m_options);
+        std::printf(
+            "sync_histories: %llu cases from seed %llu, guards %s%s, %llu with a doubled task%s, %llu failures\n",
             static_cast<unsigned long long>(m_options.count), static_cast<unsigned long long>(m_options.seed),
-            m_options.guards ? "on" : "off", static_cast<unsigned long long>(m_doubled),
-            tooManyDoubled ? " (too many)" : "", static_cast<unsigned long long>(m_wrong + (tooManyDoubled ? 1 : 0)));
+            m_options.guards ? "on" : "off", m_options.marks ? "" : ", no marks",
+            static_cast<unsigned long long>(m_doubled), tooManyDoubled ? " (too many)" : "",
+            static_cast<unsigned long long>(m_wrong + (tooManyDoubled ? 1 : 0)));
         return m_wrong == 0 && !tooManyDoubled;
     }
 

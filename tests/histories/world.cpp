@@ -18,7 +18,7 @@ class World
 {
 public:
     explicit World(const History &history)
-        : m_history(history), m_service([this] { return static_cast<std::int64_t>(m_now); })
+        : m_history(history), m_service([this] { return static_cast<std::int64_t>(m_now); }, {}, history.marks)
     {
         for (int i = 0; i < history.clients; ++i)
             m_clients.push_back(newClient(history.skews.at(static_cast<std::size_t>(i))));
