@@ -104,7 +104,8 @@ double sendBare(Place &place, const std::string &email)
     const std::string key = service::md5(service::md5("password") + token + user);
     return bench::secondsFor([&] {
         for (int i = 0; i < tasks; ++i)
-            (void)place.ask("addTask;key=" + key + ";title=Task%20number%20" + std::to_string(i) + ";");
+            (void)place.ask("addTask;key=" + key + ";title=Task%20number%20" + std::to_string(i) + ";mark=number%20"
+                + std::to_string(i) + ";");
     });
 }
 

@@ -350,6 +350,14 @@
         <translation>Der Abgleich brach ab.</translation>
     </message>
     <message>
+        <source>A synchronisation is already under way. Wait until it has ended.</source>
+        <translation>Ein Abgleich läuft bereits. Warten Sie, bis er beendet ist.</translation>
+    </message>
+    <message>
+        <source>The synchronisation cannot write its lock file beside your tasks. Make room on the disk, or make the folder writable.</source>
+        <translation>Der Abgleich kann seine Sperrdatei neben Ihren Aufgaben nicht schreiben. Schaffen Sie Platz auf dem Datenträger oder machen Sie den Ordner beschreibbar.</translation>
+    </message>
+    <message>
         <source>This is no position. Write it as 52.4915, 13.4236 or as 52° 29.49&apos; N, 13° 25.42&apos; E.</source>
         <translation>Das ist keine Position. Schreiben Sie sie wie 52.4915, 13.4236 oder wie 52° 29.49&apos; N, 13° 25.42&apos; E.</translation>
     </message>

@@ -31,6 +31,10 @@ namespace {
     QT_TRANSLATE_NOOP("Errors", "The task store could not be read."),
     QT_TRANSLATE_NOOP("Errors", "The daily backup could not be written."),
     QT_TRANSLATE_NOOP("Errors", "The synchronisation broke off."),
+    QT_TRANSLATE_NOOP("Errors", "A synchronisation is already under way. Wait until it has ended."),
+    QT_TRANSLATE_NOOP("Errors",
+        "The synchronisation cannot write its lock file beside your tasks. Make room on the disk, or make the folder "
+        "writable."),
     QT_TRANSLATE_NOOP("Errors", "This is no position. Write it as 52.4915, 13.4236 or as 52° 29.49' N, 13° 25.42' E."),
     QT_TRANSLATE_NOOP("Errors", "Minutes and seconds are below 60."),
     QT_TRANSLATE_NOOP("Errors", "The latitude lies between 90° south and 90° north."),

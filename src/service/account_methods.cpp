@@ -80,7 +80,7 @@ std::string getServerInfo(Call &call)
     std::array<char, 32> left{};
     std::snprintf(left.data(), left.size(), "%.2f", minutes);
     return "<server>" + element("unixtime", call.now) + element("date", mailDateOf(call.now))
-        + element("tokenexpires", left.data()) + element("mostcalls", call.options.mostCalls) + "</server>";
+        + element("tokenexpires", left.data()) + "</server>";
 }
 
 std::string getAccountInfo(Call &call)
@@ -98,7 +98,8 @@ std::string getAccountInfo(Call &call)
     int column = 2;
     for (const char *name : {"lastaddedit", "lastdelete", "lastfolderedit", "lastcontextedit"})
         xml += element(name, stampOf(account.integer(column++)));
-    return xml + element("lastgoaledit", "") + "</account>";
+    return xml + element("lastgoaledit", "") + element("addmarks", 1) + element("mostcalls", call.options.mostCalls)
+        + "</account>";
 }
 
 constexpr std::array<Method, 5> table{{

@@ -99,6 +99,7 @@ std::unique_ptr<Database> Database::inMemory()
 {
     std::unique_ptr<Database> database(new Database(std::string(memoryFile)));
     database->m_writer.execute(schema);
+    database->m_writer.execute(markSchema);
     return database;
 }
 
@@ -120,6 +121,7 @@ void Database::prepareFile()
             + "; PRAGMA user_version=" + std::to_string(schemaVersion))
                              .c_str());
     }
+    m_writer.execute(markSchema);
     transaction.commit();
     m_writer.execute("PRAGMA journal_mode=WAL");
 }

@@ -89,4 +89,14 @@ CREATE TABLE note (
 CREATE INDEX note_user ON note (user);
 )";
 
+/// Which task came of an add that its client had marked. By itself, since files from before have no such table.
+constexpr const char *markSchema = R"(
+CREATE TABLE IF NOT EXISTS marked_add (
+    user INTEGER NOT NULL REFERENCES user ON DELETE CASCADE,
+    mark TEXT NOT NULL,
+    task INTEGER NOT NULL,
+    PRIMARY KEY (user, mark)
+) STRICT, WITHOUT ROWID;
+)";
+
 } // namespace service

@@ -13,6 +13,7 @@ namespace {
 
 constexpr std::array<std::string_view, 1> onlyId{"id"};
 constexpr std::array<std::string_view, 1> deletedFilter{"after"};
+constexpr std::size_t longestMark = 200;
 
 /// How an element of a task is written. Contexts carry their name, their id stands beside it.
 enum class Form { Integer, Text, Plain, Stamp, Time, Context, Goal, Due, Timer };
@@ -138,9 +139,26 @@ std::string getTasks(Call &call)
     return xml += "\n</tasks>";
 }
 
+/// A client that got no answer sends its add again with the same mark, and gets the task that came of the first, unless
+/// that was deleted since: rather one that comes back than one that is lost.
 std::string addTask(Call &call)
 {
-    return added(insertTask(call));
+    const std::string mark(call.request.text("mark"));
+    if (mark.size() > longestMark)
+        throw Refusal("the mark is too long");
+    if (mark.empty())
+        return added(insertTask(call));
+    Statement known = call.connection.prepare("SELECT task.id FROM marked_add JOIN task ON task.id = marked_add.task"
+                                              " WHERE marked_add.user = ? AND mark = ?");
+    if (known.bind(call.session.user).bind(mark).step())
+        return added(known.integer(0));
+    const std::int64_t id = insertTask(call);
+    call.connection.prepare("INSERT OR REPLACE INTO marked_add (user, mark, task) VALUES (?, ?, ?)")
+        .bind(call.session.user)
+        .bind(mark)
+        .bind(id)
+        .run();
+    return added(id);
 }
 
 std::string editTask(Call &call)
@@ -183,6 +201,11 @@ constexpr auto taskParameters = [] {
         names[i + 2] = taskFields[i].name;
     return names;
 }();
+constexpr auto addParameters = [] {
+    std::array<std::string_view, taskParameters.size() + 1> names{"mark"};
+    std::ranges::copy(taskParameters, names.begin() + 1);
+    return names;
+}();
 
 } // namespace
 
@@ -190,7 +213,7 @@ std::span<const Method> taskMethods()
 {
     static const std::array<Method, 5> table{{
         {"getTasks", Access::Read, taskFilterNames(), getTasks},
-        {"addTask", Access::Write, taskParameters, addTask},
+        {"addTask", Access::Write, addParameters, addTask},
         {"editTask", Access::Write, taskParameters, editTask},
         {"deleteTask", Access::Write, onlyId, deleteTask},
         {"getDeleted", Access::Read, deletedFilter, getDeleted},

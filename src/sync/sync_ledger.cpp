@@ -109,6 +109,12 @@ bool SyncLedger::isUnanswered(const ManagedObject &record, ContentMark content) 
     return note && note->sent == content;
 }
 
+bool SyncLedger::isAddUnanswered(const ManagedObject &record) const
+{
+    const LedgerNote *note = find(record);
+    return note && note->sent && !note->server;
+}
+
 bool SyncLedger::isKnown(const ManagedObject &record) const
 {
     const LedgerNote *note = find(record);

@@ -58,6 +58,8 @@ public:
     [[nodiscard]] bool isChangedHere(const objectstore::ManagedObject &record, ContentMark local) const;
     /// Whether just this content was being sent when the answer got lost.
     [[nodiscard]] bool isUnanswered(const objectstore::ManagedObject &record, ContentMark content) const;
+    /// Whether the record was being added when the answer got lost, and is not known to be there since.
+    [[nodiscard]] bool isAddUnanswered(const objectstore::ManagedObject &record) const;
     /// Whether the service has ever had the record.
     [[nodiscard]] bool isKnown(const objectstore::ManagedObject &record) const;
 

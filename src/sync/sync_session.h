@@ -57,6 +57,8 @@ public:
     /// Whether the phases shall go no further: the user cancelled, or the service is out of reach.
     [[nodiscard]] bool isOver() const { return m_isOver || m_parts.stop.stop_requested(); }
     void giveUp() { m_isOver = true; }
+    /// Whether every record that was looked up could be read; nothing is saved any more once it could not.
+    [[nodiscard]] bool hasReadAll() const { return m_hasReadAll; }
     /// Whether something was refused or failed.
     [[nodiscard]] bool isIncomplete() const { return m_isIncomplete; }
 

@@ -298,6 +298,27 @@ Tasks *TaskPhases::takeUnanswered(ContentMark content, std::optional<std::int64_
     return nullptr;
 }
 
+/// An add that went unanswered in an earlier run is sent again only where two lists lack it: one may be an old list.
+bool TaskPhases::lookAgainForUnanswered()
+{
+    TDError error;
+    auto listed = m_session.client().getTasks(&error);
+    if (!m_session.acceptList(listed.has_value(), error))
+        return false;
+    const auto known = index();
+    if (!known)
+        return false;
+    placeByContextId(*listed);
+    for (GtdTask &task : *listed) {
+        if (!isServiceId(task.taskId) || known->firstID(task.taskId) || m_listedIds.contains(task.taskId)
+            || !adopt(task))
+            continue;
+        m_listedIds.insert(task.taskId);
+        m_tdTasks.push_back(std::move(task));
+    }
+    return true;
+}
+
 void TaskPhases::makeTask(const GtdTask &listed, TaskMapping &mapping)
 {
     Tasks &made = mapping.getToodledoTaskAsLocalTask(listed);

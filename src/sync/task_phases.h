@@ -69,13 +69,16 @@ private:
     void sendEdit(Edit &edit);
     [[nodiscard]] model::Tasks *adopt(const GtdTask &listed);
     [[nodiscard]] model::Tasks *takeUnanswered(ContentMark content, std::optional<std::int64_t> length = {});
+    [[nodiscard]] bool lookAgainForUnanswered();
     void makeTask(const GtdTask &listed, TaskMapping &mapping);
     bool deleteListed(const GtdTask &listed, model::Tasks &task);
     [[nodiscard]] bool sendBatch(std::span<Edit> additions);
     [[nodiscard]] std::size_t sendTogether(std::span<Edit> additions);
     [[nodiscard]] bool sendNewTask(Edit &added);
-    [[nodiscard]] bool isListed(const Edit &addition) const;
+    [[nodiscard]] bool isKnownThere(const Edit &addition) const;
+    [[nodiscard]] std::string markOf(const Edit &addition) const;
     void noteAdded(Edit &added, std::int64_t id);
+    [[nodiscard]] bool takesPlaceOfCopy(std::int64_t id);
     [[nodiscard]] std::vector<std::int64_t> idsOfUnanswered(std::span<const Edit> additions);
     [[nodiscard]] bool isGoneThere(std::int64_t taskID) const;
     [[nodiscard]] Sent deleteAtService(const GtdTask &task);

@@ -98,9 +98,14 @@ bool TaskPhases::sendNewTasks()
         m_session.present(created.error());
         return false;
     }
+    const auto isUnanswered = [this](const ManagedObject *task) { return m_session.ledger().isAddUnanswered(*task); };
+    if (std::ranges::any_of(*created, isUnanswered) && !lookAgainForUnanswered())
+        return false;
     std::vector<Edit> additions;
     for (ManagedObject *object : *created) {
         auto &task = *model::as<Tasks>(object);
+        if (!task.isNew())
+            continue; // no longer
         GtdTask sent = asSent(task);
         const ContentMark content = contentOf(asAdded(sent));
         additions.push_back({&task, std::move(sent), content});
@@ -141,9 +146,9 @@ std::size_t TaskPhases::sendTogether(std::span<Edit> additions)
 {
     if (!m_session.isGuarding())
         return 0;
-    std::vector<const GtdTask *> tasks;
-    for (std::size_t i = 0; i < additions.size() && !isListed(additions[i]); ++i)
-        tasks.push_back(&additions[i].sent);
+    std::vector<toodledo::MarkedTask> tasks;
+    for (std::size_t i = 0; i < additions.size() && !isKnownThere(additions[i]); ++i)
+        tasks.push_back({&additions[i].sent, markOf(additions[i])});
     TDError error;
     auto added = m_session.client().addTasks(tasks, &error);
     if (added.sent == 0)
@@ -167,16 +172,23 @@ std::size_t TaskPhases::sendTogether(std::span<Edit> additions)
 }
 
 /// Whether it is marked as new although the service has it: sending it as a new one would double it.
-bool TaskPhases::isListed(const Edit &addition) const
+bool TaskPhases::isKnownThere(const Edit &addition) const
 {
     return m_listedIds.contains(addition.task->taskID());
+}
+
+/// What the service knows the task's add by when it is sent again: an address that is this record's alone, in every
+/// store and for ever.
+std::string TaskPhases::markOf(const Edit &addition) const
+{
+    return m_session.isGuarding() ? m_session.moc().uri(*addition.task) : std::string();
 }
 
 /// False when the phase has to end.
 bool TaskPhases::sendNewTask(Edit &added)
 {
     Tasks &task = *added.task;
-    if (m_session.isGuarding() && isListed(added)) {
+    if (m_session.isGuarding() && isKnownThere(added)) {
         const ContentMark whole = contentOf(added.sent);
         added.content = whole;
         sendEdit(added);
@@ -185,7 +197,7 @@ bool TaskPhases::sendNewTask(Edit &added)
         return true;
     }
     TDError error;
-    std::int64_t id = m_session.client().addTask(added.sent, &error);
+    std::int64_t id = m_session.client().addTask(added.sent, &error, markOf(added));
     if (const std::int64_t found = idsOfUnanswered({&added, 1}).front(); found != -1) {
         id = found;
         error = {};
@@ -206,16 +218,31 @@ bool TaskPhases::sendNewTask(Edit &added)
 /// The service has the task, still without its length, which the method that adds does not take.
 void TaskPhases::noteAdded(Edit &added, std::int64_t id)
 {
+    const bool isListed = m_listedIds.contains(id);
+    if (isListed && !takesPlaceOfCopy(id))
+        return;
     Tasks &task = *added.task;
     task.setTaskID(id);
     task.setIsNew(false);
     m_sentIds.insert(id);
     m_session.ledger().agree(task, {added.content, {}, added.sent.folder, added.sent.context}, added.content);
-    if (added.sent.length != 0 && !m_session.isOver()) {
-        added.sent.taskId = id;
-        added.content = contentOf(added.sent);
-        sendEdit(added);
-    }
+    if (added.sent.length == 0 || isListed || m_session.isOver())
+        return; // where it is listed, an edit would go over what another computer has changed
+    added.sent.taskId = id;
+    added.content = contentOf(added.sent);
+    sendEdit(added);
+}
+
+/// The service knows by its mark the task of an add that went unanswered. Another computer had changed it, so that it
+/// was taken here for another one: that copy goes, unless it has something that the service does not have yet.
+bool TaskPhases::takesPlaceOfCopy(std::int64_t id)
+{
+    Tasks *copy = m_session.records().getTaskById(id);
+    if (m_session.isOver() || (copy && m_session.ledger().isChangedHere(*copy, contentOf(asSent(*copy)))))
+        return false;
+    if (copy)
+        remove(*copy);
+    return true;
 }
 
 /// The ids of the tasks whose add went unanswered just now, -1 for one that did not arrive. Asked at once: when another

@@ -10,6 +10,7 @@
 #include "sync/task_phases.h"
 #include "toodledo/curl_transport.h"
 
+#include <algorithm>
 #include <exception>
 
 namespace syncing {
@@ -42,21 +43,22 @@ std::optional<Instant> comparisonDate(const foundation::Settings &settings, cons
     return date;
 }
 
-/// Forgets every id of another account: the store's tasks are new to this one.
-void leaveAccount(ObjectContext &moc, SyncLedger &ledger, SyncHost &host)
+/// Forgets every id of another account: the store's tasks are new to this one. Where some cannot be read, the run is
+/// over and nothing of this is saved.
+void leaveAccount(SyncSession &session)
 {
-    const model::DataUtilities records(moc, host);
-    using Objects = std::vector<objectstore::ManagedObject *>;
-    for (auto *task : records.fetch("Tasks", objectstore::Predicate::format("taskID != 0")).value_or(Objects())) {
+    const auto forEach = [&session](const char *entity, const char *withId, const auto &forgetId) {
+        if (const auto found = session.records().fetch(entity, objectstore::Predicate::format(withId)))
+            std::ranges::for_each(*found, forgetId);
+    };
+    forEach("Tasks", "taskID != 0", [](objectstore::ManagedObject *task) {
         task->setValue("taskID", std::int64_t{0});
         task->setValue("isNew", true);
-    }
-    for (auto *folder : records.fetch("Folders", objectstore::Predicate::format("folderID != 0")).value_or(Objects()))
-        folder->setValue("folderID", {});
-    for (auto *context :
-        records.fetch("Contexts", objectstore::Predicate::format("contextID != 0")).value_or(Objects()))
-        context->setValue("contextID", {});
-    ledger.forgetAll();
+    });
+    forEach("Folders", "folderID != 0", [](objectstore::ManagedObject *folder) { folder->setValue("folderID", {}); });
+    forEach(
+        "Contexts", "contextID != 0", [](objectstore::ManagedObject *context) { context->setValue("contextID", {}); });
+    session.ledger().forgetAll();
     foundation::logLine("The account is another than before: everything here is sent to it as new.");
 }
 
@@ -105,13 +107,15 @@ SyncOutcome Run::exchange()
         return SyncOutcome::Cancelled;
     if (!client)
         return SyncOutcome::Failed;
-    if (m_ledger.isGuarding()) {
-        if (!m_ledger.account().empty() && m_ledger.account() != client->userId())
-            leaveAccount(m_moc, m_ledger, m_host);
-        m_ledger.setAccount(client->userId());
-    }
     SyncSession &session = m_session.emplace(SyncSession::Parts{m_moc, m_ledger, *client, m_host, m_environment.clock,
         comparisonDate(m_environment.settings, m_ledger), m_stop});
+    if (m_ledger.isGuarding()) {
+        if (!m_ledger.account().empty() && m_ledger.account() != client->userId())
+            leaveAccount(session);
+        if (!session.hasReadAll())
+            return fail(synchronizationStatus);
+        m_ledger.setAccount(client->userId());
+    }
     bool isExchanged = false;
     const bool isThrough = runPhases(session, isExchanged);
     if (m_stop.stop_requested()) {
@@ -265,10 +269,17 @@ ToodledoSync::~ToodledoSync()
 foundation::Result<void> ToodledoSync::startSyncTasks()
 {
     auto lock = foundation::FileLock::tryLock(m_environment.store.file().string() + ".sync-lock");
-    if (!lock)
+    if (!lock) {
+        foundation::logLine("The lock of the synchronisation cannot be had: " + lock.error().detail);
+        return foundation::Failure(Error{syncErrorDomain, static_cast<int>(SyncErrorCode::NotLocked),
+            "The synchronisation cannot write its lock file beside your tasks. Make room on the disk, or make the "
+            "folder writable.",
+            lock.error().detail});
+    }
+    if (!*lock)
         return foundation::Failure(Error{syncErrorDomain, static_cast<int>(SyncErrorCode::AlreadyRunning),
             "A synchronisation is already under way. Wait until it has ended.", {}});
-    m_lock = std::make_unique<RunLock>(std::move(*lock));
+    m_lock = std::make_unique<RunLock>(std::move(**lock));
     m_outcome = SyncOutcome::Running;
     SyncHost &host = m_environment.host;
     host.displayNotification("Starting Toodledo sync", "Toodledo sync may take a few moments.");

@@ -20,6 +20,7 @@ inline constexpr const char *syncErrorDomain = "SyncErrorDomain";
 /// The codes of errors in `syncErrorDomain`.
 enum class SyncErrorCode {
     AlreadyRunning = 1, ///< another run on the same store is under way, here or in another program
+    NotLocked = 3, ///< the file that keeps two runs apart cannot be made or written
 };
 
 /// How a run ended.
@@ -55,7 +56,8 @@ public:
     ToodledoSync(const ToodledoSync &) = delete;
     ToodledoSync &operator=(const ToodledoSync &) = delete;
 
-    /// Starts the run and returns at once; fails, with a sentence to show, when one is under way. Called once.
+    /// Starts the run and returns at once; fails, with a sentence to show, when one is under way or
+    /// nothing can keep another from starting. Called once.
     [[nodiscard]] foundation::Result<void> startSyncTasks();
     /// Ends the run within a second; what was exchanged so far stays.
     void cancel();

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <curl/curl.h>
 #include <openssl/ssl.h>
+#include <utility>
 
 namespace toodledo {
 
@@ -51,6 +52,8 @@ struct Exchange {
     CURL *easy;
     BodySink &body;
     std::size_t bodyLimit;
+    bool isSentOnce;
+    bool isSent = false;
     std::size_t bodyBytes = 0;
     std::size_t headerBytes = 0;
     long status = 0;
@@ -101,6 +104,13 @@ void onTlsEvent(const SSL *connection, int event, int value) noexcept
         *static_cast<bool *>(SSL_CTX_get_app_data(SSL_get_SSL_CTX(connection))) = true;
 }
 
+/// libcurl sends a request again by itself where a connection that was kept open closes without a byte.
+int onSending(void *exchange, char *, char *, int, int) noexcept
+{
+    auto &sent = *static_cast<Exchange *>(exchange);
+    return std::exchange(sent.isSent, true) && sent.isSentOnce ? CURL_PREREQFUNC_ABORT : CURL_PREREQFUNC_OK;
+}
+
 CURLcode onTlsContext(CURL *, void *context, void *saidGoodbye) noexcept
 {
     auto *tls = static_cast<SSL_CTX *>(context);
@@ -136,6 +146,7 @@ HttpErrorCode codeFor(CURLcode code)
 } // namespace
 
 struct CurlTransport::Handles {
+    bool hasFailed = false; ///< the last exchange, after which a server may close the connection at any moment
     bool saidGoodbye = false; ///< the server, in TLS's way, since the exchange began
     // The multi handle owns the connections; waiting on it, unlike within curl_easy_perform, can be ended at once.
     std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)> multi{curl_multi_init(), &curl_multi_cleanup};
@@ -182,6 +193,7 @@ CurlTransport::CurlTransport(Options options) : m_options(std::move(options))
     curl_easy_setopt(easy, CURLOPT_USERAGENT, "Quelvin");
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &onBody);
     curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &onHeader);
+    curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, &onSending);
     curl_easy_setopt(easy, CURLOPT_SSL_CTX_FUNCTION, &onTlsContext);
     curl_easy_setopt(easy, CURLOPT_SSL_CTX_DATA, &m_handles->saidGoodbye);
     if (!m_options.authorities.empty()) {
@@ -199,7 +211,7 @@ foundation::Result<HttpReply> CurlTransport::perform(const HttpRequest &request,
         return foundation::Failure(error(HttpErrorCode::Connection, "libcurl could not be started"));
     if (namesNoHost(request.url))
         return foundation::Failure(error(HttpErrorCode::Connection, "the address names no host"));
-    Exchange exchange{easy, body, m_options.replyLimit};
+    Exchange exchange{easy, body, m_options.replyLimit, request.isSentOnce};
     std::string message(CURL_ERROR_SIZE, '\0');
     const double milliseconds = std::clamp(std::ceil(request.deadline * 1000), 1.0, 86'400'000.0);
     const long verify = !m_options.acceptedCertificateDomain.empty()
@@ -217,7 +229,9 @@ foundation::Result<HttpReply> CurlTransport::perform(const HttpRequest &request,
     curl_easy_setopt(easy, CURLOPT_SSL_VERIFYHOST, verify * 2);
     curl_easy_setopt(easy, CURLOPT_WRITEDATA, &exchange);
     curl_easy_setopt(easy, CURLOPT_HEADERDATA, &exchange);
+    curl_easy_setopt(easy, CURLOPT_PREREQDATA, &exchange);
     curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, message.data());
+    curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, std::exchange(m_handles->hasFailed, true) ? 1L : 0L);
     m_handles->saidGoodbye = false;
     const auto result = m_handles->run(request.stop);
     curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, nullptr);
@@ -235,6 +249,7 @@ foundation::Result<HttpReply> CurlTransport::perform(const HttpRequest &request,
     }
     if (request.url.starts_with("https:") && endsWithItsConnection(easy) && !m_handles->saidGoodbye)
         return foundation::Failure(error(HttpErrorCode::Connection, "the connection ended before the reply did"));
+    m_handles->hasFailed = false;
     char *contentType = nullptr;
     curl_easy_getinfo(easy, CURLINFO_CONTENT_TYPE, &contentType);
     return HttpReply{static_cast<int>(exchange.status), contentType ? contentType : ""};

@@ -27,6 +27,8 @@ struct HttpRequest {
     std::string url; ///< http or https, already escaped
     double deadline = 30; ///< seconds for the whole exchange, from looking up the name to the last byte
     std::stop_token stop; ///< ends the exchange within a second
+    /// It changes something, so that it must not be sent again when its connection goes before the reply.
+    bool isSentOnce = false;
     std::string body = {}; ///< what to send by POST; empty: nothing, by GET
 };
 

@@ -56,14 +56,16 @@ std::string TDApi::urlText(std::string_view method) const
 
 HttpRequest TDApi::requestForURLString(std::string_view urlText, const Parameters &parameters) const
 {
-    return {plainUrl(urlText, parameters), m_timeout, m_environment.stop};
+    return {.url = plainUrl(urlText, parameters), .deadline = m_timeout, .stop = m_environment.stop};
 }
 
 HttpRequest TDApi::authenticatedRequestForURLString(std::string_view urlText, const Parameters &parameters)
 {
     const std::string theKey = key().value_or(std::string());
     const Authentication authentication{theKey, accountValue("pro") == "1", m_escapeValues};
-    return {authenticatedUrl(urlText, authentication, parameters), m_timeout, m_environment.stop};
+    return {.url = authenticatedUrl(urlText, authentication, parameters),
+        .deadline = m_timeout,
+        .stop = m_environment.stop};
 }
 
 bool TDApi::send(const HttpRequest &request, TDParser &parser, std::string_view root)
@@ -95,6 +97,7 @@ bool TDApi::perform(
         return false;
     }
     HttpRequest request = authenticatedRequestForURLString(urlText(operation.method), parameters);
+    request.isSentOnce = !operation.method.starts_with("get");
     request.body = std::move(body);
     if (send(request, parser, operation.root))
         return true;

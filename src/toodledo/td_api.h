@@ -49,6 +49,12 @@ struct TDReply {
     std::optional<foundation::Error> failure; ///< why there was no reply, or why it could not be read
 };
 
+/// A task to add, and what the service shall know the addition by when it is sent again, see `TDApi::addTask`.
+struct MarkedTask {
+    const GtdTask *task;
+    std::string mark;
+};
+
 /// What came of adding several tasks at once.
 struct AddedTasks {
     std::size_t sent = 0; ///< the first so many
@@ -100,10 +106,12 @@ public:
     /// Deleted tasks, of which only the id counts.
     [[nodiscard]] std::optional<std::vector<GtdTask>> getDeleted(TDError *error = nullptr);
     /// The id of the new task, or -1. A task without a title is code 40, and is sent all the same.
-    std::int64_t addTask(const GtdTask &task, TDError *error = nullptr);
+    /// A service that knows marks answers an add that is sent again with the same mark by the id of the first, while it
+    /// has that task; to others the mark is not sent.
+    std::int64_t addTask(const GtdTask &task, TDError *error = nullptr, std::string_view mark = {});
     /// Adds the first of `tasks` by one request, as many as fit; nothing is sent where fewer than two do, where the
     /// service takes no more than one call in a request, or once such a request got no true answer.
-    [[nodiscard]] AddedTasks addTasks(std::span<const GtdTask *const> tasks, TDError *error = nullptr);
+    [[nodiscard]] AddedTasks addTasks(std::span<const MarkedTask> tasks, TDError *error = nullptr);
     bool editTask(const GtdTask &task, TDError *error = nullptr);
     bool deleteTask(const GtdTask &task, TDError *error = nullptr);
 
@@ -169,6 +177,7 @@ private:
     template <typename Parser>
     [[nodiscard]] auto performForList(
         const Operation &operation, const Parameters &parameters, Parser &&parser, TDError *error);
+    [[nodiscard]] Parameters additionParameters(const GtdTask &task, std::string_view mark) const;
     void complain(const Complaint &complaint, TDError *error, std::span<const std::string> texts = {}) const;
 
     TDApiEnvironment m_environment;
@@ -181,12 +190,12 @@ private:
     StoredKey::Entry m_key;
     std::string m_passwordHash;
     double m_servertimeDifference = 0;
-    std::size_t m_mostCalls = 1; ///< that the service takes in one request
     AccountInfo m_accountInfo;
 
     TDReply m_lastReply;
     bool m_loginWasRefused = false;
     bool m_warnedOfPlainLogin = false;
+    bool m_sendsOneByOne = false; ///< although the service takes several calls in a request
 };
 
 } // namespace toodledo

@@ -2,7 +2,6 @@
 #include "foundation/log.h"
 #include "toodledo/td_api_core.h"
 
-#include <algorithm>
 #include <array>
 
 namespace toodledo {
@@ -34,24 +33,8 @@ constexpr std::array<ModificationDate, 4> modificationDates{{
     {"lastcontextedit", "lastContextEdit"},
 }};
 
-/// Reads the service's clock, and how many calls it takes in one request.
-class ServerInfoParser final : public TDListParser<std::string>
-{
-public:
-    std::size_t mostCalls = 1;
-
-private:
-    void didEndElement(std::string_view name, std::string_view text) override
-    {
-        if (name == "mostcalls")
-            mostCalls = static_cast<std::size_t>(std::max<std::int64_t>(integerOf(text), 1));
-        else if (name == "unixtime" || name == "error")
-            m_results.emplace_back(text);
-    }
-};
-
 /// The value of a simple reply that holds exactly one.
-std::optional<std::string> onlyValue(TDListParser<std::string> &parser)
+std::optional<std::string> onlyValue(TDSimpleParser &parser)
 {
     auto values = parser.parseResults();
     if (!values || values->size() != 1)
@@ -141,14 +124,13 @@ bool TDApi::loadServerInfos()
 {
     if (!isAuthenticated())
         return false;
-    ServerInfoParser parser;
+    TDSimpleParser parser("unixtime");
     if (!send(authenticatedRequestForURLString(urlText("getServerInfo")), parser))
         return false;
     const auto unixTime = onlyValue(parser);
     if (!unixTime)
         return false;
     m_servertimeDifference = secondsOf(*unixTime) - m_environment.clock.now().seconds;
-    m_mostCalls = parser.mostCalls;
     return true;
 }
 

@@ -120,20 +120,30 @@ std::optional<std::vector<GtdTask>> TDApi::getDeleted(TDError *error)
     return performForList(listDeleted, {}, TDTasksParser(m_environment.contextByTitle), error);
 }
 
-std::int64_t TDApi::addTask(const GtdTask &task, TDError *error)
+std::int64_t TDApi::addTask(const GtdTask &task, TDError *error, std::string_view mark)
 {
     if (!task.title)
         complain({.code = unusableItem}, error);
-    const auto id = performForValue(add, "added", taskParameters(task, Length::Left), error);
+    const auto id = performForValue(add, "added", additionParameters(task, mark), error);
     return id ? integerOf(*id) : -1;
 }
 
-AddedTasks TDApi::addTasks(std::span<const GtdTask *const> tasks, TDError *error)
+Parameters TDApi::additionParameters(const GtdTask &task, std::string_view mark) const
 {
+    Parameters parameters = taskParameters(task, Length::Left);
+    if (!mark.empty() && accountValue("addmarks") == "1")
+        parameters.emplace_back("mark", mark);
+    return parameters;
+}
+
+AddedTasks TDApi::addTasks(std::span<const MarkedTask> tasks, TDError *error)
+{
+    const std::int64_t most = m_sendsOneByOne ? 0 : std::max<std::int64_t>(integerOf(accountValue("mostcalls")), 0);
     AddedTasks added;
     std::string calls;
-    while (added.sent < std::min(tasks.size(), m_mostCalls)) {
-        const std::string call = callLine(add.method, taskParameters(*tasks[added.sent], Length::Left));
+    while (added.sent < std::min(tasks.size(), static_cast<std::size_t>(most))) {
+        const auto &[task, mark] = tasks[added.sent];
+        const std::string call = callLine(add.method, additionParameters(*task, mark));
         if (calls.size() + call.size() > longestCalls)
             break;
         calls += call;
@@ -150,7 +160,7 @@ AddedTasks TDApi::addTasks(std::span<const GtdTask *const> tasks, TDError *error
     if (hasReply)
         complain(addSeveral.badResult, error, parser.errorTexts());
     added.ids.clear();
-    m_mostCalls = 1; // what lies on the way may let no such request through
+    m_sendsOneByOne = true; // what lies on the way may let no such request through
     return added;
 }
 

@@ -12,6 +12,10 @@ constexpr std::array<std::string_view, 13> accountElements{"userid", "alias", "p
     "hidemonths", "hotlistpriority", "hotlistduedate", "lastaddedit", "lastdelete", "lastfolderedit", "lastcontextedit",
     "lastgoaledit"};
 
+/// Only a service that does more than the protocol names these: that it knows an add that is sent again by its mark,
+/// and how many calls it takes in one request.
+constexpr std::array<std::string_view, 2> furtherElements{"addmarks", "mostcalls"};
+
 /// The preset key of `dateformat` is spelled differently from the element, so a result holds both.
 constexpr std::string_view presetDateFormat = "dateFormat";
 
@@ -36,7 +40,8 @@ void TDUserInfoParser::didEndElement(std::string_view name, std::string_view tex
     if (name == "account") {
         m_results.push_back(std::move(m_userInfos));
         m_userInfos.reset();
-    } else if (std::find(accountElements.begin(), accountElements.end(), name) != accountElements.end()) {
+    } else if (std::find(furtherElements.begin(), furtherElements.end(), name) != furtherElements.end()
+        || std::find(accountElements.begin(), accountElements.end(), name) != accountElements.end()) {
         if (text.empty())
             m_userInfos->erase(std::string(name));
         else

@@ -7,6 +7,7 @@
 #include "viewcontrollers/task_cells.h"
 #include "views/detail_pane.h"
 #include "views/icons.h"
+#include "views/line_label.h"
 #include "views/source_list_view.h"
 #include "views/tag_browser.h"
 #include "views/tasks_table_view.h"
@@ -111,17 +112,16 @@ QWidget *MainWindow::makeHeader()
     auto *layout = new QHBoxLayout(header);
     layout->setContentsMargins(20, 14, 12, 6);
     layout->setSpacing(4);
-    m_headline = new QLabel;
+    m_headline = new LineLabel;
     m_headline->setObjectName(QStringLiteral("headline"));
-    m_headline->setTextFormat(Qt::PlainText);
     QFont font = m_headline->font();
     font.setPointSizeF(font.pointSizeF() * 1.9);
     font.setWeight(QFont::Bold);
     m_headline->setFont(font);
-    m_headline->setMinimumWidth(40);
     m_headline->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
-    m_subline = new QLabel;
+    m_subline = new LineLabel;
     m_subline->setObjectName(QStringLiteral("subline"));
+    m_subline->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // gives way to the headline
     const int raise = QFontMetrics(font).descent() - m_subline->fontMetrics().descent();
     m_subline->setContentsMargins(8, 0, 0, raise); // both stand on one line
     layout->addWidget(m_headline);
@@ -141,9 +141,8 @@ QWidget *MainWindow::makeHeader()
 
 QWidget *MainWindow::makeStatusBar()
 {
-    m_statusLine = new QLabel;
+    m_statusLine = new LineLabel;
     m_statusLine->setObjectName(QStringLiteral("statusLine"));
-    m_statusLine->setTextFormat(Qt::PlainText);
     auto *bar = new QWidget;
     bar->setObjectName(QStringLiteral("statusBar"));
     auto *layout = new QHBoxLayout(bar);

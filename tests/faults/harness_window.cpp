@@ -196,11 +196,13 @@ private:
         return {};
     }
 
-    /// As if the program had sent a task and been killed before it noted that.
+    /// As if the program had sent a task and been killed before it noted that, to a service that knows no marks.
     void forgetIds()
     {
         SQLite::Database database((m_folder.path() / "store" / "Quelvin.qvl").string(), SQLite::OPEN_READWRITE, 5000);
         database.exec("UPDATE Tasks SET taskID = 0, isNew = 1 WHERE title LIKE 'base3 %'");
+        SQLite::Database service((m_folder.path() / "service" / "service.db").string(), SQLite::OPEN_READWRITE, 5000);
+        service.exec("DELETE FROM marked_add");
     }
 
     void liveAndDie()

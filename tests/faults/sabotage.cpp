@@ -38,6 +38,8 @@ constexpr std::array bugs{
     Bug{"failed-runs-kept-quiet", {}, {}},
     Bug{"memory-leaked", {}, {}},
     Bug{"descriptor-leaked", {}, {}},
+    Bug{"answered-before-written", {}, {}},
+    Bug{"adds-sent-twice", {}, {}},
     Bug{"cut-reply-believed", {}, {}},
     Bug{"truncation-believed", {}, {}},
     Bug{"any-certificate-accepted", {}, {}},

@@ -44,11 +44,12 @@ constexpr const char *newComputer = "new computer";
 constexpr const char *pictureWith = "with the changes here";
 constexpr const char *pictureWithout = "without them";
 
+/// One that knows no marks, so that all hangs on what is noted here.
 ServiceInProcess serviceAt(const fs::path &folder, std::string_view now)
 {
     const Spared spared;
-    return ServiceInProcess(
-        [seconds = static_cast<std::int64_t>(support::at(now).seconds)] { return seconds; }, folder / serviceFolder);
+    return ServiceInProcess([seconds = static_cast<std::int64_t>(support::at(now).seconds)] { return seconds; },
+        folder / serviceFolder, false);
 }
 
 /// The records that changes are made to, all of them read before anything is changed, so that a read that fails leaves

@@ -65,6 +65,7 @@ struct Step {
 struct History {
     int clients = 1;
     bool guards = true;
+    bool marks = true; ///< whether the service knows an add that is sent again by its mark
     bool singleCalls = false; ///< whether the service takes no more than one call in a request
     std::vector<std::int32_t> skews; ///< seconds, one for each client
     std::vector<Step> steps;

@@ -19,23 +19,25 @@
 
 namespace {
 
-/// Whether more histories end with a task there twice, which a lost reply can bring about and no protocol tells, than
-/// one in a thousand; twice the standard deviation is left to chance, which is nothing in a few histories.
-bool areTooManyDoubled(std::uint64_t doubled, std::uint64_t count)
-{
-    const double most = static_cast<double>(count) / 1000;
-    return static_cast<double>(doubled) > most + 2 * std::sqrt(most);
-}
-
 struct Options {
     std::uint64_t seed = 1;
     std::uint64_t count = 1000;
     int clients = 0; ///< 0: one, two and three in turn
     bool guards = true;
-    bool singleCalls = false; ///< of every seed, not only the odd ones
+    bool marks = true; ///< "--no-marks": the service does not know an add that is sent again
+    bool singleCalls = false; ///< "--single-calls": of every seed, not only the odd ones
     bool expectFailure = false; ///< "--control guards-off": the histories must be found to go wrong
     unsigned lanes = std::clamp(std::thread::hardware_concurrency(), 1U, 2U);
 };
+
+/// Whether more histories end with a task there twice, which a lost reply can bring about, than one in a thousand;
+/// where the service knows an add that is sent again, than one in a hundred thousand. Twice the standard deviation is
+/// left to chance, which is nothing in a few histories.
+bool areTooManyDoubled(std::uint64_t doubled, const Options &options)
+{
+    const double most = static_cast<double>(options.count) / (options.marks ? 100000 : 1000);
+    return static_cast<double>(doubled) > most + 2 * std::sqrt(most);
+}
 
 Options read(int count, char **arguments)
 {
@@ -58,6 +60,8 @@ Options read(int count, char **arguments)
             options.singleCalls = true;
         else if (!std::strcmp(arguments[i], "--no-guards"))
             options.guards = false;
+        else if (!std::strcmp(arguments[i], "--no-marks"))
+            options.marks = false;
         else if (!std::strcmp(arguments[i], "--control") && ++i < count && !std::strcmp(arguments[i], "guards-off")) {
             options.guards = false;
             options.expectFailure = true;
@@ -75,8 +79,9 @@ void report(const histories::History &history, std::uint64_t seed)
         shortest.steps.size(), histories::describe(shortest).c_str());
     for (const std::string &fault : histories::play(shortest).faults)
         std::printf("  -> %s\n", fault.c_str());
-    std::printf("again: sync_histories --seed %llu --count 1 --clients %d%s%s\n", static_cast<unsigned long long>(seed),
-        history.clients, history.guards ? "" : " --no-guards", history.singleCalls ? " --single-calls" : "");
+    std::printf("again: sync_histories --seed %llu --count 1 --clients %d%s%s%s\n",
+        static_cast<unsigned long long>(seed), history.clients, history.guards ? "" : " --no-guards",
+        history.marks ? "" : " --no-marks", history.singleCalls ? " --single-calls" : "");
 }
 
 /// What the lanes share.
@@ -94,6 +99,7 @@ public:
                 return;
             const int clients = m_options.clients != 0 ? m_options.clients : static_cast<int>(1 + seed % 3);
             auto history = histories::draw(seed, clients, m_options.guards);
+            history.marks = m_options.marks;
             history.singleCalls = m_options.singleCalls || seed % 2 != 0;
             const auto verdict = histories::play(history);
             const std::scoped_lock lock(m_mutex);
@@ -104,11 +110,13 @@ public:
     /// Prints the summary; whether all went as it should.
     [[nodiscard]] bool conclude() const
     {
-        const bool tooManyDoubled = areTooManyDoubled(m_doubled, m_options.count);
-        std::printf("sync_histories: %llu cases from seed %llu, guards %s, %llu with a doubled task%s, %llu failures\n",
+        const bool tooManyDoubled = areTooManyDoubled(m_doubled, m_options);
+        std::printf(
+            "sync_histories: %llu cases from seed %llu, guards %s%s, %llu with a doubled task%s, %llu failures\n",
             static_cast<unsigned long long>(m_options.count), static_cast<unsigned long long>(m_options.seed),
-            m_options.guards ? "on" : "off", static_cast<unsigned long long>(m_doubled),
-            tooManyDoubled ? " (too many)" : "", static_cast<unsigned long long>(m_wrong + (tooManyDoubled ? 1 : 0)));
+            m_options.guards ? "on" : "off", m_options.marks ? "" : ", no marks",
+            static_cast<unsigned long long>(m_doubled), tooManyDoubled ? " (too many)" : "",
+            static_cast<unsigned long long>(m_wrong + (tooManyDoubled ? 1 : 0)));
         return m_wrong == 0 && !tooManyDoubled;
     }
 

@@ -19,7 +19,7 @@ class World
 public:
     explicit World(const History &history)
         : m_history(history)
-        , m_service([this] { return static_cast<std::int64_t>(m_now); }, {},
+        , m_service([this] { return static_cast<std::int64_t>(m_now); }, {}, history.marks,
               history.singleCalls ? 1 : service::ServiceOptions().mostCalls)
     {
         for (int i = 0; i < history.clients; ++i)

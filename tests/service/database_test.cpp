@@ -88,6 +88,20 @@ TEST(Database, thatIsDamagedNewerOrNoneIsRefusedUntouched)
     EXPECT_TRUE(service::Database::open(place.path()));
 }
 
+TEST(Database, thatKnowsNoMarksYetLearnsThem)
+{
+    const support::TemporaryFolder place;
+    const std::string key = filledFile(place.path());
+    (*service::Database::open(place.path()))->write([](service::Connection &connection) {
+        connection.execute("DROP TABLE marked_add");
+    });
+    auto database = service::Database::open(place.path());
+    service::Service service(**database);
+    const std::string add = target("addTask", {{"key", key}, {"title", "Milk"}, {"mark", "1"}});
+    EXPECT_EQ(inside(service.answer(add), "added"), "301");
+    EXPECT_EQ(inside(service.answer(add), "added"), "301");
+}
+
 TEST(Database, undoesWhatItCouldNotCommit)
 {
     InMemory place;

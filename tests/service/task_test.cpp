@@ -106,6 +106,27 @@ TEST_F(Tasks, completeOnceAndAreFollowedByTheNextOccurrence)
     EXPECT_EQ(inside(task(id), "completed"), "");
 }
 
+TEST_F(Tasks, thatAreMarkedAreAddedOnce)
+{
+    User bob{place, "bob@example.org"};
+    const auto add = [](User &user, const std::string &mark) {
+        return user.add("addTask", {{"title", "Milk"}, {"mark", mark}});
+    };
+    EXPECT_EQ(inside(ana.ask("getAccountInfo"), "addmarks"), "1");
+    const std::string first = add(ana, "store/1");
+    EXPECT_EQ(add(ana, "store/1"), first);
+    EXPECT_NE(add(ana, "store/2"), first);
+    EXPECT_NE(add(bob, "store/1"), first);
+    EXPECT_EQ(countOf(ana.ask("getTasks"), "<task>"), 2);
+    (void)ana.ask("deleteTask", {{"id", first}});
+    const std::string second = add(ana, "store/1");
+    EXPECT_NE(second, first) << "the first is gone";
+    EXPECT_EQ(add(ana, "store/1"), second);
+    EXPECT_NE(add(ana, ""), add(ana, "")) << "an empty mark is none";
+    const std::string refusal = ana.ask("addTask", {{"title", "Milk"}, {"mark", std::string(201, 'x')}});
+    EXPECT_EQ(inside(refusal, "error"), "the mark is too long");
+}
+
 TEST_F(Tasks, areDeletedOnceAndRemembered)
 {
     const std::string parent = ana.add("addTask", {{"title", "Parent"}});
@@ -179,7 +200,7 @@ TEST(SeveralCalls, areDoneInTheirOrderAndARefusedOneSparesTheOthers)
 {
     InMemory place({.mostCalls = 7});
     User ana(place, "ana@example.org");
-    EXPECT_EQ(inside(ana.ask("getServerInfo"), "mostcalls"), "7");
+    EXPECT_EQ(inside(ana.ask("getAccountInfo", {{"key", ana.key}}), "mostcalls"), "7");
     const auto several = [&](const std::string &key, const std::string &calls) {
         return place.service.answer("/api.php?method=several;key=" + key + ";", calls);
     };

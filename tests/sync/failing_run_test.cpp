@@ -5,9 +5,11 @@
 #include "support/sync_device.h"
 
 #include <algorithm>
+#include <deque>
 #include <gmock/gmock.h>
 #include <map>
 #include <mutex>
+#include <sqlite3.h>
 #include <thread>
 
 using namespace support;
@@ -33,7 +35,19 @@ public:
     void answer(const std::string &method, ScriptedReply reply)
     {
         const std::lock_guard lock(m_mutex);
-        m_replies[method] = std::move(reply);
+        m_replies[method] = {std::move(reply)};
+    }
+    /// From now on the method is answered by these in turn, and then by the last for ever.
+    void answerInTurn(const std::string &method, std::deque<ScriptedReply> replies)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_replies[method] = std::move(replies);
+    }
+    /// From now on this happens before the method is answered.
+    void before(const std::string &method, std::function<void()> happening)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_happenings[method] = std::move(happening);
     }
 
     static std::string methodOf(const std::string &target)
@@ -53,16 +67,26 @@ private:
     ScriptedReply replyTo(const std::string &method)
     {
         const std::lock_guard lock(m_mutex);
-        return m_replies[method];
+        if (const auto &happening = m_happenings[method])
+            happening();
+        std::deque<ScriptedReply> &replies = m_replies[method];
+        if (replies.empty())
+            return {};
+        ScriptedReply reply = replies.front();
+        if (replies.size() > 1)
+            replies.pop_front();
+        return reply;
     }
 
     std::mutex m_mutex;
-    std::map<std::string, ScriptedReply> m_replies{{"getUserid", {"<userid>a1b2</userid>"}},
-        {"getToken", {"<token>td1</token>"}}, {"getServerInfo", {"<server><unixtime>1790000000</unixtime></server>"}},
-        {"getAccountInfo", {"<account><userid>a1b2</userid><pro>0</pro><timezone>0</timezone></account>"}},
-        {"getFolders", {"<folders></folders>"}}, {"getContexts", {"<contexts></contexts>"}},
-        {"getTasks", {"<tasks></tasks>"}}, {"getDeleted", {"<deleted></deleted>"}}, {"addTask", {"<added>41</added>"}},
-        {"editTask", {"<success>1</success>"}}};
+    std::map<std::string, std::function<void()>> m_happenings;
+    std::map<std::string, std::deque<ScriptedReply>> m_replies{{"getUserid", {{"<userid>a1b2</userid>"}}},
+        {"getToken", {{"<token>td1</token>"}}},
+        {"getServerInfo", {{"<server><unixtime>1790000000</unixtime></server>"}}},
+        {"getAccountInfo", {{"<account><userid>a1b2</userid><pro>0</pro><timezone>0</timezone></account>"}}},
+        {"getFolders", {{"<folders></folders>"}}}, {"getContexts", {{"<contexts></contexts>"}}},
+        {"getTasks", {{"<tasks></tasks>"}}}, {"getDeleted", {{"<deleted></deleted>"}}},
+        {"addTask", {{"<added>41</added>"}}}, {"editTask", {{"<success>1</success>"}}}};
 
 public:
     ScriptedHttpServer server; ///< last: its threads end before what they read
@@ -220,8 +244,66 @@ TEST(SyncRun, F42_aSecondRunIsRefusedWithASentence)
     EXPECT_THAT(refused.error().message, HasSubstr("already under way"));
     first.cancel();
     first.wait();
-    EXPECT_TRUE(syncing::ToodledoSync({device.store.store(), device.settings, device.store.clock, device.host})
-                    .startSyncTasks());
+
+    const std::filesystem::path lock = device.store.store().file().string() + ".sync-lock";
+    std::filesystem::remove(lock);
+    std::filesystem::create_directory(lock); // in the way of a file, as a full disk or a folder to be read only is
+    const auto unlocked = second.startSyncTasks();
+    ASSERT_FALSE(unlocked);
+    EXPECT_THAT(unlocked.error().message, HasSubstr("cannot write its lock file"));
+    EXPECT_THAT(unlocked.error().detail, HasSubstr(lock.string() + ": "));
+    std::filesystem::remove(lock);
+    EXPECT_TRUE(second.startSyncTasks());
+}
+
+TEST(SyncRun, anAddThatWentUnansweredIsNotSentAgainBecauseAnOldListLacksIt)
+{
+    Service service;
+    SyncDevice device(service.server.host());
+    device.store.add(aTask().titled("Milk"));
+    service.answer("addTask", {.body = "", .mode = ScriptedReply::Mode::CloseAtOnce});
+    EXPECT_EQ(device.sync(), SyncOutcome::Incomplete);
+    EXPECT_EQ(std::ranges::count(service.methods(), "addTask"), 1) << "sent twice in one run";
+
+    service.answerInTurn(
+        "getTasks", {{"<tasks></tasks>"}, {"<tasks><task><id>41</id><title>Milk</title></task></tasks>"}});
+    service.answer("addTask", {"<added>42</added>"});
+    EXPECT_EQ(device.sync(), SyncOutcome::Completed);
+    EXPECT_EQ(device.task("Milk").taskID(), 41);
+    EXPECT_EQ(std::ranges::count(service.methods(), "addTask"), 1);
+
+    device.store.add(aTask().titled("Bread"));
+    service.answer("addTask", {.body = "", .mode = ScriptedReply::Mode::CloseAtOnce});
+    device.sync();
+    service.answer("addTask", {"<added>42</added>"});
+    EXPECT_EQ(device.sync(), SyncOutcome::Completed);
+    EXPECT_EQ(device.task("Bread").taskID(), 42) << "two lists lack it";
+    EXPECT_THAT(service.server.targets(), Not(Contains(HasSubstr("mark=")))) << "the service has not said it knows any";
+}
+
+TEST(SyncRun, aRecordThatCannotBeReadIsNotLeftWithTheIdOfAnotherAccount)
+{
+    Service service;
+    service.answer("getFolders", {"<folders><folder id=\"7\">Hobby</folder></folders>"});
+    SyncDevice device(service.server.host());
+    device.store.add(aTask().titled("Milk"));
+    ASSERT_EQ(device.sync(), SyncOutcome::Completed);
+
+    const auto alter = [file = device.store.store().file()](const char *sql) {
+        sqlite3 *store = nullptr;
+        ASSERT_EQ(sqlite3_open(file.c_str(), &store), SQLITE_OK);
+        EXPECT_EQ(sqlite3_exec(store, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(store);
+        sqlite3_close(store);
+    };
+    const auto mend = [&alter] { alter("ALTER TABLE Folders RENAME COLUMN hidden TO folderID"); };
+    service.answer("getUserid", {"<userid>c3d4</userid>"});
+    service.before("getAccountInfo", [&alter] { alter("ALTER TABLE Folders RENAME COLUMN folderID TO hidden"); });
+    service.before("getFolders", mend);
+    EXPECT_EQ(device.sync(), SyncOutcome::Failed);
+    EXPECT_THAT(device.host.errors, SizeIs(1));
+    EXPECT_THAT(device.host.statuses, Contains(problem));
+    mend();
+    EXPECT_EQ(device.task("Milk").taskID(), 41) << "what could be read is saved no more than the rest";
 }
 
 TEST(SyncRun, F27_aCancelledRunEndsQuietlyAndKeepsItsDate)

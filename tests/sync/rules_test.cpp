@@ -3,6 +3,7 @@
 #include "service/http_server.h"
 #include "service/service.h"
 #include "support/sync_device.h"
+#include "toodledo/curl_transport.h"
 
 #include <gmock/gmock.h>
 
@@ -77,6 +78,41 @@ protected:
         *database, {.tokensPerHour = 1000, .clock = [this] { return static_cast<std::int64_t>(now.seconds); }}};
     std::unique_ptr<service::HttpServer> server;
     std::vector<std::unique_ptr<SyncDevice>> devices;
+};
+
+/// A connection that goes as soon as the service has taken a request of one method.
+class Interrupted final : public toodledo::HttpTransport
+{
+public:
+    Interrupted(std::string method, const foundation::Settings &settings)
+        : m_method("method=" + method + ";"), m_transport(toodledo::transportOptions(settings))
+    { }
+
+    foundation::Result<toodledo::HttpReply> perform(
+        const toodledo::HttpRequest &request, toodledo::BodySink &body) override
+    {
+        if (m_isGone)
+            return failure();
+        if (request.url.find(m_method) == std::string::npos)
+            return m_transport.perform(request, body);
+        struct : toodledo::BodySink {
+            bool receive(std::string_view) override { return true; }
+        } unread;
+        EXPECT_TRUE(m_transport.perform(request, unread));
+        m_isGone = true;
+        return failure();
+    }
+
+private:
+    static foundation::Result<toodledo::HttpReply> failure()
+    {
+        return foundation::Failure(foundation::Error{
+            toodledo::httpErrorDomain, static_cast<int>(toodledo::HttpErrorCode::Connection), {}, "no connection"});
+    }
+
+    std::string m_method;
+    toodledo::CurlTransport m_transport;
+    bool m_isGone = false;
 };
 
 /// The rules that hold with and without guards.
@@ -383,6 +419,32 @@ TEST_F(Rules, aStoreThatMovesToAnotherAccountIsSentThereAsNew)
     sync(work);
     EXPECT_EQ(work.task("Paint").folders()->title(), "Hobby");
     EXPECT_EQ(work.task("Paint").contexts()->title(), "Phone");
+
+    home.settings.set("ToodleDoUsername", std::string("ana@example.org"));
+    sync(home);
+    sync(home);
+    EXPECT_THAT(home.taskTitles(), ElementsAre("Paint")) << "the account knows the task of old";
+}
+
+TEST_F(Rules, F02_aTaskIsThereOnceThoughAnotherComputerChangedItBeforeItsAddWasAnswered)
+{
+    SyncDevice &home = device(true);
+    SyncDevice &work = device(true);
+    home.store.add(aTask().titled("Milk")).setValue("reminder", std::int64_t{5});
+    home.makeTransport = [&home] { return std::make_unique<Interrupted>("addTask", home.settings); };
+    pass(60);
+    EXPECT_EQ(home.sync(), SyncOutcome::Incomplete);
+    home.makeTransport = {};
+    sync(work);
+    work.edit(work.task("Milk"), "title", std::string("Oat milk"));
+    sync(work);
+
+    sync(home);
+    EXPECT_THAT(home.store.all("Tasks"), SizeIs(1));
+    sync(home);
+    EXPECT_EQ(home.task("Oat milk").integer("reminder"), 5) << "it is the one that was made here";
+    sync(work);
+    EXPECT_THAT(work.taskTitles(), ElementsAre("Oat milk"));
 }
 
 TEST_F(Rules, F60_aRestoredStoreWithNewerSettingsLosesNothing)
