@@ -20,14 +20,14 @@ using toodledo::TDError;
 namespace {
 
 /// As many sends at most are marked by one save; so a crash leaves at most so many that the next list has to explain.
-constexpr std::size_t sendBatch = 128;
+constexpr std::size_t longestBatch = 128;
 
 /// One item, then twice as many each time: of a few sends a crash finds nearly all noted, and many need few saves.
 template <class Item> std::vector<std::span<Item>> inBatches(std::vector<Item> &items)
 {
     std::vector<std::span<Item>> batches;
     for (std::size_t from = 0; from < items.size(); from += batches.back().size())
-        batches.push_back(std::span(items).subspan(from, std::min({sendBatch, from + 1, items.size() - from})));
+        batches.push_back(std::span(items).subspan(from, std::min({longestBatch, from + 1, items.size() - from})));
     return batches;
 }
 

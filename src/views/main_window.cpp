@@ -312,7 +312,7 @@ void MainWindow::restoreGeometryAndState()
 {
     const QSize room = screen()->availableSize() - QSize(16, 56); // beside and above it, the frame
     resize(QSize(1280, 800).boundedTo(room));
-    m_splitter->setSizes({250, 726, 304});
+    m_splitter->setSizes({250, 700, 330}); // a date with its time has room in the details
     const foundation::Settings &settings = m_delegate.settings();
     restoreGeometry(savedState(settings, geometryKey));
     m_splitter->restoreState(savedState(settings, splitterKey));

@@ -15,7 +15,6 @@ namespace views {
 
 namespace {
 
-/// The message box of one alert: the heading in bold, the sentence below it.
 int show(QMessageBox &box)
 {
     box.setWindowTitle(QStringLiteral("Quelvin"));
@@ -42,6 +41,8 @@ void WindowUserInteraction::displayAlert(const QString &title, const QString &me
     QMessageBox box(m_window);
     box.setText(title);
     box.setInformativeText(message);
+    box.setStyleSheet(
+        QStringLiteral("#qt_msgbox_label { font-weight: 600; } #qt_msgbox_informativelabel { min-width: 320px; }"));
     show(box);
 }
 

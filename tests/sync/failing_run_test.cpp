@@ -159,6 +159,11 @@ struct Failure {
     std::string alert; ///< title, or empty where there is none
     std::string presented; ///< part of a sentence that was shown
     bool guards = true;
+
+    friend void PrintTo(const Failure &failure, std::ostream *stream)
+    {
+        *stream << failure.method << ": " << failure.status;
+    }
 };
 
 class FailingRun : public ::testing::TestWithParam<Failure>

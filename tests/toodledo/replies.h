@@ -6,6 +6,7 @@
 #include "toodledo/td_user_info_parser.h"
 
 #include <functional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,8 @@ struct Reader {
     const char *name;
     std::function<Parsed(std::string_view reply, std::size_t chunk)> parse;
     std::string sample;
+
+    friend void PrintTo(const Reader &reader, std::ostream *stream) { *stream << reader.name; }
 };
 
 template <typename Parser, typename... Arguments> auto reading(Arguments... arguments)
