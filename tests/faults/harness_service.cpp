@@ -28,6 +28,7 @@ namespace {
 constexpr auto patience = 60s;
 constexpr int clientCount = 50;
 constexpr int hostileCount = 4;
+constexpr const char *hostileAddress = "127.0.0.2"; // an address may have 64 connections, and the clients need theirs
 constexpr const char *password = "a; password & more";
 constexpr const char *fullDisk = "--fsize=400000"; // bytes that a file of the service may have
 
@@ -158,7 +159,7 @@ void annoy(const Life &life, const std::atomic<bool> &isOver, std::uint64_t seed
         try {
             std::string bytes(random() % 4000, '\0');
             std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<char>(random()); });
-            RawSocket socket(life.address());
+            RawSocket socket(life.address(), hostileAddress);
             switch (random() % 5) {
             case 0:
                 socket.send(bytes);
@@ -228,7 +229,7 @@ public:
 
     [[nodiscard]] std::string seen() const
     {
-        if (m_answered < 1000)
+        if (m_answered < 100)
             throw std::runtime_error("too few requests were answered");
         return std::to_string(m_answered) + " tasks answered to, " + std::to_string(m_unanswered) + " not";
     }

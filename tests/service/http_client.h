@@ -75,8 +75,17 @@ private:
 class RawSocket
 {
 public:
-    explicit RawSocket(const std::string &address) : m_descriptor(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    /// `from` is the address of this end, where it is not to be that of everybody else here.
+    explicit RawSocket(const std::string &address, const char *from = nullptr)
+        : m_descriptor(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
     {
+        if (from) {
+            sockaddr_in own{};
+            own.sin_family = AF_INET;
+            ::inet_pton(AF_INET, from, &own.sin_addr);
+            if (::bind(m_descriptor, reinterpret_cast<const sockaddr *>(&own), sizeof own) != 0)
+                throw std::runtime_error(std::string("cannot speak from ") + from);
+        }
         const std::size_t colon = address.rfind(':');
         sockaddr_in place{};
         place.sin_family = AF_INET;
