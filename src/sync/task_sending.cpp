@@ -144,7 +144,7 @@ bool TaskPhases::sendBatch(std::span<Edit> additions)
 /// Adds the first of them by one request, where the service takes that; returns how many, whatever came of it.
 std::size_t TaskPhases::sendTogether(std::span<Edit> additions)
 {
-    if (!m_session.isGuarding())
+    if (!m_session.isGuarding() || m_session.client().mostCalls() < 2)
         return 0;
     std::vector<toodledo::MarkedTask> tasks;
     for (std::size_t i = 0; i < additions.size() && !isKnownThere(additions[i]); ++i)

@@ -109,6 +109,8 @@ public:
     /// A service that knows marks answers an add that is sent again with the same mark by the id of the first, while it
     /// has that task; to others the mark is not sent.
     std::int64_t addTask(const GtdTask &task, TDError *error = nullptr, std::string_view mark = {});
+    /// How many calls the service takes in one request; one where it does not say, and once it gave no true answer.
+    [[nodiscard]] std::size_t mostCalls() const;
     /// Adds the first of `tasks` by one request, as many as fit; nothing is sent where fewer than two do, where the
     /// service takes no more than one call in a request, or once such a request got no true answer.
     [[nodiscard]] AddedTasks addTasks(std::span<const MarkedTask> tasks, TDError *error = nullptr);

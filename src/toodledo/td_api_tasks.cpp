@@ -136,12 +136,18 @@ Parameters TDApi::additionParameters(const GtdTask &task, std::string_view mark)
     return parameters;
 }
 
+std::size_t TDApi::mostCalls() const
+{
+    const auto most = static_cast<std::size_t>(std::max<std::int64_t>(integerOf(accountValue("mostcalls")), 1));
+    return m_sendsOneByOne ? 1 : most;
+}
+
 AddedTasks TDApi::addTasks(std::span<const MarkedTask> tasks, TDError *error)
 {
-    const std::int64_t most = m_sendsOneByOne ? 0 : std::max<std::int64_t>(integerOf(accountValue("mostcalls")), 0);
     AddedTasks added;
     std::string calls;
-    while (added.sent < std::min(tasks.size(), static_cast<std::size_t>(most))) {
+    const std::size_t most = std::min(tasks.size(), mostCalls());
+    while (added.sent < most) {
         const auto &[task, mark] = tasks[added.sent];
         const std::string call = callLine(add.method, additionParameters(*task, mark));
         if (calls.size() + call.size() > longestCalls)
