@@ -14,8 +14,7 @@ using model::as;
 
 QStringList SourceListController::mimeTypes() const
 {
-    return {taskDataType(), QStringLiteral("text/x-moz-url"), QStringLiteral("text/plain"),
-        QStringLiteral("text/uri-list")};
+    return QStringList{taskDataType()} + textTypes();
 }
 
 Qt::DropActions SourceListController::supportedDropActions() const
@@ -42,7 +41,7 @@ Qt::DropAction SourceListController::dropAction(const QMimeData &data, const QMo
 {
     if (!data.hasFormat(taskDataType())) {
         // never a move, upon which the other program would delete its text
-        return isPlace(target) && droppedTask(data) ? Qt::CopyAction : Qt::IgnoreAction;
+        return isPlace(target) && offersText(data) ? Qt::CopyAction : Qt::IgnoreAction;
     }
     if (kind(target) == SourceKind::Today)
         return Qt::CopyAction;
@@ -88,8 +87,10 @@ bool SourceListController::dropMimeData(
 {
     if (!canDropMimeData(data, action, row, column, target))
         return false;
-    if (!data->hasFormat(taskDataType()))
-        return dropText(*droppedTask(*data), target);
+    if (!data->hasFormat(taskDataType())) {
+        const auto dropped = droppedTask(*data);
+        return dropped && dropText(*dropped, target);
+    }
     const std::vector<model::Tasks *> tasks = tasksOf(*data, m_delegate.managedObjectContext());
     if (tasks.empty())
         return false;

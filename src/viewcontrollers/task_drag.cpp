@@ -6,6 +6,7 @@
 #include "viewcontrollers/foreign_text.h"
 
 #include <QMimeData>
+#include <algorithm>
 #include <set>
 
 namespace viewcontrollers {
@@ -59,6 +60,17 @@ std::vector<model::Tasks *> tasksOf(const QMimeData &data, objectstore::ObjectCo
 QString createMessageLink(const QString &link)
 {
     return link.size() < messagePrefix ? link : QString(link).insert(messagePrefix, QStringLiteral("//"));
+}
+
+QStringList textTypes()
+{
+    return {linkWithName, QStringLiteral("text/plain"), QStringLiteral("text/uri-list")};
+}
+
+bool offersText(const QMimeData &data)
+{
+    const QStringList types = textTypes();
+    return std::ranges::any_of(types, [&data](const QString &type) { return data.hasFormat(type); });
 }
 
 std::optional<DroppedTask> droppedTask(const QMimeData &data)

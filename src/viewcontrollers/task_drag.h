@@ -3,7 +3,7 @@
 
 #include "model/entities.h"
 
-#include <QString>
+#include <QStringList>
 #include <optional>
 #include <vector>
 
@@ -18,6 +18,11 @@ namespace viewcontrollers {
 /// The dragged tasks that are still there, each once, in the order in which they were dragged. Whatever else another
 /// program offers under that name is ignored.
 [[nodiscard]] std::vector<model::Tasks *> tasksOf(const QMimeData &data, objectstore::ObjectContext &moc);
+
+/// The kinds of data of other programs of which a task can come.
+[[nodiscard]] QStringList textTypes();
+/// Whether one of them is offered. What it holds is not read for that: a drag asks at each move, and it may be long.
+[[nodiscard]] bool offersText(const QMimeData &data);
 
 /// What a dropped text or link makes a task of.
 struct DroppedTask {

@@ -29,13 +29,16 @@ bool TaskDropZone::eventFilter(QObject *, QEvent *event)
         drop->acceptProposedAction(); // tasks may be dropped where they came from, which changes nothing
         return true;
     }
-    const auto task = viewcontrollers::droppedTask(data);
-    if (!task)
+    if (!viewcontrollers::offersText(data))
         return false;
     drop->setDropAction(Qt::CopyAction);
     drop->accept();
-    if (event->type() == QEvent::Drop)
+    if (event->type() != QEvent::Drop)
+        return true;
+    if (const auto task = viewcontrollers::droppedTask(data))
         Q_EMIT dropped(*task);
+    else
+        drop->ignore();
     return true;
 }
 

@@ -73,6 +73,9 @@ TEST_F(Drop, ofTextMakesANewTaskWhereOneCanBePut)
     EXPECT_TRUE(dropText(list.indexOf(garden)) && dropText(list.indexOf(phone))
         && dropText(list.indexOf(SourceKind::Today)) && dropText(list.indexOf(SourceKind::Inbox)));
     EXPECT_FALSE(dropText(list.indexOf(SourceKind::Trash)) || dropText(list.indexOf(SourceKind::Location)));
+    QMimeData empty;
+    empty.setText(QStringLiteral("  "));
+    EXPECT_FALSE(list.dropMimeData(&empty, Qt::CopyAction, -1, -1, list.indexOf(garden)));
     EXPECT_EQ(list.dropAction(text, list.indexOf(garden)), Qt::CopyAction) << "a move would delete it at its source";
 
     ASSERT_EQ(garden.tasks().size(), 1U);
