@@ -1,19 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "views/line_label.h"
 
-#include <QPainter>
-#include <QStyle>
+#include "views/cell_painting.h"
 
 namespace views {
 
 void LineLabel::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
+    QStyleOption option;
+    option.initFrom(this);
     painter.setPen(palette().color(foregroundRole()));
-    const QRect room = contentsRect();
-    painter.drawText(room,
-        static_cast<int>(QStyle::visualAlignment(layoutDirection(), alignment())) | Qt::TextSingleLine,
-        fontMetrics().elidedText(text(), Qt::ElideRight, room.width()));
+    drawLine(&painter, option, contentsRect(), text());
 }
 
 } // namespace views
