@@ -6,6 +6,7 @@
 #include "viewcontrollers/foreign_text.h"
 
 #include <QMimeData>
+#include <QUrl>
 #include <algorithm>
 #include <set>
 
@@ -13,11 +14,51 @@ namespace viewcontrollers {
 
 namespace {
 
-/// Browsers offer a link as its address and its name, two lines in UTF-16.
-const QString linkWithName = QStringLiteral("text/x-moz-url");
+/// Browsers offer a link as its address and its name, a line each: under the first name in UTF-16, under the second,
+/// which is all that Qt shows of the two on X11, in UTF-8.
+const QString link16 = QStringLiteral("text/x-moz-url");
+const QString link8 = QStringLiteral("_NETSCAPE_URL");
 constexpr qsizetype longestTaskData = 32 * 1024 * 1024; // some 400,000 tasks
 constexpr qsizetype longestURI = 1024;
 constexpr qsizetype messagePrefix = 8; // the length of "message:"
+
+std::optional<DroppedTask> namedLink(QStringView text)
+{
+    const qsizetype end = text.indexOf(QLatin1Char('\n'));
+    if (end < 0)
+        return std::nullopt;
+    const ForeignText link = ForeignText::lines(text.first(end));
+    const QStringView rest = text.sliced(end + 1);
+    const qsizetype endOfName = rest.indexOf(QLatin1Char('\n'));
+    const ForeignText name = ForeignText::line(endOfName < 0 ? rest : rest.first(endOfName));
+    if (name.text.isEmpty())
+        return std::nullopt;
+    const bool isMessage = link.text.startsWith(QLatin1String("message:"));
+    return DroppedTask{name.text, isMessage ? createMessageLink(link.text) : link.text, name.isCut || link.isCut};
+}
+
+std::optional<DroppedTask> namedLink(const QMimeData &data)
+{
+    if (const QByteArray bytes = data.data(link16); !bytes.isEmpty()) {
+        return namedLink(QStringView(reinterpret_cast<const QChar *>(bytes.constData()), bytes.size() / 2));
+    }
+    return namedLink(QString::fromUtf8(data.data(link8)));
+}
+
+/// What file managers drag, and links without a name.
+std::optional<DroppedTask> address(const QMimeData &data)
+{
+    const QList<QUrl> urls = data.urls();
+    if (urls.isEmpty())
+        return std::nullopt;
+    const QUrl &url = urls.first();
+    const ForeignText link = ForeignText::lines(QString::fromLatin1(url.toEncoded()));
+    const ForeignText name = ForeignText::line(url.fileName());
+    if (url.isLocalFile() && !name.text.isEmpty())
+        return DroppedTask{name.text, link.text, name.isCut || link.isCut};
+    const ForeignText title = ForeignText::line(url.toDisplayString());
+    return title.text.isEmpty() ? std::nullopt : std::optional(DroppedTask{title.text, {}, title.isCut});
+}
 
 } // namespace
 
@@ -64,7 +105,7 @@ QString createMessageLink(const QString &link)
 
 QStringList textTypes()
 {
-    return {linkWithName, QStringLiteral("text/plain"), QStringLiteral("text/uri-list")};
+    return {link16, link8, QStringLiteral("text/uri-list"), QStringLiteral("text/plain")};
 }
 
 bool offersText(const QMimeData &data)
@@ -75,23 +116,14 @@ bool offersText(const QMimeData &data)
 
 std::optional<DroppedTask> droppedTask(const QMimeData &data)
 {
-    if (data.hasFormat(linkWithName)) {
-        const QByteArray bytes = data.data(linkWithName);
-        const QStringView text(reinterpret_cast<const QChar *>(bytes.constData()), bytes.size() / 2);
-        const qsizetype end = text.indexOf(QLatin1Char('\n'));
-        const ForeignText link = ForeignText::lines(end < 0 ? text : text.first(end));
-        const QStringView rest = end < 0 ? QStringView() : text.sliced(end + 1);
-        const qsizetype endOfName = rest.indexOf(QLatin1Char('\n'));
-        const ForeignText name = ForeignText::line(endOfName < 0 ? rest : rest.first(endOfName));
-        const bool isMessage = link.text.startsWith(QLatin1String("message:"));
-        if (!name.text.isEmpty())
-            return DroppedTask{
-                name.text, isMessage ? createMessageLink(link.text) : link.text, name.isCut || link.isCut};
-    }
+    if (auto link = namedLink(data))
+        return link;
+    if (auto link = address(data))
+        return link;
     const ForeignText text = ForeignText::line(data.text());
-    if (!text.text.isEmpty())
-        return DroppedTask{text.text, {}, text.isCut};
-    return std::nullopt;
+    if (text.text.isEmpty())
+        return std::nullopt;
+    return DroppedTask{text.text, {}, text.isCut};
 }
 
 } // namespace viewcontrollers

@@ -30,7 +30,8 @@ struct DroppedTask {
     QString notes;
     bool isCut = false; ///< more was dropped than what is taken
 };
-/// A link with its name becomes a task with the name as title and the link as notes; plain text becomes the title.
+/// A link with its name becomes a task with the name as title and the link as notes, and so does a file; a link without
+/// a name and plain text become the title.
 [[nodiscard]] std::optional<DroppedTask> droppedTask(const QMimeData &data);
 
 /// "message:<id>", as mail programs write it, as the link "message://<id>"; a text that is shorter stays as it is.

@@ -138,8 +138,11 @@ class Desktop:
         self.xdotool("key", "--delay", 30, *names)
 
     def drag(self, source, target):
+        self.drag_from(self.middle(source), target)
+
+    def drag_from(self, place, target):
         """A drag in small steps, as a hand makes it: a jump is none to a program that waits for motion."""
-        (x1, y1), (x2, y2) = self.middle(source), self.middle(target)
+        (x1, y1), (x2, y2) = place, self.middle(target)
         steps = 12
         words = ["mousemove", x1, y1, "mousedown", 1]
         for step in range(1, steps + 1):

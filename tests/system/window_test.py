@@ -152,6 +152,18 @@ class Window(unittest.TestCase):
         self.desktop.key("Escape", "ctrl+q")
         self.assertEqual(self.window.wait(60), 0)
 
+    def test_a_link_of_another_program_becomes_a_task_where_it_is_dropped(self):
+        self.open_window()
+        browser = self.desktop.start(
+            [sys.executable, os.path.join(os.path.dirname(__file__), "link_source.py"), "https://example.org/currants",
+             "Pruning currants"], stdout=subprocess.PIPE, text=True, env={**self.desktop.environment, "NO_AT_BRIDGE": "1"})
+        link = [int(number) for number in first_line(browser.stdout).split()]
+        self.desktop.drag_from(link, self.find("Garden", "table cell"))
+        self.wait_for("Pruning currants", notes="https://example.org/currants", folder="Garden")
+        self.desktop.click(self.find("Garden", "table cell"))
+        self.desktop.drag_from(link, self.find_task("Pruning currants"))
+        wait_until("there are two", lambda: [task["folder"] for task in self.tasks()] == ["Garden", "Garden"])
+
     def test_what_was_typed_is_in_the_store_though_the_program_is_killed(self):
         self.open_with_task("Call the movers")
         self.desktop.click(self.find("Notes", "text"))

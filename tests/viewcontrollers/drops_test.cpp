@@ -166,12 +166,32 @@ TEST(DroppedText, becomesTheTitleAndALinkTheNotes)
     QMimeData text;
     text.setText(QStringLiteral(" Buy\n milk "));
     EXPECT_EQ(droppedTask(text)->title, QStringLiteral("Buy milk"));
-    QMimeData link;
-    const QString lines = QStringLiteral("message:<id@host>\nRe: the offer");
-    link.setData(
-        QStringLiteral("text/x-moz-url"), QByteArray(reinterpret_cast<const char *>(lines.utf16()), lines.size() * 2));
-    EXPECT_EQ(droppedTask(link)->title, QStringLiteral("Re: the offer"));
-    EXPECT_EQ(droppedTask(link)->notes, QStringLiteral("message://<id@host>"));
     EXPECT_EQ(createMessageLink(QStringLiteral("short")), QStringLiteral("short"));
     EXPECT_FALSE(droppedTask(QMimeData()));
+
+    const QString mail = QStringLiteral("message:<id@host>\nRe: the offer");
+    const QByteArray page = "https://example.org/a b\nÉcran";
+    const struct {
+        const char *type;
+        QByteArray bytes;
+        QString title;
+        QString notes;
+    } links[] = {
+        {"text/x-moz-url", QByteArray(reinterpret_cast<const char *>(mail.utf16()), mail.size() * 2),
+            QStringLiteral("Re: the offer"), QStringLiteral("message://<id@host>")},
+        {"_NETSCAPE_URL", page, QStringLiteral("Écran"), QStringLiteral("https://example.org/a b")},
+        {"text/uri-list", "file:///home/ana/a%20list.txt\r\nfile:///home/ana/other\r\n", QStringLiteral("a list.txt"),
+            QStringLiteral("file:///home/ana/a%20list.txt")},
+        {"text/uri-list", "https://example.org/a\r\n", QStringLiteral("https://example.org/a"), QString()},
+    };
+    for (const auto &link : links) {
+        QMimeData data;
+        data.setData(QString::fromLatin1(link.type), link.bytes);
+        data.setData(QStringLiteral("text/plain"), "the same once more");
+        ASSERT_TRUE(offersText(data)) << link.type;
+        const auto task = droppedTask(data);
+        ASSERT_TRUE(task) << link.type;
+        EXPECT_EQ(task->title, link.title);
+        EXPECT_EQ(task->notes, link.notes);
+    }
 }
