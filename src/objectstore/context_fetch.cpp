@@ -19,6 +19,10 @@ Error badRequest(std::string sentence)
     return {"ObjectStoreErrorDomain", static_cast<int>(StoreErrorCode::BadRequest), std::move(sentence), {}};
 }
 
+/// With so many objects loaded, room is made for all that there are: to move them whenever the room doubles takes
+/// longer.
+constexpr std::size_t manyObjects = 2000;
+
 /// The value at the end of a key path of to-one relationships; nothing where the path meets nothing.
 ValueView valueAtPath(const ManagedObject &object, std::string_view path)
 {
@@ -131,6 +135,12 @@ Result<std::vector<const Property *>> columnsFor(const std::vector<std::string> 
 
 } // namespace
 
+std::size_t ObjectContext::State::recordsOf(const EntityDescription &entity) const
+{
+    Statement statement = connection->prepare("SELECT count(*) FROM " + identifier(entity.name()));
+    return statement.step() ? static_cast<std::size_t>(statement.integer(0)) : 0;
+}
+
 bool ObjectContext::State::takeKnown(
     Statement &statement, const EntityDescription &entity, std::vector<ManagedObject *> &found) const
 {
@@ -179,6 +189,8 @@ Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &re
             bindAll(statement, plan->condition);
             RowBuilder builder;
             while (statement.step()) {
+                if (loaded.size() == manyObjects)
+                    objects.reserve(m_state->recordsOf(*plan->entity));
                 auto &kept = objects[statement.integer(0)];
                 if (!kept) {
                     kept = plan->entity->makeObject();

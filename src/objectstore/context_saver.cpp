@@ -52,13 +52,15 @@ void ContextSaver::write()
     m_unsureSave = unsureSave();
     m_token = std::to_string(randomNumber());
     m_state.unsureSaves.emplace_back(m_save, m_token);
-    for (Insertion insertion; ManagedObject * object : m_objects) {
+    Writing insertion;
+    Writing updating;
+    for (ManagedObject *object : m_objects) {
         if (object->m_inserted && !object->m_deleted)
             insert(*object, insertion);
         else if (isToBeRemoved(*object))
             remove(*object);
         else if (!object->m_deleted && object->m_unsaved)
-            update(*object);
+            update(*object, updating);
     }
     writeJoins();
     for (const ManagedObject *object : m_objects) { // after the updates, which may have taken the links already
@@ -117,7 +119,7 @@ std::string insertionOf(const EntityDescription &entity, bool mayBeThere)
 
 } // namespace
 
-void ContextSaver::insert(const ManagedObject &object, Insertion &insertion)
+void ContextSaver::insert(const ManagedObject &object, Writing &insertion)
 {
     if (insertion.entity != &object.entity()) {
         insertion.entity = &object.entity();
@@ -136,39 +138,42 @@ void ContextSaver::insert(const ManagedObject &object, Insertion &insertion)
     note(object, SaveLog::Kind::Inserted);
 }
 
-void ContextSaver::update(ManagedObject &object)
+void ContextSaver::update(ManagedObject &object, Writing &writing)
 {
-    std::vector<int> slots;
+    m_slots.clear();
     for (const auto &[slot, value] : object.m_unsaved->values)
-        slots.push_back(slot);
-    std::sort(slots.begin(), slots.end());
+        m_slots.push_back(slot);
+    std::sort(m_slots.begin(), m_slots.end());
     // a row whose links alone changed is still written, so that other contexts see its number of save change
-    if (writeColumns(object, slots, object.m_row ? object.m_row->save() : 0)
-        || (m_unsureSave > 0 && writeColumns(object, slots, m_unsureSave)) || resolve(object))
+    if (writeColumns(object, m_slots, object.m_row ? object.m_row->save() : 0, writing)
+        || (m_unsureSave > 0 && writeColumns(object, m_slots, m_unsureSave, writing)) || resolve(object, writing))
         note(object, SaveLog::Kind::Updated);
 }
 
-bool ContextSaver::writeColumns(ManagedObject &object, const std::vector<int> &slots, std::int64_t expectedSave)
+bool ContextSaver::writeColumns(
+    ManagedObject &object, const std::vector<int> &slots, std::int64_t expectedSave, Writing &writing)
 {
-    if (m_updateEntity != &object.entity() || m_updateSlots != slots) { // many in a row change the same
-        m_updateEntity = &object.entity();
-        m_updateSlots = slots;
-        m_updateSql = "UPDATE " + identifier(object.entity().name()) + " SET _save = ?";
+    if (writing.entity != &object.entity() || writing.slots != slots) { // many in a row change the same
+        std::string sql = "UPDATE " + identifier(object.entity().name()) + " SET _save = ?";
         for (const int slot : slots)
-            m_updateSql += ", " + identifier(object.entity().columns()[static_cast<std::size_t>(slot)]->name) + " = ?";
-        m_updateSql += " WHERE _key = ? AND _save = ?";
+            sql += ", " + identifier(object.entity().columns()[static_cast<std::size_t>(slot)]->name) + " = ?";
+        writing.entity = &object.entity();
+        writing.slots = slots;
+        writing.statement.reset();
+        writing.statement.emplace(m_connection.prepare(sql + " WHERE _key = ? AND _save = ?"));
     }
-    Statement statement = m_connection.prepare(m_updateSql);
+    Statement &statement = *writing.statement;
     statement.bind(m_save);
     for (const int slot : slots)
         statement.bind(view(*object.unsavedValue(slot)));
     statement.bind(object.m_id.key).bind(expectedSave).run();
+    statement.again();
     return m_connection.changes() == 1;
 }
 
 /// The row was changed by another writer since it was read: the merge policy decides what becomes of our values.
 /// Whether some of them were written.
-bool ContextSaver::resolve(ManagedObject &object)
+bool ContextSaver::resolve(ManagedObject &object, Writing &writing)
 {
     Conflict conflict{&object, {}, {}};
     {
@@ -189,7 +194,7 @@ bool ContextSaver::resolve(ManagedObject &object)
     }
     std::sort(kept.begin(), kept.end());
     const bool written = conflict.storeRow && (!kept.empty() || !object.m_unsaved->members.empty())
-        && writeColumns(object, kept, conflict.storeRow->save());
+        && writeColumns(object, kept, conflict.storeRow->save(), writing);
     m_conflicts.push_back(std::move(conflict));
     return written;
 }
@@ -327,10 +332,10 @@ SaveReport ContextSaver::adopt()
         if (!object->m_inserted && !object->m_unsaved)
             continue;
         (object->m_inserted ? report.changes.inserted : report.changes.updated).push_back(object->m_id);
-        const bool isInRow = !object->m_unsaved || object->m_unsaved->values.empty();
-        const bool wasWritten = object->m_inserted || !isInRow || !object->m_unsaved->members.empty();
-        if (wasWritten && !(isInRow && object->m_row.becomeOfSave(m_save)))
-            object->m_row = m_state.rowOf(*object, m_save);
+        const bool hasUnsaved
+            = object->m_unsaved && !(object->m_unsaved->values.empty() && object->m_unsaved->members.empty());
+        if (object->m_inserted || hasUnsaved)
+            m_state.renewRow(*object, m_save);
         object->m_unsaved.reset();
         object->m_stale = false;
         object->m_inserted = false;

@@ -55,12 +55,16 @@ struct ObjectContext::State {
     }
     /// The unsaved value of each column, null where there is none; holds until the next call.
     [[nodiscard]] const std::vector<const Value *> &unsavedBySlot(const ManagedObject &object);
+    /// Makes the object's row what it says now, of the save with this number.
+    void renewRow(ManagedObject &object, std::int64_t save);
     /// What the object says now, as a row of the save with this number.
     [[nodiscard]] RowPointer rowOf(const ManagedObject &object, std::int64_t save);
     /// Takes the objects of keys and saves, as `statement` gives them, that have no unsaved changes. False as soon as
     /// one is not here as the store has it.
     [[nodiscard]] bool takeKnown(
         Statement &statement, const EntityDescription &entity, std::vector<ManagedObject *> &found) const;
+    /// How many records the store has of one kind.
+    [[nodiscard]] std::size_t recordsOf(const EntityDescription &entity) const;
     [[nodiscard]] std::vector<ManagedObject *> allChanged() const;
     [[nodiscard]] static std::vector<ManagedObject *> sorted(std::vector<ManagedObject *> objects);
 };
@@ -80,16 +84,18 @@ private:
     };
 
     void write();
-    /// The statement that inserts records of one kind, kept from one to the next.
-    struct Insertion {
+    /// The statement that writes records of one kind, and of an update these columns, kept from one to the next.
+    struct Writing {
         const EntityDescription *entity = nullptr;
+        std::vector<int> slots = {};
         std::optional<Statement> statement = {};
     };
 
-    void insert(const ManagedObject &object, Insertion &insertion);
-    void update(ManagedObject &object);
-    [[nodiscard]] bool resolve(ManagedObject &object);
-    bool writeColumns(ManagedObject &object, const std::vector<int> &slots, std::int64_t expectedSave);
+    void insert(const ManagedObject &object, Writing &insertion);
+    void update(ManagedObject &object, Writing &writing);
+    [[nodiscard]] bool resolve(ManagedObject &object, Writing &writing);
+    bool writeColumns(
+        ManagedObject &object, const std::vector<int> &slots, std::int64_t expectedSave, Writing &writing);
     [[nodiscard]] bool isToBeRemoved(const ManagedObject &object) const;
     void remove(const ManagedObject &object);
     void unlink(const ManagedObject &object);
@@ -111,9 +117,7 @@ private:
     SaveLog m_log;
     std::map<std::pair<const EntityDescription *, SaveLog::Kind>, std::vector<std::int64_t>> m_written;
     std::vector<ManagedObject *> m_objects; ///< what is written, by entity and key
-    const EntityDescription *m_updateEntity = nullptr; ///< what `m_updateSql` updates
-    std::vector<int> m_updateSlots;
-    std::string m_updateSql;
+    std::vector<int> m_slots; ///< that are unsaved of the object that is updated
     std::vector<Conflict> m_conflicts;
     std::vector<ObjectID> m_unlinked; ///< rows that pointed at a deleted record
     bool m_linksDropped = false;

@@ -53,6 +53,17 @@ const std::vector<const Value *> &ObjectContext::State::unsavedBySlot(const Mana
     return slots;
 }
 
+void ObjectContext::State::renewRow(ManagedObject &object, std::int64_t save)
+{
+    bool isRenewed = object.m_row.becomeOfSave(save);
+    if (object.m_unsaved) {
+        for (const auto &[slot, value] : object.m_unsaved->values)
+            isRenewed = isRenewed && object.m_row.replace(slot, view(value));
+    }
+    if (!isRenewed)
+        object.m_row = rowOf(object, save);
+}
+
 RowPointer ObjectContext::State::rowOf(const ManagedObject &object, std::int64_t save)
 {
     rowBuilder.begin(save);

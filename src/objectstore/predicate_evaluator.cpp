@@ -278,7 +278,7 @@ std::vector<ManagedObject *> PredicateEvaluator::matching(std::span<ManagedObjec
         if (i + 2 * ahead < objects.size())
             __builtin_prefetch(objects[i + 2 * ahead]);
         if (i + ahead < objects.size() && objects[i + ahead]->m_row)
-            __builtin_prefetch(&*objects[i + ahead]->m_row);
+            objects[i + ahead]->m_row->prefetch();
         if (matches(*objects[i]))
             found.push_back(objects[i]);
     }

@@ -38,6 +38,7 @@ public:
     tl::expected<std::vector<Token>, ParseError> run()
     {
         std::vector<std::size_t> open;
+        m_tokens.reserve(32); // what most conditions take
         while (true) {
             while (m_place < m_text.size() && std::isspace(static_cast<unsigned char>(m_text[m_place])))
                 ++m_place;

@@ -123,33 +123,37 @@ private:
         return chain(PredicateNode::Kind::And, "&&", "AND", depth, [this](std::size_t inner) { return unary(inner); });
     }
 
+    static Pointer nodeOf(PredicateNode::Kind kind, Pointer child = nullptr)
+    {
+        auto node = std::make_shared<PredicateNode>();
+        node->kind = kind;
+        if (child)
+            node->children.push_back(std::move(child));
+        return node;
+    }
+
     Pointer unary(std::size_t depth)
     {
         count(depth);
-        auto node = std::make_shared<PredicateNode>();
-        if (take("!") || takeWord("NOT")) {
-            node->kind = PredicateNode::Kind::Not;
-            node->children.push_back(unary(depth + 1));
-        } else if (takeWord("NONE")) {
-            node->kind = PredicateNode::Kind::Not;
-            node->children.push_back(comparison(depth + 1, PredicateNode::Modifier::Any));
-        } else if (takeWord("TRUEPREDICATE")) {
-            node->kind = PredicateNode::Kind::True;
-        } else if (takeWord("FALSEPREDICATE")) {
-            node->kind = PredicateNode::Kind::False;
-        } else if (takeWord("ALL")) {
-            return comparison(depth, PredicateNode::Modifier::All);
-        } else if (takeWord("ANY") || takeWord("SOME")) {
-            return comparison(depth, PredicateNode::Modifier::Any);
-        } else if (isSymbol("(") && !continuesExpression(m_tokens[here().partner + 1])) {
+        if (isSymbol("(") && !continuesExpression(m_tokens[here().partner + 1])) {
             expect("(");
             Pointer inner = disjunction(depth);
             expect(")");
             return inner;
-        } else {
-            return comparison(depth, PredicateNode::Modifier::Any);
         }
-        return node;
+        if (take("!") || takeWord("NOT"))
+            return nodeOf(PredicateNode::Kind::Not, unary(depth + 1));
+        if (takeWord("NONE"))
+            return nodeOf(PredicateNode::Kind::Not, comparison(depth + 1, PredicateNode::Modifier::Any));
+        if (takeWord("TRUEPREDICATE"))
+            return nodeOf(PredicateNode::Kind::True);
+        if (takeWord("FALSEPREDICATE"))
+            return nodeOf(PredicateNode::Kind::False);
+        if (takeWord("ALL"))
+            return comparison(depth, PredicateNode::Modifier::All);
+        if (!takeWord("ANY"))
+            (void)takeWord("SOME");
+        return comparison(depth, PredicateNode::Modifier::Any);
     }
 
     /// Whether what stood before `token` in parentheses was a value rather than a condition.

@@ -7,6 +7,31 @@
 
 namespace objectstore {
 
+namespace {
+
+/// The kind and the cell of a value that needs no bytes.
+std::pair<Row::Kind, std::int64_t> plain(const ValueView &value)
+{
+    if (const auto *flag = std::get_if<bool>(&value))
+        return {*flag ? Row::Kind::True : Row::Kind::False, 0};
+    if (const auto *number = std::get_if<std::int64_t>(&value))
+        return {*number == 0 ? Row::Kind::Zero : Row::Kind::Integer, *number};
+    if (const auto *number = std::get_if<double>(&value))
+        return {Row::Kind::Double, std::bit_cast<std::int64_t>(*number)};
+    if (const auto *date = std::get_if<Instant>(&value))
+        return {Row::Kind::Date, std::bit_cast<std::int64_t>(date->seconds)};
+    if (const auto *reference = std::get_if<ObjectID>(&value))
+        return {Row::Kind::Reference, reference->key};
+    return {Row::Kind::Nil, 0};
+}
+
+bool hasBytes(const ValueView &value)
+{
+    return std::holds_alternative<std::string_view>(value) || std::holds_alternative<std::span<const std::byte>>(value);
+}
+
+} // namespace
+
 ValueView Row::value(int slot, const EntityDescription *destination) const
 {
     switch (kind(slot)) {
@@ -40,6 +65,20 @@ void RowPointer::drop()
         std::free(m_row);
 }
 
+bool RowPointer::replace(int slot, const ValueView &value)
+{
+    if (!m_row || m_row->m_users != 1 || hasBytes(value) || m_row->kind(slot) >= Row::Kind::Text)
+        return false;
+    const auto [kind, cell] = plain(value);
+    if ((kind > Row::Kind::Zero) != (m_row->kind(slot) > Row::Kind::Zero))
+        return false;
+    auto *kinds = reinterpret_cast<Row::Kind *>(m_row + 1);
+    kinds[slot] = kind;
+    if (kind > Row::Kind::Zero)
+        reinterpret_cast<std::int64_t *>(kinds + Row::padded(m_row->m_columns))[m_row->cellIndex(slot)] = cell;
+    return true;
+}
+
 void RowBuilder::begin(std::int64_t save)
 {
     m_save = save;
@@ -51,27 +90,17 @@ void RowBuilder::begin(std::int64_t save)
 
 void RowBuilder::add(const ValueView &value)
 {
-    std::visit(
-        [this](const auto &held) {
-            using Held = std::decay_t<decltype(held)>;
-            if constexpr (std::is_same_v<Held, std::monostate>)
-                addNil();
-            else if constexpr (std::is_same_v<Held, bool>)
-                addFlag(held);
-            else if constexpr (std::is_same_v<Held, std::int64_t>)
-                addInteger(held);
-            else if constexpr (std::is_same_v<Held, double>)
-                addReal(Row::Kind::Double, held);
-            else if constexpr (std::is_same_v<Held, Instant>)
-                addReal(Row::Kind::Date, held.seconds);
-            else if constexpr (std::is_same_v<Held, std::string_view>)
-                addBytes(Row::Kind::Text, held.data(), held.size());
-            else if constexpr (std::is_same_v<Held, ObjectID>)
-                addReference(held.key);
-            else
-                addBytes(Row::Kind::Binary, held.data(), held.size());
-        },
-        value);
+    if (const auto *text = std::get_if<std::string_view>(&value)) {
+        addBytes(Row::Kind::Text, text->data(), text->size());
+    } else if (const auto *bytes = std::get_if<std::span<const std::byte>>(&value)) {
+        addBytes(Row::Kind::Binary, bytes->data(), bytes->size());
+    } else {
+        const auto [kind, cell] = plain(value);
+        if (kind <= Row::Kind::Zero)
+            m_kinds.push_back(kind);
+        else
+            addCell(kind, cell);
+    }
 }
 
 void RowBuilder::addFrom(const Row &row, int slot)

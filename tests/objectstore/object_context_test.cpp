@@ -38,6 +38,35 @@ TEST(ObjectContext, keepsEveryKindOfValueThroughTheStore)
     EXPECT_TRUE(isNil(read->value("shelf")));
 }
 
+TEST(ObjectContext, readsWhatItSavedAsTheStoreDoesWhateverStoodThereBefore)
+{
+    Library library;
+    const auto context = library.context();
+    ManagedObject &book = context->insert("Book");
+    ManagedObject &shelf = context->insert("Shelf");
+    const std::pair<const char *, std::vector<Value>> columns[]
+        = {{"title", {Value(), std::string("A"), std::string("A longer one"), std::string()}},
+            {"pages", {Value(), std::int64_t{0}, std::int64_t{1}, std::int64_t{-7}, std::int64_t{1} << 60}},
+            {"price", {Value(), 0.0, 1.5, -2e300}}, {"bought", {Value(), Instant{0}, Instant{1.7e9}, Instant{-1}}},
+            {"lent", {Value(), false, true}}, {"cover", {Value(), Bytes{std::byte{1}}, Bytes{}}},
+            {"shelf", {Value(), shelf.objectID()}}};
+    (void)value(context->save());
+    for (const auto &[name, values] : columns) {
+        for (const Value &first : values) {
+            for (const Value &second : values) {
+                book.setValue(name, first);
+                (void)value(context->save());
+                book.setValue(name, second);
+                (void)value(context->save());
+                const auto reader = library.context();
+                const ManagedObject &read = *reader->object(book.objectID());
+                for (const Property *column : book.entity().columns())
+                    EXPECT_TRUE(sameValue(book.value(*column), read.value(*column))) << name << ' ' << column->name;
+            }
+        }
+    }
+}
+
 TEST(ObjectContext, readsAsManyRowsOfAListAsAreWanted)
 {
     Library library;
