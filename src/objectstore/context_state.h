@@ -32,7 +32,7 @@ struct ObjectContext::State {
     ObjectSet<ManagedObject::PendingInserted> pendingInserted; ///< the same since the last announcement
     ObjectSet<ManagedObject::PendingUpdated> pendingUpdated;
     ObjectSet<ManagedObject::PendingDeleted> pendingDeleted;
-    std::unordered_set<const ManagedObject *> withMembers; ///< those that hold read to-many relationships
+    std::vector<const ManagedObject *> withMembers; ///< those that hold read to-many relationships
     std::map<std::string, JoinChanges> joins; ///< by table
     std::int64_t seenDataVersion = 0;
     std::int64_t seenSave = 0; ///< the last save up to which everything is known here

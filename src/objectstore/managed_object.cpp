@@ -194,7 +194,8 @@ const std::vector<ManagedObject *> &ManagedObject::objects(const Property &relat
     if (Members *members = loadedMembers(relationship))
         return members->objects;
     std::vector<ManagedObject *> objects = m_context->readMembers(*this, relationship);
-    m_context->m_state->withMembers.insert(this);
+    if (!m_members)
+        m_context->m_state->withMembers.push_back(this);
     m_members = std::make_unique<Members>(Members{&relationship, std::move(objects), std::move(m_members)});
     return m_members->objects;
 }

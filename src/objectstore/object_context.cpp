@@ -164,6 +164,14 @@ ManagedObject &ObjectContext::insert(std::string_view entityName, Awakening awak
     return object;
 }
 
+void ObjectContext::makeRoom(std::string_view entityName, std::size_t number)
+{
+    if (const EntityDescription *entity = m_store.model().entity(entityName)) {
+        auto &objects = m_state->objects[static_cast<std::size_t>(entity->index())];
+        objects.reserve(objects.size() + number);
+    }
+}
+
 void ObjectContext::pack(ManagedObject &object)
 {
     if (!object.m_inserted || object.m_deleted || !object.m_unsaved)

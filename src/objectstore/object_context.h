@@ -123,6 +123,8 @@ public:
     /// Makes a new object of the entity with the defaults of its model; `awakeFromInsert` runs before it returns,
     /// unless the caller fills the object himself and says so.
     ManagedObject &insert(std::string_view entity, Awakening awakening = Awakening::FromInsert);
+    /// Room for so many objects more, which are about to be inserted.
+    void makeRoom(std::string_view entity, std::size_t number);
     /// Lays out the values of a new object in a third of the memory, for many insertions before one save. It then
     /// counts as new, and no longer as changed since.
     void pack(ManagedObject &object);

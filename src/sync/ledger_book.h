@@ -42,6 +42,8 @@ public:
     [[nodiscard]] const LedgerNote *find(std::int64_t record) const;
     /// The note on `record`, made where there is none, which the caller is about to change.
     [[nodiscard]] LedgerNote &edit(std::int64_t record);
+    /// Room for so many notes more, which are about to come.
+    void makeRoom(std::size_t notes) { m_entries.reserve(m_entries.size() + notes); }
     void erase(std::int64_t record);
     void clear();
     /// Calls `visit` with the key of each record and its note.

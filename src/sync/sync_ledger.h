@@ -74,6 +74,8 @@ public:
     /// Every task that may have changed here was compared with the service's list, and what differs was sent or noted.
     void noteComparison();
 
+    /// So many new tasks are about to be noted.
+    void expectTasks(std::size_t number) { m_books[0].makeRoom(number); }
     /// Both sides agree: the service has `server`, and `local` is what it amounts to here.
     void agree(const objectstore::ManagedObject &record, const ServerVersion &server, ContentMark local);
     /// A list told of this version, while the record was changed here: when the version that is known was made, or that

@@ -252,6 +252,8 @@ bool TaskPhases::getNewTasks()
     auto known = index();
     if (!known)
         return false;
+    m_session.moc().makeRoom(Tasks::entityName, m_tdTasks.size());
+    m_session.ledger().expectTasks(m_tdTasks.size());
     std::optional<TaskMapping> mapping;
     for (const GtdTask &listed : m_tdTasks) {
         if (m_session.isOver())
