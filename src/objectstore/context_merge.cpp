@@ -29,6 +29,7 @@ void ObjectContext::forgetRow(const ObjectID &id)
 
 void ObjectContext::mergeChanges(const ChangeSet &changes)
 {
+    m_state->noteSave(changes.save);
     forgetMembers();
     for (const ObjectID &id : changes.inserted) {
         ManagedObject *inserted = object(id);
@@ -73,7 +74,7 @@ std::optional<ChangeSet> ObjectContext::loggedChanges() const
     const auto visit = [&](std::int64_t save, SaveLog::Kind kind, const ObjectID &id) {
         const ManagedObject *object = known(id);
         const bool seen = object && object->m_row && object->m_row->save() >= save;
-        if (m_state->ownSaves.contains(save) || (seen && kind != SaveLog::Kind::Deleted))
+        if (m_state->knownSaves.contains(save) || (seen && kind != SaveLog::Kind::Deleted))
             return;
         const auto [place, isNew] = last.emplace(id, kind);
         if (!isNew && !(place->second == SaveLog::Kind::Inserted && kind == SaveLog::Kind::Updated))
@@ -171,7 +172,7 @@ Result<bool> ObjectContext::mergeExternalChanges()
         connection.execute("COMMIT");
         m_state->seenDataVersion = version;
         m_state->seenSave = lastSave;
-        m_state->ownSaves.clear();
+        m_state->knownSaves.clear();
     } catch (const SQLite::Exception &exception) {
         sqlite3_exec(m_state->connection->handle(), "ROLLBACK", nullptr, nullptr, nullptr);
         disconnect(exception);

@@ -87,7 +87,7 @@ std::int64_t ContextSaver::unsureSave()
 
 bool ContextSaver::othersSaved() const
 {
-    return m_save - 1 - m_state.seenSave != static_cast<std::int64_t>(m_state.ownSaves.size());
+    return m_save - 1 - m_state.seenSave != static_cast<std::int64_t>(m_state.knownSaves.size());
 }
 
 /// What was inserted and deleted here is in no store, unless a save between that failed was made after all.
@@ -345,10 +345,8 @@ SaveReport ContextSaver::adopt()
     for (auto &set : m_state.changed)
         set.takeAll();
     if (!m_written.empty()) { // a save of which nothing remained has taken no number of the log
-        if (m_save == m_state.seenSave + 1)
-            m_state.seenSave = m_save;
-        else
-            m_state.ownSaves.insert(m_save);
+        m_state.noteSave(m_save);
+        report.changes.save = m_save;
     }
     for (const ObjectID &id : m_unlinked) {
         report.changes.updated.push_back(id);

@@ -36,7 +36,7 @@ struct ObjectContext::State {
     std::map<std::string, JoinChanges> joins; ///< by table
     std::int64_t seenDataVersion = 0;
     std::int64_t seenSave = 0; ///< the last save up to which everything is known here
-    std::unordered_set<std::int64_t> ownSaves; ///< of this context, after that
+    std::unordered_set<std::int64_t> knownSaves; ///< after that, of this context and of others that told of them
     std::vector<std::pair<std::int64_t, std::string>>
         unsureSaves; ///< number and token of saves that failed, of which the store may hold one all the same
     bool linksMayDangle = false; ///< records were deleted elsewhere that unsaved changes here may point at
@@ -44,6 +44,7 @@ struct ObjectContext::State {
     std::vector<const Value *> slots; ///< of the last call of `unsavedBySlot`
     RowBuilder rowBuilder;
 
+    void noteSave(std::int64_t save);
     [[nodiscard]] ChangedObjects &changedOf(const EntityDescription &entity)
     {
         return changed[static_cast<std::size_t>(entity.index())];

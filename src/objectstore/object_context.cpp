@@ -53,6 +53,14 @@ const std::vector<const Value *> &ObjectContext::State::unsavedBySlot(const Mana
     return slots;
 }
 
+void ObjectContext::State::noteSave(std::int64_t save)
+{
+    if (save > seenSave)
+        knownSaves.insert(save);
+    while (knownSaves.erase(seenSave + 1) > 0)
+        ++seenSave;
+}
+
 void ObjectContext::State::renewRow(ManagedObject &object, std::int64_t save)
 {
     bool isRenewed = object.m_row.becomeOfSave(save);

@@ -52,6 +52,7 @@ struct ChangeSet {
     std::vector<ObjectID> inserted;
     std::vector<ObjectID> updated;
     std::vector<ObjectID> deleted;
+    std::int64_t save = 0; ///< the number of the one save that these are all the changes of; 0 for no such save
 
     [[nodiscard]] bool isEmpty() const { return inserted.empty() && updated.empty() && deleted.empty(); }
 };
@@ -165,7 +166,7 @@ public:
     /// Drops every unsaved change.
     void rollback();
 
-    /// Takes over what another context of the same store saved: rows not changed here are read again on next use;
+    /// Takes over what another context of the same store saved, once: rows not changed here are read again on next use;
     /// rows changed here keep the changes, which meet the merge policy at the next save.
     void mergeChanges(const ChangeSet &changes);
     /// The number of the last save that this context knows of; the store counts its saves.

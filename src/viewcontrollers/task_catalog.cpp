@@ -134,11 +134,20 @@ std::optional<TaskCatalog::Records> TaskCatalog::arranged(std::vector<ObjectID> 
     return records;
 }
 
+/// The title, in some case of its letters. To read it of the task itself would read many tasks from the store.
+std::string_view TaskCatalog::titleOf(const ManagedObject &task) const
+{
+    std::size_t place = 0;
+    const std::int64_t key = task.objectID().key;
+    const bool isKnown = !m_changed.contains(key) && m_words->entry(key, place);
+    return isKnown ? m_words->title(place) : task.text("title");
+}
+
 void TaskCatalog::putInPlace(Records &records, ManagedObject &task, Qt::SortOrder order) const
 {
     const auto place = std::upper_bound(
         records.begin(), records.end(), &task, [&](const ManagedObject *added, const ManagedObject *other) {
-            const int difference = m_textOrder.compare(added->text("title"), other->text("title"));
+            const int difference = m_textOrder.compare(titleOf(*added), titleOf(*other));
             if (difference != 0)
                 return order == Qt::DescendingOrder ? difference > 0 : difference < 0;
             return added->objectID().key < other->objectID().key;

@@ -48,6 +48,7 @@ private:
     void take(std::shared_ptr<const TaskWords> words);
     void follow(const objectstore::ObjectsChange &change);
     void forget();
+    [[nodiscard]] std::string_view titleOf(const objectstore::ManagedObject &task) const;
     void putInPlace(Records &records, objectstore::ManagedObject &task, Qt::SortOrder order) const;
 
     app::TMApplicationDelegate &m_delegate;

@@ -130,6 +130,31 @@ TEST(MergeExternalChanges, noticesWhatAnotherConnectionWrote)
     EXPECT_TRUE(readers.our->isDeleted());
 }
 
+TEST(MergeExternalChanges, announcesAgainNoneOfTheSavesThatWereMergedBefore)
+{
+    TwoReaders readers(MergePolicy::Rollback);
+    book(*readers.theirs, "Not told");
+    value(readers.theirs->save());
+    book(*readers.theirs, "Told");
+    const SaveReport told = value(readers.theirs->save());
+    readers.ours->mergeChanges(told.changes);
+    readers.our->setValue("pages", std::int64_t{1});
+    value(readers.ours->save());
+    std::vector<std::string> announced;
+    const Subscription subscription = readers.ours->onObjectsDidChange([&](const ObjectsChange &change) {
+        for (const auto &objects : {titles(change.inserted), titles(change.updated)})
+            announced.insert(announced.end(), objects.begin(), objects.end());
+    });
+    EXPECT_TRUE(value(readers.ours->mergeExternalChanges()));
+    EXPECT_THAT(announced, ElementsAre("Not told"));
+
+    readers.their->setValue("title", std::string("Told, too"));
+    readers.ours->mergeChanges(value(readers.theirs->save()).changes);
+    announced.clear();
+    EXPECT_FALSE(value(readers.ours->mergeExternalChanges()));
+    EXPECT_THAT(announced, IsEmpty());
+}
+
 TEST(MergeExternalChanges, bringsInOnlyWhatOthersDidAndWhatBecameOfItInTheEnd)
 {
     TwoReaders readers(MergePolicy::Rollback);
