@@ -159,6 +159,32 @@ bool ObjectContext::State::takeKnown(
     return true;
 }
 
+/// The objects of the rows that `statement` gives, which have those rows now unless they are changed here.
+std::vector<ManagedObject *> ObjectContext::takeRows(Statement &statement, const EntityDescription &entity)
+{
+    auto &objects = m_state->objects[static_cast<std::size_t>(entity.index())];
+    std::vector<ManagedObject *> found;
+    std::vector<ManagedObject *> loaded;
+    RowBuilder builder;
+    while (statement.step()) {
+        if (loaded.size() == manyObjects)
+            objects.reserve(m_state->recordsOf(entity));
+        ManagedObject &object = registered({&entity, statement.integer(0)});
+        if (object.m_deleted && !m_state->changedOf(entity).contains(object)) {
+            object.m_deleted = false; // an undo elsewhere brought it back
+            object.m_row.reset();
+        }
+        if (!object.m_row)
+            loaded.push_back(&object);
+        if (!object.m_row || (!object.m_unsaved && object.m_row->save() != statement.integer(1) && !object.m_inserted))
+            object.m_row = readRow(builder, statement, entity);
+        found.push_back(&object);
+    }
+    for (ManagedObject *object : loaded)
+        object->awakeFromFetch();
+    return found;
+}
+
 Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &request)
 {
     processPendingChanges();
@@ -167,60 +193,32 @@ Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &re
     const auto plan = planFor(request, m_store.model(), hasChanges());
     if (!plan)
         return Failure(plan.error());
-    const bool unsaved = plan->inMemory || !m_state->changedOf(*plan->entity).empty();
-    const PredicateEvaluator evaluator(request.predicate, *plan->entity);
-    const auto index = static_cast<std::size_t>(plan->entity->index());
-    auto &objects = m_state->objects[index];
+    const EntityDescription &entity = *plan->entity;
+    const bool unsaved = plan->inMemory || !m_state->changedOf(entity).empty();
+    const PredicateEvaluator evaluator(request.predicate, entity);
+    // A wish for an order would keep SQLite from the index that finds the rows; they are put in order below.
+    const auto read = [&](const std::string &columns, const auto &take) {
+        Statement statement = m_state->connection->prepare(columns + where(*plan));
+        bindAll(statement, plan->condition);
+        return take(statement);
+    };
     std::vector<ManagedObject *> found;
-    std::vector<ManagedObject *> loaded;
     try {
-        // A wish for an order would keep SQLite from the index that finds the rows; they are put in order below.
-        bool isKnown = false;
-        if (!plan->inMemory && !objects.empty()) { // a list that is shown again needs no columns
-            Statement keys = m_state->connection->prepare(
-                "SELECT t._key, t._save FROM " + identifier(plan->entity->name()) + " t" + where(*plan));
-            bindAll(keys, plan->condition);
-            isKnown = m_state->takeKnown(keys, *plan->entity, found);
-            if (!isKnown)
-                found.clear();
-        }
-        if (!isKnown) {
-            Statement statement = m_state->connection->prepare(selectRows(*plan->entity) + where(*plan));
-            bindAll(statement, plan->condition);
-            RowBuilder builder;
-            while (statement.step()) {
-                if (loaded.size() == manyObjects)
-                    objects.reserve(m_state->recordsOf(*plan->entity));
-                auto &kept = objects[statement.integer(0)];
-                if (!kept) {
-                    kept = plan->entity->makeObject();
-                    kept->m_id = {plan->entity, statement.integer(0)};
-                    kept->m_context = this;
-                }
-                if (kept->m_deleted && !m_state->changedOf(*plan->entity).contains(*kept)) {
-                    kept->m_deleted = false; // an undo elsewhere brought it back
-                    kept->m_row.reset();
-                }
-                if (!kept->m_row) {
-                    kept->m_row = readRow(builder, statement, *plan->entity);
-                    loaded.push_back(kept.get());
-                } else if (!kept->m_unsaved && kept->m_row->save() != statement.integer(1) && !kept->m_inserted) {
-                    kept->m_row = readRow(builder, statement, *plan->entity);
-                }
-                if (unsaved && kept->hasChanges())
-                    continue;
-                if (!plan->inMemory || evaluator.matches(*kept))
-                    found.push_back(kept.get());
-            }
-        }
+        const bool mayBeKnown = !plan->inMemory && !m_state->objects[static_cast<std::size_t>(entity.index())].empty();
+        if (!mayBeKnown
+            || !read("SELECT t._key, t._save FROM " + identifier(entity.name()) + " t", [&](Statement &keys) {
+                   return m_state->takeKnown(keys, entity, found); // a list that is shown again needs no columns
+               }))
+            found = read(selectRows(entity), [&](Statement &rows) { return takeRows(rows, entity); });
     } catch (const SQLite::Exception &exception) {
         disconnect(exception);
         return Failure(
             storeError(StoreErrorCode::Unreadable, "The tasks could not be read from the store.", exception));
     }
-    for (ManagedObject *object : loaded)
-        object->awakeFromFetch();
     if (unsaved) {
+        std::erase_if(found, [&](const ManagedObject *object) {
+            return object->hasChanges() || (plan->inMemory && !evaluator.matches(*object));
+        });
         for (ManagedObject *object : m_state->changedOf(*plan->entity)) {
             if (object->hasChanges() && !object->m_deleted && evaluator.matches(*object))
                 found.push_back(object);

@@ -24,7 +24,7 @@ void ObjectContext::forgetRow(const ObjectID &id)
         return;
     object->m_row.reset();
     object->didTurnIntoFault();
-    m_state->faults[static_cast<std::size_t>(id.entity->index())].push_back(id.key);
+    m_state->addFault(*object);
 }
 
 void ObjectContext::mergeChanges(const ChangeSet &changes)
@@ -49,7 +49,7 @@ void ObjectContext::mergeChanges(const ChangeSet &changes)
         if (!updated->m_unsaved && updated->m_row) {
             updated->m_row.reset();
             updated->didTurnIntoFault();
-            m_state->faults[static_cast<std::size_t>(id.entity->index())].push_back(id.key);
+            m_state->addFault(*updated);
         }
         m_state->pendingUpdated.insert(*updated);
     }
@@ -59,6 +59,8 @@ void ObjectContext::mergeChanges(const ChangeSet &changes)
         if (!deleted || deleted->m_deleted)
             continue;
         deleted->m_unsaved.reset();
+        deleted->m_members.reset();
+        deleted->m_row.reset(); // the object stays, for those who point at it, and its memory goes
         deleted->m_deleted = true;
         m_state->changedOf(deleted->entity()).erase(*deleted);
         m_state->pendingUpdated.erase(*deleted);

@@ -26,7 +26,7 @@ struct ObjectContext::State {
     foundation::Error connectError; ///< why there is no connection
     std::optional<std::chrono::milliseconds> longestWait; ///< for other writers; none leaves the connection's own
     std::vector<Objects> objects; ///< by entity index, then key
-    std::vector<std::vector<std::int64_t>> faults; ///< keys of objects that were made as faults, loaded in batches
+    std::vector<std::vector<ManagedObject *>> faults; ///< each once, by entity index; loaded in batches
     std::vector<RowPointer> defaults; ///< the row that an inserted object starts from, by entity index
     std::vector<ChangedObjects> changed; ///< inserted, updated or deleted since the last save, by entity index
     ObjectSet<ManagedObject::PendingInserted> pendingInserted; ///< the same since the last announcement
@@ -45,6 +45,8 @@ struct ObjectContext::State {
     RowBuilder rowBuilder;
 
     void noteSave(std::int64_t save);
+    /// Has the row of a fault read together with those of others.
+    void addFault(ManagedObject &fault);
     [[nodiscard]] ChangedObjects &changedOf(const EntityDescription &entity)
     {
         return changed[static_cast<std::size_t>(entity.index())];

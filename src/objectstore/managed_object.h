@@ -106,6 +106,7 @@ private:
     mutable bool m_deleted = false;
     bool m_inserted = false;
     std::uint8_t m_marks = 0; ///< a bit for each set that the object is in
+    bool m_isWaiting = false; ///< to be read with other faults
     bool m_stale = false; ///< another writer changed the record while values of ours kept its row as it was read
     std::unique_ptr<Unsaved> m_unsaved; ///< present only while something is changed
     mutable std::unique_ptr<Members> m_members; ///< the to-many relationships that were read

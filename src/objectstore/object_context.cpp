@@ -61,6 +61,12 @@ void ObjectContext::State::noteSave(std::int64_t save)
         ++seenSave;
 }
 
+void ObjectContext::State::addFault(ManagedObject &fault)
+{
+    if (!std::exchange(fault.m_isWaiting, true))
+        faults[static_cast<std::size_t>(fault.entity().index())].push_back(&fault);
+}
+
 void ObjectContext::State::renewRow(ManagedObject &object, std::int64_t save)
 {
     bool isRenewed = object.m_row.becomeOfSave(save);
@@ -253,7 +259,7 @@ ManagedObject *ObjectContext::object(const ObjectID &id)
         return nullptr;
     ManagedObject &found = registered(id);
     if (found.isFault() && !found.m_deleted)
-        m_state->faults[static_cast<std::size_t>(id.entity->index())].push_back(id.key);
+        m_state->addFault(found);
     return &found;
 }
 
@@ -271,14 +277,13 @@ std::vector<ManagedObject *> ObjectContext::objects(std::span<const ObjectID> id
     found.reserve(ids.size());
     if (ids.empty())
         return found;
-    const auto index = static_cast<std::size_t>(ids.front().entity->index());
-    auto &kept = m_state->objects[index];
+    auto &kept = m_state->objects[static_cast<std::size_t>(ids.front().entity->index())];
     kept.reserve(std::max(kept.size(), ids.size()));
     for (const ObjectID &id : ids) {
         const std::size_t before = kept.size();
         ManagedObject &object = registered(id);
         if (kept.size() > before)
-            m_state->faults[index].push_back(id.key); // who works through them one by one has them read in batches
+            m_state->addFault(object); // who works through them one by one has them read in batches
         if (object.m_deleted && !m_state->changedOf(*id.entity).contains(object)) {
             object.m_deleted = false; // an undo elsewhere brought it back
             object.m_row.reset();
@@ -305,15 +310,14 @@ void ObjectContext::load(const ManagedObject &fault) const
     if (fault.m_deleted || !connected())
         return;
     const EntityDescription &entity = fault.entity();
-    const auto index = static_cast<std::size_t>(entity.index());
-    auto &waiting = m_state->faults[index];
-    auto &objects = m_state->objects[index];
+    auto &waiting = m_state->faults[static_cast<std::size_t>(entity.index())];
     std::vector<std::int64_t> keys{fault.m_id.key};
     while (!waiting.empty() && keys.size() < faultBatch) {
-        const auto found = objects.find(waiting.back());
+        ManagedObject &other = *waiting.back();
         waiting.pop_back();
-        if (found != objects.end() && found->second->isFault() && !found->second->m_deleted)
-            keys.push_back(found->first);
+        other.m_isWaiting = false;
+        if (other.isFault() && !other.m_deleted)
+            keys.push_back(other.m_id.key);
     }
     if (readRows(entity, keys))
         fault.m_deleted = !fault.m_row; // the record is in no store

@@ -77,6 +77,7 @@ struct SaveReport {
     std::vector<DiscardedValue> discarded;
 };
 
+class Statement;
 class UndoManager;
 
 /// Keeps a handler connected for as long as it lives.
@@ -195,6 +196,7 @@ private:
     void disconnect(const SQLite::Exception &exception) const;
     void load(const ManagedObject &fault) const;
     bool readRows(const EntityDescription &entity, std::span<const std::int64_t> keys) const;
+    [[nodiscard]] std::vector<ManagedObject *> takeRows(Statement &statement, const EntityDescription &entity);
     [[nodiscard]] ManagedObject &registered(const ObjectID &id);
     [[nodiscard]] ManagedObject *known(const ObjectID &id) const;
     void noteChange(ManagedObject &object);

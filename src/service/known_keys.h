@@ -33,7 +33,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t most = 10'000;
+    static constexpr std::size_t most = 1000;
     std::mutex m_mutex;
     std::unordered_set<std::size_t> m_hashes;
 };

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Synchronises one store with the service again and again, six hours apart on a clock that is set, both in this process
 // and over HTTP. Nothing may pile up: memory stays within 5 %, and every descriptor is closed again.
+#include "faults/growth.h"
 #include "faults/harness.h"
-#include "faults/sabotage.h"
 #include "foundation/settings.h"
 #include "model/settings_defaults.h"
 #include "model/task_store.h"
@@ -12,41 +12,15 @@
 #include "support/test_clock.h"
 #include "sync/toodledo_sync.h"
 
-#include <fcntl.h>
-#include <fstream>
-#include <malloc.h>
 #include <stdexcept>
-#include <unistd.h>
 
 using namespace faults;
 
 namespace {
 
 constexpr std::int64_t warmUp = 60; ///< runs after which caches and pools have the size that they keep
-constexpr int patience = 20; ///< a leak stays; what a thread's pool holds for the moment goes
 constexpr int taskCount = 20;
 constexpr double between = 6 * 3600; ///< seconds from run to run: every key of the service has expired by then
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr double mostGrowth = 1e6; // a sanitizer keeps what is freed, and finds leaks itself
-#else
-constexpr double mostGrowth = 1.05;
-#endif
-
-/// What the process holds.
-struct Holdings {
-    std::int64_t memory = 0; ///< bytes that are resident
-    std::ptrdiff_t descriptors = 0;
-
-    static Holdings now()
-    {
-        ::malloc_trim(0); // what was freed is no leak
-        std::int64_t size = 0;
-        std::int64_t resident = 0;
-        std::ifstream("/proc/self/statm") >> size >> resident;
-        const std::filesystem::directory_iterator open("/proc/self/fd");
-        return {resident * ::sysconf(_SC_PAGESIZE), std::distance(begin(open), end(open))};
-    }
-};
 
 template <class Held> Held require(foundation::Result<Held> result)
 {
@@ -86,21 +60,11 @@ public:
         edit(number);
         if (std::string wrong = synchronise(); !wrong.empty())
             return wrong;
-        leak();
-        return number < warmUp ? std::nullopt : judge(number);
+        Growth::leak();
+        return m_growth.judge(number);
     }
 
-    [[nodiscard]] std::string seen() const
-    {
-        if (m_judged == 0)
-            throw std::runtime_error("too few runs to tell a leak from a start");
-        char text[160];
-        std::snprintf(text, sizeof text, "%.2f MiB and %td descriptors after %lld runs, %+.2f %% and %td at the end",
-            static_cast<double>(m_before.memory) / 1048576, m_before.descriptors, static_cast<long long>(warmUp),
-            100.0 * static_cast<double>(m_after.memory - m_before.memory) / static_cast<double>(m_before.memory),
-            m_after.descriptors);
-        return text;
-    }
+    [[nodiscard]] std::string seen() const { return m_growth.seen(); }
 
 private:
     /// One task is renamed; now and then one goes and another comes, and the number stays.
@@ -137,38 +101,6 @@ private:
         return wrong;
     }
 
-    static void leak()
-    {
-        if (isPlanted("memory-leaked"))
-            static_cast<void>(new std::string(16 * 1024, 'x')); // NOLINT: to be found
-        if (isPlanted("descriptor-leaked"))
-            static_cast<void>(::open("/dev/null", O_RDONLY | O_CLOEXEC));
-    }
-
-    std::optional<std::string> judge(std::int64_t number)
-    {
-        m_after = Holdings::now();
-        // the service closes its end of a connection a moment after the client
-        for (int i = 0; i < 200 && m_judged > 0 && m_after.descriptors != m_before.descriptors; ++i) {
-            ::usleep(10'000);
-            m_after = Holdings::now();
-        }
-        if (m_judged++ == 0) {
-            ::usleep(500'000);
-            m_before = Holdings::now();
-            return {};
-        }
-        if (m_after.descriptors != m_before.descriptors)
-            return "descriptors: " + std::to_string(m_before.descriptors) + " after " + std::to_string(warmUp)
-                + " runs, " + std::to_string(m_after.descriptors) + " after " + std::to_string(number);
-        const bool isAbove = static_cast<double>(m_after.memory) > static_cast<double>(m_before.memory) * mostGrowth;
-        m_above = isAbove ? m_above + 1 : 0;
-        if (m_above == patience)
-            return "bytes of memory: " + std::to_string(m_before.memory) + " after " + std::to_string(warmUp)
-                + " runs, " + std::to_string(m_after.memory) + " after " + std::to_string(number);
-        return {};
-    }
-
     support::TemporaryFolder m_folder;
     support::TestClock m_clock;
     support::RecordingSyncHost m_host;
@@ -180,10 +112,7 @@ private:
     foundation::Settings m_settings{m_file, model::settingsDefaults()};
     std::unique_ptr<model::TaskStore> m_store = require(model::TaskStore::open(m_folder.path(), m_clock, m_host));
     objectstore::ObjectContext &m_context = m_store->managedObjectContext();
-    std::int64_t m_judged = 0;
-    int m_above = 0; ///< runs on end
-    Holdings m_before;
-    Holdings m_after;
+    Growth m_growth{warmUp};
 };
 
 } // namespace
