@@ -23,13 +23,6 @@ void check(int code, sqlite3 *database)
 }
 
 /// The name to open: the path, or a URI that says that nobody writes the file.
-/// SQLite counts the memory that it takes under a lock of all connections, and nobody asks for the count. Refused, and
-/// left as it is, where SQLite is in use already.
-void leaveMemoryUncounted()
-{
-    (void)sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
-}
-
 std::string nameFor(const std::filesystem::path &file, Connection::Mode mode)
 {
     if (mode == Connection::Mode::Create)
@@ -114,7 +107,7 @@ std::string Statement::text(int column) const
 }
 
 Connection::Connection(const std::filesystem::path &file, const std::string &vfs, Mode mode)
-    : m_database((leaveMemoryUncounted(), nameFor(file, mode)),
+    : m_database(nameFor(file, mode),
         SQLite::OPEN_NOMUTEX
             | (mode == Mode::Immutable ? SQLite::OPEN_READONLY | SQLite::OPEN_URI : SQLite::OPEN_READWRITE),
         busyTimeout, vfs)

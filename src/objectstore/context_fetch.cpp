@@ -205,10 +205,11 @@ Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &re
     std::vector<ManagedObject *> found;
     try {
         const bool mayBeKnown = !plan->inMemory && !m_state->objects[static_cast<std::size_t>(entity.index())].empty();
-        if (!mayBeKnown
-            || !read("SELECT t._key, t._save FROM " + identifier(entity.name()) + " t", [&](Statement &keys) {
-                   return m_state->takeKnown(keys, entity, found); // a list that is shown again needs no columns
-               }))
+        // A list that is shown again needs no columns.
+        const bool isKnown = mayBeKnown
+            && read("SELECT t._key, t._save FROM " + identifier(entity.name()) + " t",
+                [&](Statement &keys) { return m_state->takeKnown(keys, entity, found); });
+        if (!isKnown)
             found = read(selectRows(entity), [&](Statement &rows) { return takeRows(rows, entity); });
     } catch (const SQLite::Exception &exception) {
         disconnect(exception);
@@ -219,7 +220,7 @@ Result<std::vector<ManagedObject *>> ObjectContext::fetch(const FetchRequest &re
         std::erase_if(found, [&](const ManagedObject *object) {
             return object->hasChanges() || (plan->inMemory && !evaluator.matches(*object));
         });
-        for (ManagedObject *object : m_state->changedOf(*plan->entity)) {
+        for (ManagedObject *object : m_state->changedOf(entity)) {
             if (object->hasChanges() && !object->m_deleted && evaluator.matches(*object))
                 found.push_back(object);
         }

@@ -59,7 +59,6 @@ void ObjectContext::mergeChanges(const ChangeSet &changes)
         if (!deleted || deleted->m_deleted)
             continue;
         deleted->m_unsaved.reset();
-        deleted->m_members.reset();
         deleted->m_row.reset(); // the object stays, for those who point at it, and its memory goes
         deleted->m_deleted = true;
         m_state->changedOf(deleted->entity()).erase(*deleted);

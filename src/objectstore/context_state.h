@@ -44,6 +44,7 @@ struct ObjectContext::State {
     std::vector<const Value *> slots; ///< of the last call of `unsavedBySlot`
     RowBuilder rowBuilder;
 
+    /// What the save with this number changed is known here; 0 for no save.
     void noteSave(std::int64_t save);
     /// Has the row of a fault read together with those of others.
     void addFault(ManagedObject &fault);

@@ -57,6 +57,13 @@ void switchToWriteAheadLog(Connection &connection)
     }
 }
 
+/// SQLite counts the memory that it takes under a lock of all connections, and nobody asks for the count. It can be
+/// told so once, before its first use.
+void leaveMemoryUncounted()
+{
+    [[maybe_unused]] static const int told = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+}
+
 bool isEmptyFile(Connection &connection)
 {
     Statement statement = connection.prepare("SELECT count(*) FROM sqlite_schema");
@@ -130,6 +137,7 @@ std::unique_ptr<Connection> Store::openFile()
 Result<std::unique_ptr<Store>> Store::open(
     const ObjectModel &model, const std::filesystem::path &file, const foundation::Clock &clock, std::string vfs)
 {
+    leaveMemoryUncounted();
     std::unique_ptr<Store> store(new Store(model, file, clock, std::move(vfs)));
     const std::string name = file.filename().string();
     try {

@@ -39,9 +39,8 @@ std::optional<DroppedTask> namedLink(QStringView text)
 
 std::optional<DroppedTask> namedLink(const QMimeData &data)
 {
-    if (const QByteArray bytes = data.data(link16); !bytes.isEmpty()) {
+    if (const QByteArray bytes = data.data(link16); !bytes.isEmpty())
         return namedLink(QStringView(reinterpret_cast<const QChar *>(bytes.constData()), bytes.size() / 2));
-    }
     return namedLink(QString::fromUtf8(data.data(link8)));
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -29,5 +30,20 @@ struct Harness {
 
 /// The main function of a harness.
 [[nodiscard]] int runHarness(int argc, char **argv, const Harness &harness);
+
+/// The main function of a harness whose cases follow each other on one `Subject`, which has their `run` and `seen`.
+template <class Subject> [[nodiscard]] int runOnEnd(int argc, char **argv, std::string name)
+{
+    std::unique_ptr<Subject> subject;
+    return runHarness(argc, argv,
+        {.name = std::move(name),
+            .prepare =
+                [&subject](std::uint64_t) {
+                    subject = std::make_unique<Subject>();
+                    return std::int64_t{0};
+                },
+            .run = [&subject](std::int64_t number) { return subject->run(number); },
+            .seen = [&subject] { return subject->seen(); }});
+}
 
 } // namespace faults

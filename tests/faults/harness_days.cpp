@@ -46,6 +46,8 @@ public:
         edit(hour);
         for (int tick = 0; tick < ticks; ++tick) {
             m_application.clock.advance(2);
+            if (!m_application.moc().mergeExternalChanges())
+                return "another program's changes could not be read";
             delegate().checkSecondActions();
             if (tick % ticksOfAPoll == 0)
                 m_reminders.remindUser();
@@ -109,14 +111,5 @@ int main(int argc, char **argv)
     qputenv("QT_QPA_PLATFORM", "offscreen");
     int qtArguments = 1;
     const app::TMApplication application(qtArguments, argv);
-    std::unique_ptr<Days> days;
-    return runHarness(argc, argv,
-        {.name = "harness_days",
-            .prepare =
-                [&days](std::uint64_t) {
-                    days = std::make_unique<Days>();
-                    return std::int64_t{0};
-                },
-            .run = [&days](std::int64_t hour) { return days->run(hour); },
-            .seen = [&days] { return days->seen(); }});
+    return runOnEnd<Days>(argc, argv, "harness_days");
 }

@@ -119,14 +119,5 @@ private:
 
 int main(int argc, char **argv)
 {
-    std::unique_ptr<Soak> soak;
-    return runHarness(argc, argv,
-        {.name = "harness_soak",
-            .prepare =
-                [&soak](std::uint64_t) {
-                    soak = std::make_unique<Soak>();
-                    return std::int64_t{0};
-                },
-            .run = [&soak](std::int64_t number) { return soak->run(number); },
-            .seen = [&soak] { return soak->seen(); }});
+    return runOnEnd<Soak>(argc, argv, "harness_soak");
 }
