@@ -100,6 +100,11 @@ bool isClean(const GtdNote &note)
     return isCleanText(note.title) && isCleanText(note.text);
 }
 
+bool isClean(std::int64_t)
+{
+    return true;
+}
+
 bool isClean(const std::string &text)
 {
     return isCleanText(std::string_view(text));
@@ -155,7 +160,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const std::uint8_t parser = input.byte();
     const std::size_t chunk = std::max<std::size_t>(input.byte(), 1);
     const std::string_view reply = input.rest();
-    switch (parser % 6) {
+    switch (parser % 7) {
     case 0:
         check(reply, chunk, [] { return TDTasksParser(contextOf); });
         break;
@@ -171,8 +176,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     case 4:
         check(reply, chunk, [] { return TDUserInfoParser(); });
         break;
-    default:
+    case 5:
         check(reply, chunk, [] { return TDSimpleParser("added"); });
+        break;
+    default:
+        check(reply, chunk, [] { return TDDeletedParser(); });
     }
     return 0;
 }

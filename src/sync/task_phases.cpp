@@ -353,11 +353,11 @@ bool TaskPhases::getDeletedTasks()
         return false;
     std::unordered_set<Tasks *> gone;
     std::size_t inSight = 0;
-    for (const GtdTask &record : *deleted) {
+    for (const std::int64_t id : *deleted) {
         // an id that is listed as well is taken for alive: the next run will know
-        if (m_session.isGuarding() && (!isServiceId(record.taskId) || m_listedIds.contains(record.taskId)))
+        if (m_session.isGuarding() && (!isServiceId(id) || m_listedIds.contains(id)))
             continue;
-        Tasks *task = known->last(record.taskId);
+        Tasks *task = known->last(id);
         if (task && gone.insert(task).second)
             inSight += task->deleteOnSync() ? 0 : 1;
     }

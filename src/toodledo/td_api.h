@@ -103,8 +103,8 @@ public:
     [[nodiscard]] std::optional<TaskList> getTasks(const KnownTasks &known, TDError *error = nullptr);
     [[nodiscard]] std::optional<std::vector<GtdTask>> getTasksAfterDate(
         foundation::Instant date, TDError *error = nullptr);
-    /// Deleted tasks, of which only the id counts.
-    [[nodiscard]] std::optional<std::vector<GtdTask>> getDeleted(TDError *error = nullptr);
+    /// The ids of the tasks that were deleted; 0 stands for one that could not be read.
+    [[nodiscard]] std::optional<std::vector<std::int64_t>> getDeleted(TDError *error = nullptr);
     /// The id of the new task, or -1. A task without a title is code 40, and is sent all the same.
     /// A service that knows marks answers an add that is sent again with the same mark by the id of the first, while it
     /// has that task; to others the mark is not sent.

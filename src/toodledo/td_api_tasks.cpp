@@ -115,9 +115,9 @@ std::optional<std::vector<GtdTask>> TDApi::getTasksAfterDate(foundation::Instant
         listTasksAfterDate, {{"modafter", dateTimeText(date)}}, TDTasksParser(m_environment.contextByTitle), error);
 }
 
-std::optional<std::vector<GtdTask>> TDApi::getDeleted(TDError *error)
+std::optional<std::vector<std::int64_t>> TDApi::getDeleted(TDError *error)
 {
-    return performForList(listDeleted, {}, TDTasksParser(m_environment.contextByTitle), error);
+    return performForList(listDeleted, {}, TDDeletedParser(), error);
 }
 
 std::int64_t TDApi::addTask(const GtdTask &task, TDError *error, std::string_view mark)

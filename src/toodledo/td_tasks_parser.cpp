@@ -221,4 +221,24 @@ std::int64_t TDTasksParser::contextOf(std::string_view title)
     return m_contexts.emplace(title, m_contextByTitle(title)).first->second;
 }
 
+void TDDeletedParser::didStartElement(std::string_view name, const Attributes &)
+{
+    if (name != "task")
+        return;
+    m_currentId = 0;
+    m_inTask = true;
+}
+
+void TDDeletedParser::didEndElement(std::string_view name, std::string_view text)
+{
+    if (!m_inTask)
+        return;
+    if (name == "id" || name == "uid") {
+        m_currentId = integerOf(text);
+    } else if (name == "task") {
+        m_results.push_back(m_currentId);
+        m_inTask = false;
+    }
+}
+
 } // namespace toodledo

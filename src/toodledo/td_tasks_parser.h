@@ -13,8 +13,8 @@ namespace toodledo {
 /// the thread that parses.
 using ContextLookup = std::function<std::int64_t(std::string_view title)>;
 
-/// Reads the replies to `getTasks` and `getDeleted`. Due and start dates come out as dates alone: the elements
-/// `starttime` and `duetime` are not read, and the records' three "has" flags stay false.
+/// Reads the replies to `getTasks`. Due and start dates come out as dates alone: the elements `starttime` and `duetime`
+/// are not read, and the records' three "has" flags stay false.
 class TDTasksParser final : public TDListParser<GtdTask>
 {
 public:
@@ -53,6 +53,18 @@ private:
     std::string m_pending; ///< bytes that are neither read nor passed over yet, from `m_next` on
     std::size_t m_next = 0;
     std::vector<std::int64_t> m_unchanged;
+};
+
+/// Reads the replies to `getDeleted`: the ids of the tasks, and nothing else of them, as the list only grows over the
+/// years. A task without a readable id has the id 0.
+class TDDeletedParser final : public TDListParser<std::int64_t>
+{
+private:
+    void didStartElement(std::string_view name, const Attributes &attributes) override;
+    void didEndElement(std::string_view name, std::string_view text) override;
+
+    std::int64_t m_currentId = 0;
+    bool m_inTask = false;
 };
 
 } // namespace toodledo

@@ -161,6 +161,9 @@ TEST(Replies, F36_keepRecordsWithTheSameIdInTheirOrder)
     ASSERT_EQ(tasks.size(), 2U);
     EXPECT_EQ(tasks[0].title, "a");
     EXPECT_EQ(tasks[1].title, "b");
+    EXPECT_EQ(resultsOf<TDDeletedParser>("<deleted><id>9</id><task><id>1</id><stamp>2</stamp></task><task><uid>1</uid>"
+                                         "</task><task><id>x</id></task><task/></deleted>"),
+        (std::vector<std::int64_t>{1, 1, 0, 0}));
 }
 
 TEST(Replies, F37_giveIdsBeyondAllRangesAsSuchNotWrappedAround)
