@@ -33,6 +33,11 @@ bool isHeldUp(const Error &error)
         && error.code == static_cast<int>(objectstore::StoreErrorCode::Busy);
 }
 
+bool isKeptBySynchronisation(const std::string &key)
+{
+    return key == keys::toodledoKey || key == keys::lastKeyUpdate || key == keys::dateLastSynched;
+}
+
 } // namespace
 
 TMApplicationDelegate::TMApplicationDelegate(Environment environment)
@@ -46,6 +51,7 @@ TMApplicationDelegate::TMApplicationDelegate(Environment environment)
     , m_hotKey(makeHotKey())
     , m_locationController(m_settings, m_clock, std::move(environment.makeLocationManager))
     , m_care(m_store->store(), backupFolder(m_store->store().file().parent_path()))
+    , m_settingsCare(m_settings)
     , m_tracking(managedObjectContext(), m_clock)
     , m_syncHost(managedObjectContext(), m_tracking, m_user, [this] { saveAction(); })
     , m_reminderTimer(managedObjectContext(), m_clock, m_user, [this] { saveAction(); })
@@ -61,12 +67,16 @@ TMApplicationDelegate::TMApplicationDelegate(Environment environment)
     connect(&m_syncHost, &MainThreadSyncHost::changesMerged, this, &TMApplicationDelegate::storeDidChangeElsewhere);
 
     connect(&m_care, &StoreCare::troubleFound, this, [this](const Error &error) { m_user.presentError(error); });
+    connect(
+        &m_settingsCare, &SettingsCare::troubleFound, this, [this](const Error &error) { m_user.presentError(error); });
+    connect(&m_settingsCare, &SettingsCare::changedElsewhere, this, &TMApplicationDelegate::takeOverSettings);
 
     m_saveTimer.setSingleShot(true);
     connect(&m_saveTimer, &QTimer::timeout, this, &TMApplicationDelegate::saveAction);
     connect(&m_secondsTimer, &QTimer::timeout, this, [this] {
         mergeExternalChanges();
         checkSecondActions();
+        m_settingsCare.tick();
     });
 }
 
@@ -367,6 +377,22 @@ void TMApplicationDelegate::resetTimer()
     m_syncSchedule.stop();
     if (minutes > 0)
         m_syncSchedule.start(m_clock.now(), std::chrono::minutes(std::min<std::int64_t>(minutes, 60 * 24 * 7)));
+}
+
+void TMApplicationDelegate::takeOverSettings(const foundation::Settings::Keys &changed)
+{
+    const auto isChanged = [&changed](std::string_view key) { return changed.contains(key); };
+    if (isChanged(keys::SyncInterval))
+        resetTimer();
+    if (isChanged(keys::UseLocation) || isChanged(keys::NmeaSource) || isChanged(keys::NmeaBaudRate))
+        m_locationController.applySettings();
+    if (isChanged(keys::GlobalHotKey))
+        initializeHotKey();
+    if (std::all_of(changed.begin(), changed.end(), isKeptBySynchronisation))
+        return; // of which nothing is on show
+    updateDockBadge();
+    Q_EMIT columnsDidChange();
+    Q_EMIT settingsDidChangeElsewhere();
 }
 
 void TMApplicationDelegate::checkSecondActions()

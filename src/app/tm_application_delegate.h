@@ -5,6 +5,7 @@
 #include "app/qvl_location_manager_delegate.h"
 #include "app/reminder_timer.h"
 #include "app/repeating_schedule.h"
+#include "app/settings_care.h"
 #include "app/store_care.h"
 #include "app/tm_application.h"
 #include "app/user_interaction.h"
@@ -136,6 +137,8 @@ Q_SIGNALS:
     void syncDidBegin();
     void syncDidEnd();
     void columnsDidChange();
+    /// Another program has changed some of the settings.
+    void settingsDidChangeElsewhere();
     void dockBadgeChanged(const QString &text);
 
 private:
@@ -151,6 +154,7 @@ private:
     void hotKeyPressed(hotkeys::QVLHotKey &hotKey);
     void setHotKeyProblem(const QString &problem);
     void renewSmartFolders();
+    void takeOverSettings(const foundation::Settings::Keys &changed);
     [[nodiscard]] bool isReadOnly() const { return !m_store->store().notice().empty(); }
     void markTasksForLocation(bool flag, const std::vector<model::Contexts *> &near);
 
@@ -169,6 +173,7 @@ private:
     std::vector<const model::Contexts *> m_marked; ///< the contexts whose tasks are
 
     StoreCare m_care;
+    SettingsCare m_settingsCare;
     model::EditTracking m_tracking;
     MainThreadSyncHost m_syncHost;
     std::unique_ptr<syncing::ToodledoSync> m_sync;

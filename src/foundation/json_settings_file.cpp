@@ -13,7 +13,9 @@
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 namespace foundation {
@@ -156,6 +158,8 @@ public:
 
     [[nodiscard]] bool isOpen() const { return m_descriptor >= 0; }
     [[nodiscard]] bool sync() const { return ::fsync(m_descriptor) == 0; }
+    /// A lock against other holders, until the file is closed; false while another has it.
+    [[nodiscard]] bool tryLock() const { return ::flock(m_descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK; }
 
     bool close()
     {
@@ -202,10 +206,14 @@ bool makeFolder(const fs::path &folder)
     return makeFolder(folder.parent_path()) && (::mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST);
 }
 
+fs::path folderOf(const fs::path &path)
+{
+    return path.has_parent_path() ? path.parent_path() : fs::path(".");
+}
+
 bool syncFolder(const fs::path &path)
 {
-    const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
-    const File opened(folder, O_RDONLY | O_DIRECTORY);
+    const File opened(folderOf(path), O_RDONLY | O_DIRECTORY);
     return opened.isOpen() && opened.sync();
 }
 
@@ -269,8 +277,37 @@ Failure keepAside(const fs::path &path)
 
 JsonSettingsFile::JsonSettingsFile(std::filesystem::path path) : m_path(std::move(path)) { }
 
+JsonSettingsFile::Version JsonSettingsFile::currentVersion() const
+{
+    struct stat found = {};
+    if (::stat(m_path.c_str(), &found) != 0)
+        return {};
+    return {found.st_ino, found.st_mtim.tv_sec, found.st_mtim.tv_nsec};
+}
+
+bool JsonSettingsFile::isChangedElsewhere()
+{
+    return currentVersion() != m_known;
+}
+
+std::shared_ptr<const void> JsonSettingsFile::lock()
+{
+    using namespace std::chrono_literals;
+    const fs::path folder = folderOf(m_path);
+    auto opened = std::make_shared<const File>(folder, O_RDONLY | O_DIRECTORY);
+    for (int attempt = 0; opened->isOpen() && !opened->tryLock(); ++attempt) {
+        if (attempt == 200) {
+            logLine("Settings: another program has kept " + folder.string() + " locked for two seconds.");
+            return nullptr;
+        }
+        std::this_thread::sleep_for(10ms);
+    }
+    return opened;
+}
+
 Result<SettingsTable> JsonSettingsFile::read()
 {
+    m_known = currentVersion(); // before the reading: a file that comes meanwhile is read again
     const File file(m_path, O_RDONLY);
     if (!file.isOpen() && errno == ENOENT)
         return SettingsTable();
@@ -309,6 +346,7 @@ Result<void> JsonSettingsFile::write(const SettingsTable &table)
         ::unlink(fresh.c_str());
         return notWritten(m_path, why);
     }
+    m_known = currentVersion();
     if (!syncFolder(m_path))
         logLine("Settings: the folder could not be synced: " + std::string(std::strerror(errno)));
     return {};

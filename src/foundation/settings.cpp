@@ -115,7 +115,7 @@ void Settings::set(std::string_view key, SettingValue value)
     if (entry != m_values.end() && entry->second == value)
         return;
     m_values.insert_or_assign(std::string(key), std::move(value));
-    m_changed = true;
+    noteChange(key);
 }
 
 void Settings::remove(std::string_view key)
@@ -125,28 +125,99 @@ void Settings::remove(std::string_view key)
     if (entry == m_values.end())
         return;
     m_values.erase(entry);
-    m_changed = true;
+    noteChange(key);
+}
+
+void Settings::noteChange(std::string_view key)
+{
+    m_changed.emplace(key);
+    ++m_changes;
+}
+
+std::size_t Settings::unsavedChanges() const
+{
+    const std::scoped_lock lock(m_mutex);
+    return m_changes;
 }
 
 Result<void> Settings::synchronize()
 {
     const std::scoped_lock writing(m_writing);
-    SettingsTable table;
+    SettingsTable values;
+    Keys changed;
     {
         const std::scoped_lock lock(m_mutex);
-        if (!m_changed)
+        if (m_changed.empty())
             return {};
         if (m_loadError && m_loadError->code == static_cast<int>(SettingsErrorCode::Unreadable))
             return Failure(*m_loadError);
-        table = m_values;
-        m_changed = false;
+        values = m_values;
+        changed = std::exchange(m_changed, {});
+        m_changes = 0;
     }
-    Result<void> written = m_file.write(table); // without the lock: a slow disk stops no reader
-    if (!written) {
+    Result<SettingsTable> stored = store(values, changed); // without the lock: a slow disk stops no reader
+    if (!stored) {
         const std::scoped_lock lock(m_mutex);
-        m_changed = true;
+        m_changed.merge(changed);
+        ++m_changes;
+        return Failure(std::move(stored.error()));
     }
-    return written;
+    adopt(std::move(*stored));
+    return {};
+}
+
+/// Lays what changed over what the file holds now.
+Result<SettingsTable> Settings::store(const SettingsTable &values, const Keys &changed)
+{
+    const auto lock = m_file.lock();
+    auto table = m_file.read();
+    if (!table && table.error().code == static_cast<int>(SettingsErrorCode::Unreadable))
+        return table;
+    if (!table || table->empty()) { // damaged or gone meanwhile: what is known here is the best there is
+        table = values;
+    } else {
+        for (const std::string &key : changed) {
+            if (const SettingValue *value = find(values, key))
+                table->insert_or_assign(key, *value);
+            else
+                table->erase(key);
+        }
+    }
+    if (auto written = m_file.write(*table); !written)
+        return Failure(std::move(written.error()));
+    return table;
+}
+
+/// Makes what the file holds the values in force, but for what has been changed here since. Returns what is another.
+Settings::Keys Settings::adopt(SettingsTable stored)
+{
+    const std::scoped_lock lock(m_mutex);
+    for (const std::string &key : m_changed) {
+        if (const SettingValue *value = find(m_values, key))
+            stored.insert_or_assign(key, *value);
+        else
+            stored.erase(key);
+    }
+    Keys others;
+    for (const auto &[key, value] : stored) {
+        if (const SettingValue *before = find(m_values, key); !before || *before != value)
+            others.insert(key);
+    }
+    for (const auto &[key, value] : m_values) {
+        if (!stored.contains(key))
+            others.insert(key);
+    }
+    m_values = std::move(stored);
+    return others;
+}
+
+Settings::Keys Settings::refresh()
+{
+    const std::unique_lock writing(m_writing, std::try_to_lock);
+    if (!writing || !m_file.isChangedElsewhere())
+        return {};
+    auto stored = m_file.read();
+    return stored && !stored->empty() ? adopt(std::move(*stored)) : Keys();
 }
 
 } // namespace foundation

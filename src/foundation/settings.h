@@ -10,6 +10,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -43,6 +44,12 @@ public:
 
     /// Replaces what is stored, all of it or nothing of it.
     [[nodiscard]] virtual Result<void> write(const SettingsTable &table) = 0;
+
+    /// Keeps other programs from writing while it is held; waits for one that is writing, but not for one that hangs.
+    [[nodiscard]] virtual std::shared_ptr<const void> lock() { return nullptr; }
+
+    /// Whether something else is stored than was last read or written here.
+    [[nodiscard]] virtual bool isChangedElsewhere() { return false; }
 };
 
 /// Settings as one JSON file with mode 0600 in a folder with mode 0700. A write goes to a new file that is read back,
@@ -54,9 +61,22 @@ public:
 
     [[nodiscard]] Result<SettingsTable> read() override;
     [[nodiscard]] Result<void> write(const SettingsTable &table) override;
+    [[nodiscard]] std::shared_ptr<const void> lock() override;
+    [[nodiscard]] bool isChangedElsewhere() override;
 
 private:
+    /// What tells one version of the file from the next, as each is a file of its own.
+    struct Version {
+        std::uint64_t number = 0; ///< of the inode; 0 where there is no file
+        std::int64_t seconds = 0; ///< of its last change
+        std::int64_t nanoseconds = 0;
+        friend bool operator==(const Version &, const Version &) = default;
+    };
+
+    [[nodiscard]] Version currentVersion() const;
+
     std::filesystem::path m_path;
+    Version m_known;
 };
 
 /// Settings that live as long as the process.
@@ -75,7 +95,8 @@ private:
 };
 
 /// The user's settings over registered defaults: a key that was never set reads as its default, one with neither as
-/// false, 0, "" or nothing. Any thread may use it.
+/// false, 0, "" or nothing. Several programs may have the same file: each writes only what it changed, and takes over
+/// what the others wrote. Any thread may use it.
 class Settings
 {
 public:
@@ -99,18 +120,29 @@ public:
     /// Removes a value, so that the default holds again.
     void remove(std::string_view key);
 
-    /// Writes what has changed to the file. Settings whose file could not be read are never written over it.
+    /// Writes what has changed to the file, and takes over what other programs have changed there. Settings whose file
+    /// could not be read are never written over it.
     [[nodiscard]] Result<void> synchronize();
+    /// How often something was set or removed that is not in the file yet; 0 when all is.
+    [[nodiscard]] std::size_t unsavedChanges() const;
+    using Keys = std::set<std::string, std::less<>>;
+    /// Takes over what other programs have written since, and returns the keys whose values are others now. It does
+    /// not wait for a thread that writes.
+    [[nodiscard]] Keys refresh();
 
 private:
     template <typename Read> [[nodiscard]] auto inForce(std::string_view key, Read read) const;
+    [[nodiscard]] Result<SettingsTable> store(const SettingsTable &values, const Keys &changed);
+    Keys adopt(SettingsTable stored);
+    void noteChange(std::string_view key);
 
     SettingsFile &m_file;
     std::mutex m_writing; ///< one writer at a time, so that the file ends as the last of them
     const SettingsTable m_defaults;
     mutable std::mutex m_mutex;
     SettingsTable m_values;
-    bool m_changed = false;
+    Keys m_changed; ///< what is not in the file yet
+    std::size_t m_changes = 0; ///< since all was in the file
     std::optional<Error> m_loadError;
 };
 

@@ -76,6 +76,7 @@ private:
     void showSelectedTasks();
     void updateHeadline();
     void updateWindowTitle();
+    void applyVisibility();
     void updateStatusLine();
     void updateTip();
     [[nodiscard]] bool isAboutLocation() const;

@@ -121,6 +121,10 @@ void MainWindow::connectParts()
     });
     connect(&m_delegate, &TMApplicationDelegate::dockBadgeChanged, this, &MainWindow::updateWindowTitle);
     connect(&m_delegate, &TMApplicationDelegate::columnsDidChange, m_table, &TasksTableView::configureColumns);
+    connect(&m_delegate, &TMApplicationDelegate::settingsDidChangeElsewhere, this, [this] {
+        applyVisibility();
+        Q_EMIT appearanceChanged();
+    });
     connect(&m_delegate, &TMApplicationDelegate::objectsDidChange, this, &MainWindow::updateUndoCommands,
         Qt::QueuedConnection); // after the undo manager has closed the group
 }
@@ -227,13 +231,16 @@ void MainWindow::connectWindowCommands()
 void MainWindow::openPreferencesWindow()
 {
     auto *window = new PreferencesWindow(m_delegate, this);
-    connect(window, &PreferencesWindow::visibilityChanged, this, [this] {
-        const QSignalBlocker blocker(action(Command::ShowCompleted));
-        action(Command::ShowCompleted)->setChecked(m_delegate.settings().boolean(keys::ShowCompletedTasks));
-        m_sources.refreshOutlineView();
-    });
+    connect(window, &PreferencesWindow::visibilityChanged, this, &MainWindow::applyVisibility);
     connect(window, &PreferencesWindow::appearanceChanged, this, &MainWindow::appearanceChanged);
     window->show();
+}
+
+void MainWindow::applyVisibility()
+{
+    const QSignalBlocker blocker(action(Command::ShowCompleted));
+    action(Command::ShowCompleted)->setChecked(m_delegate.settings().boolean(keys::ShowCompletedTasks));
+    m_sources.refreshOutlineView();
 }
 
 void MainWindow::showFirstRun()

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <limits>
 #include <sys/stat.h>
+#include <thread>
 
 using namespace foundation;
 namespace fs = std::filesystem;
@@ -126,6 +127,68 @@ TEST_F(SettingsFiles, whatCannotBeReadIsNotWrittenOver)
     EXPECT_FALSE(settings.synchronize());
     EXPECT_TRUE(fs::is_directory(path));
     EXPECT_FALSE(JsonSettingsFile("/dev/null/settings.json").write({{"a", true}}));
+}
+
+TEST_F(SettingsFiles, ofTwoProgramsHoldWhatEachChangedLast)
+{
+    JsonSettingsFile first(path);
+    JsonSettingsFile second(path);
+    Settings window(first, {});
+    window.set("list", std::string("Today"));
+    window.set("password", std::string("old"));
+    ASSERT_TRUE(window.synchronize());
+    Settings commandLine(second, {});
+    EXPECT_TRUE(window.refresh().empty()); // its own writing is no news
+
+    commandLine.set("password", std::string("new"));
+    commandLine.remove("list");
+    ASSERT_TRUE(commandLine.synchronize());
+    window.set("size", std::int64_t{3});
+    EXPECT_EQ(window.refresh(), (Settings::Keys{"list", "password"}));
+    EXPECT_EQ(window.text("password"), "new");
+    EXPECT_EQ(window.integer("size"), 3); // not in the file yet
+    EXPECT_TRUE(window.refresh().empty());
+
+    commandLine.set("size", std::int64_t{4});
+    ASSERT_TRUE(commandLine.synchronize());
+    ASSERT_TRUE(window.synchronize());
+    EXPECT_EQ(*second.read(), (SettingsTable{{"password", "new"}, {"size", std::int64_t{3}}}));
+    EXPECT_EQ(window.unsavedChanges(), 0U);
+}
+
+TEST_F(SettingsFiles, thatVanishOrBreakMeanwhileAreWrittenAnewAsAWhole)
+{
+    for (const char *broken : {"", "{\"a\": 1"}) {
+        fs::remove_all(path.parent_path());
+        JsonSettingsFile file(path);
+        Settings settings(file, {});
+        settings.set("a", true);
+        ASSERT_TRUE(settings.synchronize());
+        fs::remove(path);
+        if (*broken)
+            put(broken);
+        EXPECT_TRUE(settings.refresh().empty());
+        settings.set("b", true);
+        ASSERT_TRUE(settings.synchronize());
+        EXPECT_EQ(*file.read(), (SettingsTable{{"a", true}, {"b", true}}));
+    }
+}
+
+TEST_F(SettingsFiles, waitForAProgramThatWritesAndNotForOneThatHangs)
+{
+    JsonSettingsFile file(path);
+    ASSERT_TRUE(file.write({{"a", std::int64_t{1}}}));
+    auto held = file.lock();
+    std::jthread writer([&held] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        held.reset();
+    });
+    EXPECT_NE(JsonSettingsFile(path).lock(), nullptr);
+    writer.join();
+    setLogSink([](std::string_view) {});
+    const auto hanging = file.lock();
+    EXPECT_EQ(JsonSettingsFile(path).lock(), nullptr);
+    setLogSink({});
 }
 
 TEST(Settings, readAsTheirDefaultsUntilSet)

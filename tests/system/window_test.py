@@ -173,6 +173,17 @@ class Window(unittest.TestCase):
         self.assertEqual(self.task("Call the movers")["notes"], "Is the piano insured?")
         self.open_window()  # a killed window's lock keeps nobody out
 
+    def test_settings_hold_in_every_program_at_once_and_outlive_a_kill(self):
+        self.qvl("done", self.qvl("add", "Sweep the yard").strip())
+        self.open_window()
+        self.desktop.key("ctrl+2")  # the Inbox
+        self.qvl("settings", "ShowCompletedTasks", "yes")
+        self.find_task("Sweep the yard")
+        self.desktop.key("ctrl+h")  # hides it again
+        wait_until("the command line knows", lambda: self.qvl("settings", "ShowCompletedTasks").strip() == "no")
+        end(self.window, signal.SIGKILL)
+        self.assertEqual(self.qvl("settings", "ShowCompletedTasks").strip(), "no")
+
     def test_F06_a_session_that_ends_saves_what_is_being_typed(self):
         self.open_with_task("Call the movers")
         self.desktop.click(self.find_task("Call the movers"), times=2)
