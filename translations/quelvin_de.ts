@@ -2045,6 +2045,10 @@ Aufgaben, damit Dinge getan werden.</translation>
         <source>sync.example.org</source>
         <translation>sync.example.org</translation>
     </message>
+    <message>
+        <source>Kept in your keyring</source>
+        <translation>Liegt im Schlüsselbund</translation>
+    </message>
 </context>
 <context>
     <name>views::QuickEntry</name>

@@ -35,6 +35,7 @@ Q_SIGNALS:
 
 private:
     void run(std::function<void(std::stop_token)> work);
+    [[nodiscard]] std::string password() const;
 
     foundation::Settings &m_settings;
     const foundation::Clock &m_clock;

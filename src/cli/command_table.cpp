@@ -10,6 +10,13 @@ CommandDescription syncCommand(foundation::Result<void> (*run)(Workplace &, cons
         {{"accept-deletions", "", "Carry out deletions even if the service says that most records are gone"}}, run};
 }
 
+CommandDescription settingsCommand()
+{
+    return {"settings", "Show or change settings",
+        {{"KEY", "The setting", false}, {"VALUE", "Its new value; - reads a password from standard input", false}}, {},
+        showOrSetSettings};
+}
+
 std::span<const CommandDescription> commandTable()
 {
     static const OptionDescription json{"json", "", "Print JSON"};
@@ -42,9 +49,7 @@ std::span<const CommandDescription> commandTable()
             {{"ACTION", "add, rename or delete"}, {"NAME", "The context"}, {"NEW-NAME", "For rename", false}}, {},
             changeContext},
         syncCommand(startSyncProgram),
-        {"settings", "Show or change settings",
-            {{"KEY", "The setting", false}, {"VALUE", "Its new value; - reads a password from standard input", false}},
-            {}, showOrSetSettings},
+        settingsCommand(),
         {"import", "Add everything that a file holds", {{"FILE", "What export wrote; - is standard input"}}, {},
             importFile},
         {"export", "Write everything to standard output", {}, {{"format", "json|csv", "The form; json unless given"}},

@@ -11,8 +11,9 @@ namespace cli {
 [[nodiscard]] std::span<const CommandDescription> commandTable();
 
 /// The command "sync", done by `run`. Synchronising is a program of its own, so that no other command pays for the
-/// loading of the network's libraries, which takes longer than all that most commands do.
+/// loading of the network's and the keyring's libraries, which takes longer than all that most commands do.
 [[nodiscard]] CommandDescription syncCommand(foundation::Result<void> (*run)(Workplace &, const Arguments &));
+[[nodiscard]] CommandDescription settingsCommand();
 
 // What the commands do. Each looks everything up first and saves once, so that it is done wholly or not at all.
 using Done = foundation::Result<void>;
@@ -34,6 +35,7 @@ using Done = foundation::Result<void>;
 [[nodiscard]] Done changeFolder(Workplace &workplace, const Arguments &arguments);
 [[nodiscard]] Done changeContext(Workplace &workplace, const Arguments &arguments);
 
+/// Hands the command over to the program that reaches the network and the keyring.
 [[nodiscard]] Done startSyncProgram(Workplace &workplace, const Arguments &arguments);
 [[nodiscard]] Done showOrSetSettings(Workplace &workplace, const Arguments &arguments);
 [[nodiscard]] Done importFile(Workplace &workplace, const Arguments &arguments);

@@ -43,14 +43,14 @@ void secureProcess()
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
-int run(int count, const char *const *words, std::span<const CommandDescription> commands)
+int run(int count, const char *const *words, std::span<const CommandDescription> commands, MakeSecretStore makeSecrets)
 {
     useUtf8();
     const auto arguments = readArguments(count, words, commands);
     if (!arguments)
         return report(arguments.error());
     const foundation::SystemClock clock;
-    Workplace workplace(*arguments, clock);
+    Workplace workplace(*arguments, clock, makeSecrets);
     if (arguments->help)
         workplace.out = *arguments->help;
     else if (const auto done = arguments->command->run(workplace, *arguments); !done)
@@ -61,11 +61,12 @@ int run(int count, const char *const *words, std::span<const CommandDescription>
 
 } // namespace
 
-int runProgram(int count, const char *const *words, std::span<const CommandDescription> commands)
+int runProgram(
+    int count, const char *const *words, std::span<const CommandDescription> commands, MakeSecretStore makeSecrets)
 {
     secureProcess();
     try {
-        return run(count, words, commands);
+        return run(count, words, commands, makeSecrets);
     } catch (const std::exception &exception) {
         complain(std::string("This should not have happened: ") + exception.what());
         return 1;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "cli/arguments.h"
+#include "cli/workplace.h"
 
 #include <span>
 
@@ -9,6 +10,7 @@ namespace cli {
 
 /// A whole program over these commands: secures the process, reads the command line, runs the command, prints, and
 /// returns the exit status.
-[[nodiscard]] int runProgram(int count, const char *const *words, std::span<const CommandDescription> commands);
+[[nodiscard]] int runProgram(int count, const char *const *words, std::span<const CommandDescription> commands,
+    MakeSecretStore makeSecrets = nullptr);
 
 } // namespace cli

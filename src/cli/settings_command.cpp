@@ -30,13 +30,15 @@ bool isSecret(std::string_view key)
     return std::ranges::find(secrets, key) != secrets.end();
 }
 
-/// Every setting with its value in force, and those that have neither value nor default as empty.
+/// Every setting with its value in force, and those that have neither value nor default as empty. That a secret lies in
+/// the keyring is no setting of its own.
 SettingsTable allSettings(const foundation::Settings &settings)
 {
     SettingsTable all = settings.all();
     for (const std::string_view key : {keys::ToodleDoUsername, keys::ToodleDoPassword})
         all.emplace(std::string(key), std::string());
     all.emplace(std::string(keys::HasBeenRun), false);
+    all.erase(foundation::Settings::secretMark(keys::ToodleDoPassword));
     return all;
 }
 
@@ -59,10 +61,14 @@ struct AsText {
     }
 };
 
-std::string shown(std::string_view key, const SettingValue &value)
+std::string shown(const foundation::Settings &settings, std::string_view key, const SettingValue &value)
 {
-    const std::string text = std::visit(AsText{}, value);
-    return !isSecret(key) ? text : text.empty() ? "not set" : "set";
+    std::string text = std::visit(AsText{}, value);
+    if (!isSecret(key))
+        return text;
+    if (settings.isInSecretStore(key))
+        return "set, in the keyring";
+    return text.empty() ? "not set" : "set";
 }
 
 std::optional<bool> yesOrNo(std::string_view text)
@@ -119,7 +125,7 @@ Done showOrSetSettings(Workplace &workplace, const Arguments &arguments)
     if (arguments.operands.empty()) {
         Table table({{"KEY"}, {"VALUE", true}});
         for (const auto &[key, value] : all)
-            table.add({{key}, {shown(key, value)}});
+            table.add({{key}, {shown(workplace.settings(), key, value)}});
         workplace.out += table.text(workplace.terminal());
         return {};
     }
@@ -133,9 +139,12 @@ Done showOrSetSettings(Workplace &workplace, const Arguments &arguments)
             names.push_back(name);
         return notUnderstood("There is no setting " + inQuotes(key) + "." + suggestion(key, names));
     }
-    if (const auto text = arguments.operand(1))
+    const auto text = arguments.operand(1);
+    if (text && model::secretSettings().contains(key) && !workplace.keepsSecrets())
+        return startSyncProgram(workplace, arguments);
+    if (text)
         return set(workplace, key, found->second, *text);
-    workplace.out += shown(key, found->second) + "\n";
+    workplace.out += shown(workplace.settings(), key, found->second) + "\n";
     return {};
 }
 

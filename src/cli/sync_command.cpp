@@ -23,9 +23,12 @@ std::vector<std::string> wordsFor(const Arguments &arguments)
             words.push_back(*value);
         }
     }
-    words.emplace_back("sync");
+    words.emplace_back(arguments.command->name);
     for (const auto &[option, values] : arguments.options)
         words.push_back("--" + option);
+    if (!arguments.operands.empty())
+        words.emplace_back("--");
+    words.insert(words.end(), arguments.operands.begin(), arguments.operands.end());
     return words;
 }
 

@@ -4,6 +4,7 @@
 #include "cli/run.h"
 #include "cli/terminal_sync_host.h"
 #include "cli/workplace.h"
+#include "keyring/keyring.h"
 #include "sync/toodledo_sync.h"
 
 #include <array>
@@ -90,6 +91,8 @@ Done exchange(Workplace &workplace, const Arguments &arguments)
 
 int main(int count, char **words)
 {
-    const std::array<cli::CommandDescription, 1> commands{cli::syncCommand(cli::exchange)};
-    return cli::runProgram(count, words, commands);
+    const std::array commands{cli::syncCommand(cli::exchange), cli::settingsCommand()};
+    return cli::runProgram(count, words, commands, [](const std::filesystem::path &settingsFile) {
+        return std::unique_ptr<foundation::SecretStore>(std::make_unique<keyring::Keyring>(settingsFile));
+    });
 }

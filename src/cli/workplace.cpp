@@ -31,13 +31,19 @@ bool writeAll(int descriptor, std::string_view text)
     return true;
 }
 
+std::filesystem::path settingsFileOf(const Arguments &arguments)
+{
+    return arguments.settingsFile ? std::filesystem::path(*arguments.settingsFile) : model::settingsFile();
+}
+
 } // namespace
 
-Workplace::Workplace(const Arguments &arguments, const foundation::Clock &clock)
+Workplace::Workplace(const Arguments &arguments, const foundation::Clock &clock, MakeSecretStore makeSecrets)
     : m_clock(clock)
     , m_storeFolder(
           arguments.storeFolder ? std::filesystem::path(*arguments.storeFolder) : model::applicationSupportFolder())
-    , m_settingsFile(arguments.settingsFile ? std::filesystem::path(*arguments.settingsFile) : model::settingsFile())
+    , m_settingsFile(settingsFileOf(arguments))
+    , m_secrets(makeSecrets ? makeSecrets(settingsFileOf(arguments)) : nullptr)
     , m_terminal(terminalOf(STDOUT_FILENO))
 { }
 
@@ -62,7 +68,8 @@ Result<objectstore::ObjectContext *> Workplace::context()
 foundation::Settings &Workplace::settings()
 {
     if (!m_settings) {
-        m_settings = std::make_unique<foundation::Settings>(m_settingsFile, model::settingsDefaults());
+        m_settings = std::make_unique<foundation::Settings>(m_settingsFile, model::settingsDefaults(),
+            foundation::SecretSettings{m_secrets.get(), model::secretSettings()});
         if (m_settings->loadError())
             presentError(*m_settings->loadError());
     }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "foundation/settings.h"
 
+#include "foundation/log.h"
+
 #include <charconv>
 #include <cmath>
 
@@ -48,7 +50,8 @@ template <typename Table> const SettingValue *find(const Table &table, std::stri
 
 } // namespace
 
-Settings::Settings(SettingsFile &file, SettingsTable defaults) : m_file(file), m_defaults(std::move(defaults))
+Settings::Settings(SettingsFile &file, SettingsTable defaults, SecretSettings secrets)
+    : m_file(file), m_secrets(std::move(secrets)), m_defaults(std::move(defaults))
 {
     if (auto table = m_file.read())
         m_values = std::move(*table);
@@ -82,6 +85,30 @@ std::int64_t Settings::integer(std::string_view key) const
 std::string Settings::text(std::string_view key) const
 {
     return inForce(key, as<std::string>).value_or(std::string());
+}
+
+std::string Settings::secretMark(std::string_view key)
+{
+    return std::string(key).append("IsInKeyring");
+}
+
+Result<std::string> Settings::secret(std::string_view key) const
+{
+    std::string known = text(key); // in the file, or on its way into the store
+    if (!known.empty() || !isInSecretStore(key))
+        return known;
+    const auto lost = [](int code, std::string sentence) {
+        return Failure(Error{settingsErrorDomain, code, std::move(sentence), {}});
+    };
+    constexpr int code = static_cast<int>(SettingsErrorCode::NoSecret);
+    if (!m_secrets.store)
+        return lost(code, "The password lies in the keyring of your desktop, which this program does not use.");
+    auto kept = m_secrets.store->read(std::string(key));
+    if (!kept)
+        return Failure(std::move(kept.error()));
+    if (!*kept)
+        return lost(code, "The password is no longer in the keyring of your desktop. Enter it once more.");
+    return std::move(**kept);
 }
 
 std::optional<Instant> Settings::date(std::string_view key) const
@@ -155,6 +182,7 @@ Result<void> Settings::synchronize()
         changed = std::exchange(m_changed, {});
         m_changes = 0;
     }
+    keepSecrets(values, changed);
     Result<SettingsTable> stored = store(values, changed); // without the lock: a slow disk stops no reader
     if (!stored) {
         const std::scoped_lock lock(m_mutex);
@@ -164,6 +192,34 @@ Result<void> Settings::synchronize()
     }
     adopt(std::move(*stored));
     return {};
+}
+
+/// Brings the secrets that changed into the secret store; in the file a mark takes the place of each.
+void Settings::keepSecrets(SettingsTable &values, Keys &changed) const
+{
+    for (const std::string &key : m_secrets.keys) {
+        if (!m_secrets.store || !changed.contains(key))
+            continue;
+        const SettingValue *value = find(values, key);
+        const auto *secret = value ? std::get_if<std::string>(value) : nullptr;
+        const std::string mark = secretMark(key);
+        changed.insert(mark);
+        if (keepSecret(key, secret ? *secret : std::string(), values.erase(mark) > 0)) {
+            values.erase(key);
+            values.emplace(mark, true);
+        }
+    }
+}
+
+/// False where the secret store has nothing of it afterwards, or should have nothing.
+bool Settings::keepSecret(const std::string &key, const std::string &secret, bool wasKept) const
+{
+    if (secret.empty() && !wasKept)
+        return false;
+    const auto done = secret.empty() ? m_secrets.store->remove(key) : m_secrets.store->write(key, secret);
+    if (!done)
+        logLine("Settings: " + done.error().message + " The settings' file has it. " + done.error().detail);
+    return done && !secret.empty();
 }
 
 /// Lays what changed over what the file holds now.

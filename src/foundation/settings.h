@@ -3,6 +3,7 @@
 
 #include "foundation/error.h"
 #include "foundation/instant.h"
+#include "foundation/secret_store.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -29,7 +30,8 @@ inline constexpr const char *settingsErrorDomain = "SettingsErrorDomain";
 enum class SettingsErrorCode {
     Unreadable = 1, ///< the file is there but could not be read; nothing is written over it
     Damaged = 2, ///< the file was no settings file and has been moved aside
-    NotWritten = 3 ///< the new settings could not be stored; the old ones are whole
+    NotWritten = 3, ///< the new settings could not be stored; the old ones are whole
+    NoSecret = 4 ///< the secret store has lost what it was given
 };
 
 /// Where settings are kept between two runs of the program.
@@ -94,14 +96,25 @@ private:
     SettingsTable m_table;
 };
 
+using SettingKeys = std::set<std::string, std::less<>>;
+
+/// The settings that belong into a secret store, and the store; where there is none they are like all others.
+struct SecretSettings {
+    SecretStore *store = nullptr;
+    SettingKeys keys = {};
+};
+
 /// The user's settings over registered defaults: a key that was never set reads as its default, one with neither as
 /// false, 0, "" or nothing. Several programs may have the same file: each writes only what it changed, and takes over
 /// what the others wrote. Any thread may use it.
 class Settings
 {
 public:
-    /// Reads `file`, which must outlive the settings. `loadError` tells what could not be read.
-    Settings(SettingsFile &file, SettingsTable defaults);
+    using Keys = SettingKeys;
+
+    /// Reads `file`, which must outlive the settings, as the secret store must. `loadError` tells what could not be
+    /// read.
+    Settings(SettingsFile &file, SettingsTable defaults, SecretSettings secrets = {});
 
     [[nodiscard]] const std::optional<Error> &loadError() const { return m_loadError; }
 
@@ -112,6 +125,13 @@ public:
     [[nodiscard]] std::optional<SettingValue> value(std::string_view key) const;
     [[nodiscard]] std::optional<SettingValue> registeredDefault(std::string_view key) const;
 
+    /// The text of a secret setting, from the secret store where it lies there. It may wait for the user.
+    [[nodiscard]] Result<std::string> secret(std::string_view key) const;
+    /// Whether the setting has a value that lies in the secret store.
+    [[nodiscard]] bool isInSecretStore(std::string_view key) const { return boolean(secretMark(key)); }
+    /// The key of the setting that says so in the file.
+    [[nodiscard]] static std::string secretMark(std::string_view key);
+
     /// Every key that has a value or a default, with the value in force.
     [[nodiscard]] SettingsTable all() const;
 
@@ -120,12 +140,12 @@ public:
     /// Removes a value, so that the default holds again.
     void remove(std::string_view key);
 
-    /// Writes what has changed to the file, and takes over what other programs have changed there. Settings whose file
-    /// could not be read are never written over it.
+    /// Writes what has changed to the file, and takes over what other programs have changed there. A secret goes into
+    /// the secret store, and into the file only where that takes none. Settings whose file could not be read are never
+    /// written over it.
     [[nodiscard]] Result<void> synchronize();
     /// How often something was set or removed that is not in the file yet; 0 when all is.
     [[nodiscard]] std::size_t unsavedChanges() const;
-    using Keys = std::set<std::string, std::less<>>;
     /// Takes over what other programs have written since, and returns the keys whose values are others now. It does
     /// not wait for a thread that writes.
     [[nodiscard]] Keys refresh();
@@ -135,8 +155,11 @@ private:
     [[nodiscard]] Result<SettingsTable> store(const SettingsTable &values, const Keys &changed);
     Keys adopt(SettingsTable stored);
     void noteChange(std::string_view key);
+    void keepSecrets(SettingsTable &values, Keys &changed) const;
+    [[nodiscard]] bool keepSecret(const std::string &key, const std::string &secret, bool wasKept) const;
 
     SettingsFile &m_file;
+    const SecretSettings m_secrets;
     std::mutex m_writing; ///< one writer at a time, so that the file ends as the last of them
     const SettingsTable m_defaults;
     mutable std::mutex m_mutex;

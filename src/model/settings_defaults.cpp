@@ -53,4 +53,9 @@ foundation::SettingsTable settingsDefaults()
     };
 }
 
+foundation::SettingKeys secretSettings()
+{
+    return {std::string(keys::ToodleDoPassword)};
+}
+
 } // namespace model

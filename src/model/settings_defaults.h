@@ -10,6 +10,9 @@ namespace model {
 /// What a setting reads as while the user has not set it. Colours are texts of the form "#rrggbb".
 [[nodiscard]] foundation::SettingsTable settingsDefaults();
 
+/// The settings that belong into the keyring of the desktop.
+[[nodiscard]] foundation::SettingKeys secretSettings();
+
 /// The names of the settings that code asks for.
 namespace keys {
 

@@ -4,6 +4,7 @@
 #include "app/text.h"
 #include "app/tm_application_delegate.h"
 #include "foundation/log.h"
+#include "keyring/keyring.h"
 #include "model/settings_defaults.h"
 #include "platform/desktop_notifications.h"
 #include "platform/hot_key_back_ends.h"
@@ -135,7 +136,8 @@ int main(int argc, char **argv)
         return 0;
 
     foundation::JsonSettingsFile settingsFile(arguments.settings);
-    foundation::Settings settings(settingsFile, model::settingsDefaults());
+    keyring::Keyring keyring(arguments.settings);
+    foundation::Settings settings(settingsFile, model::settingsDefaults(), {&keyring, model::secretSettings()});
     const foundation::SystemClock clock;
     const QPalette desktopPalette = QGuiApplication::palette();
     const auto applyTheme = [&] {
@@ -165,6 +167,7 @@ int main(int argc, char **argv)
             return platform::makeLocationManager(
                 chosen.text(model::keys::NmeaSource), chosen.integer(model::keys::NmeaBaudRate), name);
         }});
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, &application, [&keyring] { keyring.cancel(); });
     views::MainWindow window(delegate);
     user.setWindow(&window);
     QObject::connect(&window, &views::MainWindow::appearanceChanged, &window, applyTheme);

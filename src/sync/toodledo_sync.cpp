@@ -133,11 +133,14 @@ std::unique_ptr<TDApi> Run::logIn()
 {
     m_host.updateStatus("Logging in to Toodledo...");
     const foundation::Settings &settings = m_environment.settings;
-    TDError error;
-    auto client = TDApi::initWithUsername(settings.text(keys::ToodleDoUsername), settings.text(keys::ToodleDoPassword),
-        {m_environment.settings, *m_transport, m_environment.clock,
-            [this](std::string_view title) { return m_session ? m_session->contextByTitle(title) : 0; }, m_stop},
-        &error);
+    const auto password = settings.secret(keys::ToodleDoPassword);
+    TDError error = password ? TDError() : password.error();
+    std::unique_ptr<TDApi> client;
+    if (password)
+        client = TDApi::initWithUsername(settings.text(keys::ToodleDoUsername), *password,
+            {m_environment.settings, *m_transport, m_environment.clock,
+                [this](std::string_view title) { return m_session ? m_session->contextByTitle(title) : 0; }, m_stop},
+            &error);
     if (client && m_ledger.isGuarding() && client->loginWasRefused()) {
         error = {toodledo::toodledoApiErrorDomain, 30, "The service refused the login: " + client->userId(), {}};
         client.reset();

@@ -223,6 +223,8 @@ QLineEdit *PreferencesWindow::textField(std::string_view key, bool isSecret)
     field->setMinimumWidth(240);
     if (isSecret)
         field->setEchoMode(QLineEdit::Password);
+    if (isSecret && m_delegate.settings().isInSecretStore(key))
+        field->setPlaceholderText(tr("Kept in your keyring"));
     connect(field, &QLineEdit::textChanged, this,
         [this, key](const QString &text) { m_delegate.settings().set(key, toUtf8(text)); });
     return field;

@@ -3,6 +3,7 @@
 
 #include "support/temporary_folder.h"
 
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,8 @@ struct Outcome {
 class Qvl
 {
 public:
+    Qvl() { ::setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1); } // nobody's keyring is for tests
+
     /// Runs it with these arguments and this standard input.
     [[nodiscard]] Outcome run(const std::vector<std::string> &arguments, const std::string &input = {}) const;
     /// What it prints; throws std::runtime_error with its complaint when it fails.

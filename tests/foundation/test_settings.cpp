@@ -191,6 +191,90 @@ TEST_F(SettingsFiles, waitForAProgramThatWritesAndNotForOneThatHangs)
     setLogSink({});
 }
 
+namespace {
+
+/// A keyring in memory, which can be out of reach.
+class FakeKeyring final : public SecretStore
+{
+public:
+    Result<std::optional<std::string>> read(const std::string &name) override
+    {
+        if (!answers)
+            return noAnswer();
+        const auto found = held.find(name);
+        return found == held.end() ? std::nullopt : std::optional(found->second);
+    }
+    Result<void> write(const std::string &name, const std::string &secret) override
+    {
+        if (!answers)
+            return noAnswer();
+        held[name] = secret;
+        return {};
+    }
+    Result<void> remove(const std::string &name) override
+    {
+        held.erase(name);
+        return {};
+    }
+
+    std::map<std::string, std::string> held;
+    bool answers = true;
+
+private:
+    static Failure noAnswer() { return Failure(Error{"test", 1, "No keyring answers.", {}}); }
+};
+
+} // namespace
+
+TEST_F(SettingsFiles, aSecretLiesInTheKeyringAndNeverInTheFile)
+{
+    FakeKeyring keyring;
+    JsonSettingsFile file(path);
+    Settings settings(file, {}, {&keyring, {"password"}});
+    for (const char *password : {"hunter2", "changed"}) {
+        settings.set("password", std::string(password));
+        settings.set("name", std::string("ana"));
+        EXPECT_EQ(settings.secret("password"), password);
+        ASSERT_TRUE(settings.synchronize());
+        EXPECT_EQ(keyring.held["password"], password);
+        EXPECT_EQ(settings.secret("password"), password);
+        for (const auto &entry : fs::directory_iterator(path.parent_path()))
+            EXPECT_EQ(contents(entry.path()).find(password), std::string::npos) << entry.path();
+    }
+    JsonSettingsFile sameFile(path);
+    Settings another(sameFile, {}, {&keyring, {"password"}});
+    EXPECT_TRUE(another.isInSecretStore("password"));
+    EXPECT_EQ(another.secret("password"), "changed");
+    keyring.answers = false;
+    EXPECT_EQ(another.secret("password").error().message, "No keyring answers.");
+    EXPECT_FALSE(Settings(sameFile, {}).secret("password")); // a program without a keyring
+    keyring.answers = true;
+    keyring.held.clear();
+    EXPECT_EQ(another.secret("password").error().code, static_cast<int>(SettingsErrorCode::NoSecret));
+
+    settings.set("password", std::string());
+    ASSERT_TRUE(settings.synchronize());
+    EXPECT_TRUE(keyring.held.empty());
+    EXPECT_EQ(settings.secret("password"), "");
+}
+
+TEST_F(SettingsFiles, aSecretThatNoKeyringTakesLiesInTheFile)
+{
+    setLogSink([](std::string_view) {});
+    FakeKeyring keyring;
+    JsonSettingsFile file(path);
+    Settings settings(file, {}, {&keyring, {"password"}});
+    settings.set("password", std::string("first"));
+    ASSERT_TRUE(settings.synchronize());
+    keyring.answers = false;
+    settings.set("password", std::string("second"));
+    ASSERT_TRUE(settings.synchronize());
+    EXPECT_FALSE(settings.isInSecretStore("password"));
+    EXPECT_EQ(settings.secret("password"), "second"); // the first, still in the keyring, is not mistaken for it
+    EXPECT_EQ(Settings(file, {}).text("password"), "second");
+    setLogSink({});
+}
+
 TEST(Settings, readAsTheirDefaultsUntilSet)
 {
     MemorySettingsFile file;

@@ -29,7 +29,8 @@ def key_file(path):
 
 def output(*command, **variables):
     """How a command ends and what it says, in a session without a screen."""
-    session = {"QT_QPA_PLATFORM": "offscreen", "XDG_RUNTIME_DIR": tempfile.gettempdir(), "QT_LOGGING_RULES": "*=false",
+    session = {"QT_QPA_PLATFORM": "offscreen", "DBUS_SESSION_BUS_ADDRESS": "disabled:",
+               "XDG_RUNTIME_DIR": tempfile.gettempdir(), "QT_LOGGING_RULES": "*=false",
                "ASAN_OPTIONS": "detect_leaks=0"}  # the programs let nothing read their memory
     done = subprocess.run([str(word) for word in command], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                           stderr=subprocess.STDOUT, text=True, env=os.environ | session | variables)

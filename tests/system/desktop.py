@@ -60,6 +60,9 @@ class Desktop:
         bus = self.start(["dbus-daemon", "--session", "--nofork", "--print-address=1"], stdout=subprocess.PIPE, text=True)
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = first_line(bus.stdout)
         self.start(["openbox"])
+        keyring = self.start(["/usr/bin/python3", os.path.join(os.path.dirname(__file__), "../support/secret_service.py")],
+                             stdout=subprocess.PIPE, text=True)
+        first_line(keyring.stdout)
         os.environ.update(self.environment)  # for the library that speaks to the accessibility bus
         import gi
         gi.require_version("Atspi", "2.0")

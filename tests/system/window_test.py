@@ -84,6 +84,8 @@ class Window(unittest.TestCase):
                                ("SyncToToodledo", "true")):
                 self.qvl("settings", key, value, side=side)
             self.qvl("settings", "ToodleDoPassword", "-", side=side, given=password)
+            with open(f"{self.folder.name}/{side}.json", encoding="utf-8") as settings:
+                self.assertNotIn(password, settings.read())  # but in the keyring
 
     # What is promised.
 
