@@ -273,6 +273,8 @@ Settings::Keys Settings::refresh()
     if (!writing || !m_file.isChangedElsewhere())
         return {};
     auto stored = m_file.read();
+    if (!stored)
+        logLine(stored.error().message + " " + stored.error().detail);
     return stored && !stored->empty() ? adopt(std::move(*stored)) : Keys();
 }
 

@@ -167,12 +167,14 @@ int main(int argc, char **argv)
             return platform::makeLocationManager(
                 chosen.text(model::keys::NmeaSource), chosen.integer(model::keys::NmeaBaudRate), name);
         }});
-    QObject::connect(&application, &QCoreApplication::aboutToQuit, &application, [&keyring] { keyring.cancel(); });
     views::MainWindow window(delegate);
     user.setWindow(&window);
     QObject::connect(&window, &views::MainWindow::appearanceChanged, &window, applyTheme);
     views::QuickEntry quickEntry(delegate);
     app::TerminationSignals terminationSignals;
+    const auto leaveKeyring = [&keyring] { keyring.cancel(); }; // nobody may be there to unlock it
+    QObject::connect(&terminationSignals, &app::TerminationSignals::terminationRequested, &application, leaveKeyring);
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, &application, leaveKeyring);
     QObject::connect(&terminationSignals, &app::TerminationSignals::terminationRequested, &window, &QWidget::close);
     platform::LauncherBadge launcherBadge(bus, application.desktopFileName());
     QObject::connect(&delegate, &app::TMApplicationDelegate::dockBadgeChanged, &window,
