@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "foundation/log.h"
 #include "foundation/settings.h"
+#include "support/files.h"
 #include "support/temporary_folder.h"
 
 #include <gtest/gtest.h>
@@ -23,19 +24,7 @@ protected:
         fs::create_directories(path.parent_path());
         std::ofstream(path, std::ios::binary) << text;
     }
-    static std::string contents(const fs::path &file)
-    {
-        std::ifstream stream(file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
-    [[nodiscard]] std::vector<std::string> names() const
-    {
-        std::vector<std::string> found;
-        for (const auto &entry : fs::directory_iterator(path.parent_path()))
-            found.push_back(entry.path().filename().string());
-        std::sort(found.begin(), found.end());
-        return found;
-    }
+    [[nodiscard]] std::vector<std::string> names() const { return support::namesIn(path.parent_path()); }
 
     support::TemporaryFolder folder;
     fs::path path = folder.path() / "deep" / "folder" / "settings.json";
@@ -102,7 +91,7 @@ TEST_F(SettingsFiles, aDamagedFileIsKeptAsideAndReported)
         EXPECT_EQ(settings.integer("a"), 7);
         ASSERT_EQ(names().size(), 1U);
         EXPECT_TRUE(names().front().starts_with("settings.json.damaged-20")) << names().front();
-        EXPECT_EQ(contents(path.parent_path() / names().front()), damage);
+        EXPECT_EQ(support::contents(path.parent_path() / names().front()), damage);
         settings.set("a", std::int64_t{8});
         EXPECT_TRUE(settings.synchronize());
         EXPECT_EQ(names().size(), 2U);

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "network/faults.h"
 
+#include "support/repeated.h"
+
 namespace network {
 
 namespace {
 
+using support::repeated;
 using testing_support::Greeting;
 using testing_support::ScriptedHttpServer;
 using testing_support::ScriptedReply;
@@ -32,15 +35,6 @@ template <int status> ScriptedReply with(const std::string &good, const std::str
 ScriptedReply redirect(int status, const std::string &location, const std::string &good)
 {
     return {.body = good, .status = status, .headers = "Location: " + location + "\r\n"};
-}
-
-std::string repeated(std::string_view text, std::size_t times)
-{
-    std::string result;
-    result.reserve(text.size() * times);
-    for (std::size_t i = 0; i < times; ++i)
-        result += text;
-    return result;
 }
 
 /// The good reply with `text` just inside its outermost element.

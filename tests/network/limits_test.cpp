@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "network/operations.h"
 #include "objectstore/predicate.h"
+#include "support/repeated.h"
 #include "support/scripted_http_server.h"
 #include "toodledo/curl_transport.h"
 
@@ -12,6 +13,7 @@
 #include <unistd.h>
 
 using namespace network;
+using support::repeated;
 using testing_support::ScriptedHttpServer;
 using testing_support::ScriptedReply;
 
@@ -68,15 +70,6 @@ template <typename Work> void expectLittleMemory(const char *name, Work work, lo
     const long memory = memoryFor(name, work);
     EXPECT_GE(memory, 0) << name;
     EXPECT_LE(memory, limit) << name;
-}
-
-std::string repeated(std::string_view text, std::size_t times)
-{
-    std::string result;
-    result.reserve(text.size() * times);
-    for (std::size_t i = 0; i < times; ++i)
-        result += text;
-    return result;
 }
 
 /// Whether a client that asks for tasks is told of a failure, or given the one title that `title` says.

@@ -110,26 +110,6 @@ TEST(MergeChanges, keepsUnsavedChangesForTheNextSaveToDecide)
     EXPECT_EQ(readers.our->integer("pages"), 9);
 }
 
-TEST(MergeExternalChanges, noticesWhatAnotherConnectionWrote)
-{
-    TwoReaders readers(MergePolicy::Rollback);
-    EXPECT_FALSE(value(readers.ours->mergeExternalChanges()));
-    readers.their->setValue("title", std::string("Theirs"));
-    book(*readers.theirs, "New");
-    value(readers.theirs->save());
-    std::vector<std::string> inserted;
-    const Subscription subscription
-        = readers.ours->onObjectsDidChange([&](const ObjectsChange &change) { inserted = titles(change.inserted); });
-    EXPECT_TRUE(value(readers.ours->mergeExternalChanges()));
-    EXPECT_EQ(readers.our->text("title"), "Theirs");
-    EXPECT_THAT(inserted, ElementsAre("New"));
-    EXPECT_FALSE(value(readers.ours->mergeExternalChanges()));
-    readers.theirs->remove(*readers.their);
-    value(readers.theirs->save());
-    EXPECT_TRUE(value(readers.ours->mergeExternalChanges()));
-    EXPECT_TRUE(readers.our->isDeleted());
-}
-
 TEST(MergeExternalChanges, announcesAgainNoneOfTheSavesThatWereMergedBefore)
 {
     TwoReaders readers(MergePolicy::Rollback);

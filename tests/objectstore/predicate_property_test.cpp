@@ -11,9 +11,10 @@ using namespace library;
 
 namespace {
 
+/// A number below the limit, of a small case as well, which would else know the first choices alone.
 int draw(int below)
 {
-    return *rc::gen::inRange(0, below);
+    return *rc::gen::resize(rc::kNominalSize, rc::gen::inRange(0, below));
 }
 
 template <typename T, std::size_t N> const T &oneOf(const std::array<T, N> &choices)

@@ -2,10 +2,12 @@
 #include "objectstore/connection.h"
 #include "objectstore/library.h"
 #include "objectstore/predicate_node.h"
+#include "support/repeated.h"
 
 #include <gmock/gmock.h>
 
 using namespace library;
+using support::repeated;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -70,14 +72,6 @@ ParseError mistake(std::string_view text, std::initializer_list<Argument> argume
 {
     const auto parsed = Predicate::parse(text, arguments);
     return parsed ? ParseError{"was read as " + parsed->text(), 0} : parsed.error();
-}
-
-std::string repeated(std::string_view text, int times)
-{
-    std::string result;
-    for (int i = 0; i < times; ++i)
-        result += text;
-    return result;
 }
 
 } // namespace

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "support/files.h"
 #include "support/temporary_folder.h"
 
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <string>
 
@@ -26,15 +25,8 @@ struct Certificate {
         if (std::system(command.c_str()) != 0)
             throw std::runtime_error("no certificate");
     }
-    [[nodiscard]] std::string text() const { return contentsOf(file); }
-    [[nodiscard]] std::string keyText() const { return contentsOf(keyFile); }
-
-private:
-    static std::string contentsOf(const std::string &name)
-    {
-        std::ifstream stream(name);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
+    [[nodiscard]] std::string text() const { return support::contents(file); }
+    [[nodiscard]] std::string keyText() const { return support::contents(keyFile); }
 };
 
 } // namespace calling

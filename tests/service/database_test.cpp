@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "service/caller.h"
+#include "support/files.h"
 #include "support/temporary_folder.h"
 
 #include <fstream>
@@ -7,15 +8,10 @@
 #include <thread>
 
 using namespace calling;
+using support::contents;
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string bytesOf(const fs::path &file)
-{
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 void write(const fs::path &file, const std::string &bytes)
 {
@@ -60,7 +56,7 @@ TEST(Database, keepsNoPasswordAndNoKey)
 {
     const support::TemporaryFolder place;
     const std::string key = filledFile(place.path());
-    const std::string bytes = bytesOf(place.path() / "service.db");
+    const std::string bytes = contents(place.path() / "service.db");
     EXPECT_EQ(bytes.find("secret"), std::string::npos);
     EXPECT_EQ(bytes.find(key), std::string::npos);
     EXPECT_NE(bytes.find(service::md5("secret")), std::string::npos);
@@ -70,7 +66,7 @@ TEST(Database, thatIsDamagedNewerOrNoneIsRefusedUntouched)
 {
     const support::TemporaryFolder place;
     (void)filledFile(place.path());
-    const std::string good = bytesOf(place.path() / "service.db");
+    const std::string good = contents(place.path() / "service.db");
     std::string torn = good;
     for (std::size_t i = torn.size() / 2; i < torn.size() / 2 + 6000; ++i)
         torn[i] = static_cast<char>(i * 7);
@@ -82,7 +78,7 @@ TEST(Database, thatIsDamagedNewerOrNoneIsRefusedUntouched)
         const auto database = service::Database::open(place.path());
         ASSERT_FALSE(database) << bad.size();
         EXPECT_NE(database.error().find(bad == newer ? "newer version" : "service.db"), std::string::npos);
-        EXPECT_EQ(bytesOf(place.path() / "service.db"), bad);
+        EXPECT_EQ(contents(place.path() / "service.db"), bad);
     }
     write(place.path() / "service.db", good);
     EXPECT_TRUE(service::Database::open(place.path()));

@@ -2,9 +2,11 @@
 #include <gtest/gtest.h>
 
 #include "replies.h"
+#include "support/repeated.h"
 
 using namespace toodledo;
 using namespace std::string_literals;
+using support::repeated;
 
 namespace {
 
@@ -35,15 +37,6 @@ protected:
         return all.substr(0, place) + text + all.substr(place);
     }
 };
-
-std::string repeated(std::string_view text, std::size_t times)
-{
-    std::string result;
-    result.reserve(text.size() * times);
-    for (std::size_t i = 0; i < times; ++i)
-        result += text;
-    return result;
-}
 
 } // namespace
 
