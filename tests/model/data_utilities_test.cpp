@@ -92,28 +92,6 @@ TEST_F(DataUtilities, aTagNameThatIsNoPredicateTextFindsNothingAndIsLogged)
     EXPECT_EQ(tags->at("a\\"), &slashed);
 }
 
-TEST_F(DataUtilities, aPlacementMovesTheTask)
-{
-    const auto records = store.records();
-    auto &task = store.add(aTask().titled("Milk"));
-    auto &home = model::insert<model::Folders>(store.moc());
-    home.setFolderID(12);
-    auto &inbox = *records.getFolderById(0);
-    ASSERT_THAT(inbox.tasks(), ElementsAre(&task));
-
-    EXPECT_TRUE(records.addTaskToFolder(12, &task));
-    EXPECT_TRUE(records.addTaskToState(5, &task));
-    EXPECT_TRUE(records.addTaskToPriority(-1, &task));
-    EXPECT_TRUE(records.addTaskToContextId(0, &task));
-    EXPECT_EQ(task.folders(), &home);
-    EXPECT_THAT(inbox.tasks(), IsEmpty());
-    EXPECT_EQ(task.states()->state(), "Waiting");
-    EXPECT_EQ(task.priorities()->priority(), -1);
-
-    EXPECT_TRUE(records.addTaskToFolderByObject(&inbox, &task));
-    EXPECT_THAT(home.tasks(), IsEmpty());
-}
-
 TEST_F(DataUtilities, aPlacementThatHasNoTargetLeavesTheTaskWhereItWasAndAFailedFetchIsShown)
 {
     const auto records = store.records();

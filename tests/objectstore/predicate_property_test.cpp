@@ -33,10 +33,11 @@ Value text()
 }
 Value number()
 {
-    static const std::array<Value, 13> choices{std::int64_t{0}, std::int64_t{1}, std::int64_t{-1}, std::int64_t{2},
+    static const std::array<Value, 15> choices{std::int64_t{0}, std::int64_t{1}, std::int64_t{-1}, std::int64_t{2},
         std::int64_t{9007199254740993}, std::numeric_limits<std::int64_t>::max(),
         std::numeric_limits<std::int64_t>::min(), 0.0, -0.5, 1.0, 9007199254740992.0, 1e300,
-        std::numeric_limits<double>::infinity()};
+        std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity(),
+        std::numeric_limits<double>::quiet_NaN()};
     return oneOf(choices);
 }
 Value date()

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "faults/program.h"
 #include "service/caller.h"
-#include "service/certificate.h"
 #include "service/http_client.h"
 #include "support/temporary_folder.h"
+#include "support/tls_identity.h"
 
 #include <atomic>
 #include <csignal>
 #include <fstream>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <thread>
 
@@ -35,53 +35,26 @@ int run(const std::string &arguments, std::string *output = nullptr)
 class Program
 {
 public:
-    explicit Program(const std::string &folder, std::vector<std::string> more = {}, rlim_t longestFile = RLIM_INFINITY)
+    /// `shell` is said to a shell before the program takes its place.
+    explicit Program(const std::string &folder, const std::string &options = {}, const std::string &shell = ":")
+        : m_program({"/bin/sh", "-c",
+            shell + "; exec " SERVICE_PROGRAM " --listen 127.0.0.1:0 --tokens-per-hour 100 --data '" + folder + "' "
+                + options})
     {
-        int output[2];
-        if (::pipe(output) != 0)
-            throw std::runtime_error("no pipe");
-        std::vector<std::string> arguments{
-            SERVICE_PROGRAM, "--listen", "127.0.0.1:0", "--data", folder, "--tokens-per-hour", "100"};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        std::vector<char *> pointers;
-        for (std::string &argument : arguments)
-            pointers.push_back(argument.data());
-        pointers.push_back(nullptr);
-        m_process = ::fork();
-        if (m_process == 0) {
-            ::dup2(output[1], 1);
-            const rlimit limit{longestFile, longestFile};
-            ::setrlimit(RLIMIT_FSIZE, &limit);
-            ::execv(SERVICE_PROGRAM, pointers.data());
-            ::_exit(127);
-        }
-        ::close(output[1]);
-        std::string line;
-        for (char character; ::read(output[0], &character, 1) == 1 && character != '\n';)
-            line += character;
-        ::close(output[0]);
         const std::string start = "listening on ";
+        const std::string line = m_program.line(10s).value_or("");
         m_address = line.starts_with(start) ? line.substr(start.size()) : "";
-    }
-    Program(const Program &) = delete;
-    Program &operator=(const Program &) = delete;
-    ~Program()
-    {
-        if (m_process > 0)
-            (void)end(SIGKILL);
     }
     /// Sends the signal and returns what the process ended with.
     int end(int signal)
     {
-        int status = 0;
-        ::kill(m_process, signal);
-        ::waitpid(std::exchange(m_process, 0), &status, 0);
-        return status;
+        m_program.kill(signal);
+        return m_program.wait(10s).value_or(-1);
     }
     [[nodiscard]] const std::string &address() const { return m_address; }
 
 private:
-    pid_t m_process = 0;
+    faults::RunningProgram m_program;
     std::string m_address;
 };
 
@@ -174,7 +147,7 @@ TEST(Program, F59_refusesWhatItCannotStoreAndKeepsTheRest)
     addUser(folder);
     std::vector<std::string> acknowledged;
     {
-        const Program program(folder, {}, 600'000); // as on a disk that is full
+        const Program program(folder, {}, "ulimit -f 1171"); // blocks of 512 bytes, as on a disk that is full
         LoggedIn ana(program);
         std::string reply;
         while (acknowledged.size() < 200) {
@@ -243,25 +216,30 @@ TEST(Program, leavesAFolderToTheServiceThatHasIt)
 TEST(Program, speaksTlsAndPlainHttpOnOnePort)
 {
     const support::TemporaryFolder place;
-    const Certificate certificate;
+    const testing_support::TlsIdentity identity;
+    const std::string certificate = place.path() / "certificate.pem";
+    const std::string key = place.path() / "key.pem";
+    std::ofstream(certificate) << identity.pem();
+    std::ofstream(key) << identity.keyPem();
+    const std::string options = "--tls-cert " + certificate + " --tls-key " + key;
     const std::string folder = place.path() / "data";
     addUser(folder);
-    Program program(folder, {"--tls-cert", certificate.file, "--tls-key", certificate.keyFile});
+    Program program(folder, options);
     LoggedIn ana(program); // over plain http
     HttpClient &client = ana.client;
     ana.base = "https://" + program.address();
     EXPECT_EQ(client.get(ana.base + "/api.php").status, 0); // nobody vouches for it
-    client.trust(certificate.file);
+    client.trust(certificate);
     EXPECT_EQ(inside(ana.ask("getAccountInfo"), "pro"), "1");
     EXPECT_EQ(program.end(SIGTERM), 0);
 
-    Program strict(folder, {"--tls-cert", certificate.file, "--tls-key", certificate.keyFile, "--tls-only"});
+    Program strict(folder, options + " --tls-only");
     EXPECT_EQ(client.get("http://" + strict.address() + "/api.php").status, 0);
     EXPECT_EQ(client.get("https://" + strict.address() + "/api.php").status, 200);
     EXPECT_EQ(strict.end(SIGTERM), 0);
 
     std::string output;
-    const std::string twice = " --tls-cert " + certificate.keyFile + " --tls-key " + certificate.keyFile;
+    const std::string twice = " --tls-cert " + key + " --tls-key " + key;
     EXPECT_EQ(run("--data " + folder + " --listen 127.0.0.1:0" + twice, &output), 1);
     EXPECT_NE(output.find("certificate"), std::string::npos) << output;
 }

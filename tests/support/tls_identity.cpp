@@ -53,6 +53,15 @@ Certificate selfSigned(EVP_PKEY *key, const TestCertificate &wanted)
     return certificate;
 }
 
+template <typename Write> std::string textOf(const Write &write)
+{
+    const std::unique_ptr<BIO, Freed<BIO_free_all>> memory(BIO_new(BIO_s_mem()));
+    write(memory.get());
+    char *bytes = nullptr;
+    const long size = BIO_get_mem_data(memory.get(), &bytes);
+    return {bytes, static_cast<std::size_t>(size)};
+}
+
 } // namespace
 
 struct TlsIdentity::Secrets {
@@ -79,11 +88,14 @@ TlsIdentity::~TlsIdentity() = default;
 
 std::string TlsIdentity::pem() const
 {
-    const std::unique_ptr<BIO, Freed<BIO_free_all>> memory(BIO_new(BIO_s_mem()));
-    PEM_write_bio_X509(memory.get(), m_secrets->certificate.get());
-    char *bytes = nullptr;
-    const long size = BIO_get_mem_data(memory.get(), &bytes);
-    return {bytes, static_cast<std::size_t>(size)};
+    return textOf([this](BIO *text) { PEM_write_bio_X509(text, m_secrets->certificate.get()); });
+}
+
+std::string TlsIdentity::keyPem() const
+{
+    return textOf([this](BIO *text) {
+        PEM_write_bio_PrivateKey(text, m_secrets->key.get(), nullptr, nullptr, 0, nullptr, nullptr);
+    });
 }
 
 SSL_CTX *TlsIdentity::context() const

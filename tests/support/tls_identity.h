@@ -25,6 +25,7 @@ public:
 
     /// The certificate, for clients that are to trust it.
     [[nodiscard]] std::string pem() const;
+    [[nodiscard]] std::string keyPem() const;
     [[nodiscard]] SSL_CTX *context() const;
 
 private:

@@ -24,11 +24,12 @@ enum class Fault { None, RequestLost, ReplyLost, CutOffAfter };
 struct Line {
     std::vector<std::string> methods = {}; ///< that were asked for, in their order
     std::size_t longestBody = 0;
-    std::size_t faultAt = 1; ///< which request of several calls, from 1
+    std::string struck = "several"; ///< the method that the fault strikes
+    std::size_t faultAt = 1; ///< which of its requests, from 1
     Fault fault = Fault::None;
     bool isCut = false;
 
-    [[nodiscard]] std::size_t count(const char *method) const
+    [[nodiscard]] std::size_t count(const std::string &method) const
     {
         return static_cast<std::size_t>(std::ranges::count(methods, method));
     }
@@ -44,7 +45,7 @@ public:
         const std::size_t from = request.url.find("method=") + 7;
         m_line.methods.push_back(request.url.substr(from, request.url.find(';', from) - from));
         m_line.longestBody = std::max(m_line.longestBody, request.body.size());
-        const bool isStruck = m_line.methods.back() == "several" && m_line.count("several") == m_line.faultAt;
+        const bool isStruck = m_line.methods.back() == m_line.struck && m_line.count(m_line.struck) == m_line.faultAt;
         const Fault fault = isStruck ? m_line.fault : Fault::None;
         if (fault == Fault::RequestLost || m_line.isCut)
             return failure();
@@ -189,6 +190,33 @@ TEST_F(Sending, sendsLengthsAfterTheTasksAndTellsOfTheOneThatIsRefused)
     EXPECT_THAT(ask("getTasks;key=" + device.settings.text("toodledoKey")), HasSubstr("<length>45</length>"));
     EXPECT_FALSE(device.task("4").isNew());
     EXPECT_TRUE(device.task(std::string(17'000, 't')).isNew());
+}
+
+TEST_F(Sending, F02_aTaskIsThereOnceThoughAnotherComputerChangedItBeforeItsAddWasAnswered)
+{
+    start();
+    SyncDevice work(server->address());
+    const auto syncThere = [&] {
+        device.store.clock.advance(60);
+        work.store.clock.set(device.store.clock.now());
+        EXPECT_EQ(work.sync(), SyncOutcome::Completed);
+        work.store.clock.advance(30);
+    };
+    device.store.add(aTask().titled("Milk")).setValue("reminder", std::int64_t{5});
+    line.struck = "addTask";
+    line.fault = Fault::CutOffAfter;
+    EXPECT_EQ(sync(), SyncOutcome::Incomplete);
+    line.fault = Fault::None;
+    syncThere();
+    work.edit(work.task("Milk"), "title", std::string("Oat milk"));
+    syncThere();
+
+    EXPECT_EQ(sync(), SyncOutcome::Completed);
+    EXPECT_THAT(device.store.all("Tasks"), SizeIs(1));
+    EXPECT_EQ(sync(), SyncOutcome::Completed);
+    EXPECT_EQ(device.task("Oat milk").integer("reminder"), 5) << "it is the one that was made here";
+    syncThere();
+    EXPECT_THAT(work.taskTitles(), ElementsAre("Oat milk"));
 }
 
 TEST_P(StruckSending, doublesAndLosesNothing)

@@ -127,7 +127,7 @@ TEST_F(Transport, F29_followsNoRedirection)
 
 TEST_F(Transport, F30_takesNoStatusBut200)
 {
-    for (const int status : {201, 204, 206, 300, 304, 400, 401, 407, 429, 500, 503, 599}) {
+    for (const int status : {201, 204, 206, 300, 304, 400, 401, 403, 404, 407, 429, 500, 502, 503, 599}) {
         EXPECT_EQ(failureOf({.body = status == 304 || status == 204 ? "" : "<tasks/>", .status = status}),
             HttpErrorCode::Status);
         EXPECT_EQ(sink.body, "") << status;
