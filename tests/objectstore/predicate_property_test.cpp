@@ -287,22 +287,28 @@ void readsBack(const Predicate &predicate)
 /// `context` answers the same in every way that it can be asked.
 void agree(ObjectContext &context, const Predicate &predicate)
 {
-    const FetchRequest request{.entity = "Book", .predicate = predicate, .sortDescriptors = {}};
+    FetchRequest request{.entity = "Book", .predicate = predicate, .sortDescriptors = {}};
     std::vector<ManagedObject *> inMemory = fetch(context, "Book");
     std::erase_if(inMemory, [&](const ManagedObject *object) { return !predicate.matches(*object); });
-    const auto expected = keys(inMemory);
-    RC_ASSERT(keys(value(context.fetch(request))) == expected);
-    RC_ASSERT(value(context.count(request)) == static_cast<std::int64_t>(expected.size()));
     std::vector<std::int64_t> visited;
-    RC_ASSERT(context
-                  .fetchValues(request, {"title"},
-                      [&](const ObjectID &id, std::span<const ValueView>) { visited.push_back(id.key); })
-                  .has_value());
-    RC_ASSERT(visited == expected);
-    visited.clear();
     RC_ASSERT(context.fetchIDs(request, [&](const ObjectID &id) { visited.push_back(id.key); }).has_value());
     std::sort(visited.begin(), visited.end());
-    RC_ASSERT(visited == expected);
+    RC_ASSERT(visited == keys(inMemory));
+
+    request.limit = draw(4); // 0 is none
+    if (request.limit > 0 && inMemory.size() > static_cast<std::size_t>(request.limit))
+        inMemory.resize(static_cast<std::size_t>(request.limit));
+    RC_ASSERT(keys(value(context.fetch(request))) == keys(inMemory));
+    RC_ASSERT(value(context.count(request)) == static_cast<std::int64_t>(inMemory.size()));
+    const std::vector<std::string> columns{"title", "pages", "shelf"};
+    visited.clear();
+    const auto visit = [&](const ObjectID &id, std::span<const ValueView> values) {
+        for (std::size_t i = 0; i < columns.size(); ++i)
+            RC_ASSERT(sameValue(values[i], context.object(id)->value(columns[i])));
+        visited.push_back(id.key);
+    };
+    RC_ASSERT(context.fetchValues(request, columns, visit).has_value());
+    RC_ASSERT(visited == keys(inMemory));
 }
 
 } // namespace

@@ -94,5 +94,5 @@ TEST(CertificateRule, F44_holdsForTheDomainAndWhatIsBelowIt)
         EXPECT_TRUE(allowsAnyHttpsCertificate(host, "example.org")) << host;
     for (const char *host : {"evilexample.org", "example.org.evil.net", "org", "example.orgx", "", "xample.org"})
         EXPECT_FALSE(allowsAnyHttpsCertificate(host, "example.org")) << host;
-    EXPECT_FALSE(allowsAnyHttpsCertificate("example.org", "") || allowsAnyHttpsCertificate("", ""));
+    EXPECT_FALSE(allowsAnyHttpsCertificate("example.org.", "") || allowsAnyHttpsCertificate("", ""));
 }
