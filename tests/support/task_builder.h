@@ -17,19 +17,10 @@ namespace support {
 class TaskBuilder
 {
 public:
-    TaskBuilder &titled(std::string title)
-    {
-        return then([title](model::Tasks &task, auto &) { task.setTitle(title); });
-    }
+    TaskBuilder &titled(const std::string &title) { return with(&model::Tasks::setTitle, title); }
     /// Minutes before the due date.
-    TaskBuilder &reminding(std::int64_t minutes)
-    {
-        return then([minutes](model::Tasks &task, auto &) { task.setReminder(minutes); });
-    }
-    TaskBuilder &noted(std::string notes)
-    {
-        return then([notes](model::Tasks &task, auto &) { task.setNotes(notes); });
-    }
+    TaskBuilder &reminding(std::int64_t minutes) { return with(&model::Tasks::setReminder, minutes); }
+    TaskBuilder &noted(const std::string &notes) { return with(&model::Tasks::setNotes, notes); }
     TaskBuilder &in(std::string folder)
     {
         return then([folder](model::Tasks &task, const model::DataUtilities &records) {
@@ -63,48 +54,21 @@ public:
             task.setRelated("priorities", &existing(records.getPriorityByName(name), name));
         });
     }
-    TaskBuilder &starting(std::string_view date)
-    {
-        return then([when = at(date)](model::Tasks &task, auto &) { task.setStartDate(when); });
-    }
-    TaskBuilder &due(std::string_view date)
-    {
-        return then([when = at(date)](model::Tasks &task, auto &) { task.setDueDate(when); });
-    }
-    TaskBuilder &modified(std::string_view date)
-    {
-        return then([when = at(date)](model::Tasks &task, auto &) { task.setModifiedDate(when); });
-    }
+    TaskBuilder &starting(std::string_view date) { return with(&model::Tasks::setStartDate, at(date)); }
+    TaskBuilder &due(std::string_view date) { return with(&model::Tasks::setDueDate, at(date)); }
+    TaskBuilder &modified(std::string_view date) { return with(&model::Tasks::setModifiedDate, at(date)); }
     TaskBuilder &completed(std::string_view date)
     {
-        return then([when = at(date)](model::Tasks &task, auto &) {
-            task.setComplete(true);
-            task.setCompletedDate(when);
-        });
+        return with(&model::Tasks::setComplete, true).with(&model::Tasks::setCompletedDate, at(date));
     }
-    TaskBuilder &starred()
-    {
-        return then([](model::Tasks &task, auto &) { task.setStar(true); });
-    }
-    TaskBuilder &inTheTrash()
-    {
-        return then([](model::Tasks &task, auto &) { task.setDeleteOnSync(true); });
-    }
-    TaskBuilder &emptiedFromTheTrash()
-    {
-        return inTheTrash().then([](model::Tasks &task, auto &) { task.setMarkedDeleted(true); });
-    }
-    TaskBuilder &atTheCurrentLocation()
-    {
-        return then([](model::Tasks &task, auto &) { task.setIsCurrentLocation(true); });
-    }
+    TaskBuilder &starred() { return with(&model::Tasks::setStar, true); }
+    TaskBuilder &inTheTrash() { return with(&model::Tasks::setDeleteOnSync, true); }
+    TaskBuilder &emptiedFromTheTrash() { return inTheTrash().with(&model::Tasks::setMarkedDeleted, true); }
+    TaskBuilder &atTheCurrentLocation() { return with(&model::Tasks::setIsCurrentLocation, true); }
     /// A task that the service knows by this id.
     TaskBuilder &sentAs(std::int64_t taskID)
     {
-        return then([taskID](model::Tasks &task, auto &) {
-            task.setTaskID(taskID);
-            task.setIsNew(false);
-        });
+        return with(&model::Tasks::setTaskID, taskID).with(&model::Tasks::setIsNew, false);
     }
 
     model::Tasks &addTo(const model::DataUtilities &records) const
@@ -118,6 +82,10 @@ public:
 private:
     using Step = std::function<void(model::Tasks &, const model::DataUtilities &)>;
 
+    template <class Setter, class Held> TaskBuilder &with(Setter setter, const Held &value)
+    {
+        return then([setter, value](model::Tasks &task, auto &) { (task.*setter)(value); });
+    }
     TaskBuilder &then(Step step)
     {
         m_steps.push_back(std::move(step));
