@@ -4,12 +4,12 @@
 #include "support/scripted_http_server.h"
 #include "support/sync_device.h"
 
+#include <SQLiteCpp/Database.h>
 #include <algorithm>
 #include <deque>
 #include <gmock/gmock.h>
 #include <map>
 #include <mutex>
-#include <sqlite3.h>
 #include <thread>
 
 using namespace support;
@@ -196,8 +196,6 @@ TEST_P(FailingRun, saysWhatIsWrongAndEndsInOrder)
 INSTANTIATE_TEST_SUITE_P(AtEachRequest, FailingRun,
     ::testing::Values(Failure{"getUserid", {"<userid>1</userid>"}, SyncOutcome::Failed, "Could not log on to Toodledo.",
                           "Login problem", ""},
-        Failure{"getUserid", {"<userid>0</userid>"}, SyncOutcome::Failed, "Could not log on to Toodledo.",
-            "Login problem", ""},
         Failure{"getUserid", {"<nonsense>"}, SyncOutcome::Failed, "Could not log on to Toodledo.", "Login problem",
             "Cannot log into Toodledo. Your credentials may be incorrect."},
         Failure{"getUserid", {"<error>too many failed logins</error>"}, SyncOutcome::Failed,
@@ -294,12 +292,8 @@ TEST(SyncRun, aRecordThatCannotBeReadIsNotLeftWithTheIdOfAnotherAccount)
     device.store.add(aTask().titled("Milk"));
     ASSERT_EQ(device.sync(), SyncOutcome::Completed);
 
-    const auto alter = [file = device.store.store().file()](const char *sql) {
-        sqlite3 *store = nullptr;
-        ASSERT_EQ(sqlite3_open(file.c_str(), &store), SQLITE_OK);
-        EXPECT_EQ(sqlite3_exec(store, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(store);
-        sqlite3_close(store);
-    };
+    const auto alter = [file = device.store.store().file().string()](
+                           const char *sql) { SQLite::Database(file, SQLite::OPEN_READWRITE).exec(sql); };
     const auto mend = [&alter] { alter("ALTER TABLE Folders RENAME COLUMN hidden TO folderID"); };
     service.answer("getUserid", {"<userid>c3d4</userid>"});
     service.before("getAccountInfo", [&alter] { alter("ALTER TABLE Folders RENAME COLUMN folderID TO hidden"); });
