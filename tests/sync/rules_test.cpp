@@ -185,11 +185,13 @@ TEST_P(AnyRules, foldersAndContextsTravelWithTheirTasksAndTheirNewNamesWhereThey
     EXPECT_THAT(contextTitles(work), UnorderedElementsAre("None", "Phone"));
     EXPECT_THAT(folderTitles(work), Contains("Inbox"));
 
+    work.store.records().getFolderByTitle("Hobby")->setPrivate(false);
     work.edit(*work.store.records().getFolderByTitle("Hobby"), "title", std::string("Pastime"));
     work.edit(*work.store.records().getContextByTitle("Phone"), "title", std::string("Telephone"));
     sync(work);
     sync(home);
     EXPECT_THAT(folderTitles(home), Contains("Pastime"));
+    EXPECT_FALSE(home.store.records().getFolderByTitle("Pastime")->isPrivate());
     EXPECT_THAT(contextTitles(home), UnorderedElementsAre("None", "Telephone"));
 }
 
