@@ -228,7 +228,7 @@ TEST_F(SettingsFiles, aSecretLiesInTheKeyringAndNeverInTheFile)
         EXPECT_EQ(keyring.held["password"], password);
         EXPECT_EQ(settings.secret("password"), password);
         for (const auto &entry : fs::directory_iterator(path.parent_path()))
-            EXPECT_EQ(contents(entry.path()).find(password), std::string::npos) << entry.path();
+            EXPECT_EQ(support::contents(entry.path()).find(password), std::string::npos) << entry.path();
     }
     JsonSettingsFile sameFile(path);
     Settings another(sameFile, {}, {&keyring, {"password"}});
