@@ -36,10 +36,6 @@ TEST_F(Commands, addATaskToTheFolderOrElseToTheInbox)
     EXPECT_EQ(inInbox.folders()->title(), "Inbox");
     EXPECT_EQ(inInbox.title(), "New Task");
     EXPECT_EQ(tasks.undoName(), QStringLiteral("Add Task"));
-}
-
-TEST_F(Commands, cloneMakesATaskWithoutATitle)
-{
     EXPECT_EQ(tasks.cloneTask(nullptr).title(), "");
 }
 
@@ -78,7 +74,7 @@ TEST_F(Commands, datesAreClearedForASingleTaskOnly)
     EXPECT_TRUE(second.dueDate());
 }
 
-TEST_F(Commands, deletingAFolderSendsItsTasksToTheInbox)
+TEST_F(Commands, deletingAFolderSendsItsTasksToTheInboxWhichStays)
 {
     auto &task = application.add(aTask().in("Garden"));
     auto &garden = *application.records().getFolderByTitle("Garden");
@@ -89,10 +85,6 @@ TEST_F(Commands, deletingAFolderSendsItsTasksToTheInbox)
     tasks.undo();
     EXPECT_EQ(task.folders(), &garden);
     EXPECT_FALSE(garden.markedForDeletion());
-}
-
-TEST_F(Commands, theInboxIsNotDeleted)
-{
     auto &inbox = *application.records().getFolderByTitle("Inbox");
     lists.deleteRecord(inbox);
     EXPECT_FALSE(inbox.markedForDeletion());

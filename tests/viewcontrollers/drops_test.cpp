@@ -28,9 +28,9 @@ protected:
 
 } // namespace
 
-TEST_F(Drop, onAFolderOrAContextFilesTheTasksThere)
+TEST_F(Drop, filesStartsOrDeletesTheTasksAsTheRowSays)
 {
-    auto &first = application.add(aTask().titled("One").in("House"));
+    auto &first = application.add(aTask().titled("One").in("House").due("2026-12-24"));
     auto &second = application.add(aTask().titled("Two"));
     auto &garden = application.addRecord<model::Folders>("Garden");
     auto &phone = application.addRecord<model::Contexts>("Phone");
@@ -39,22 +39,10 @@ TEST_F(Drop, onAFolderOrAContextFilesTheTasksThere)
     EXPECT_EQ(garden.tasks().size(), 2U);
     EXPECT_TRUE(drop({&first}, list.indexOf(phone)));
     EXPECT_EQ(first.contexts(), &phone);
+    EXPECT_TRUE(drop({&first}, list.indexOf(SourceKind::Today)));
+    EXPECT_EQ(first.startDate(), application.clock.now());
+    EXPECT_EQ(first.dueDate(), at("2026-12-24"));
     EXPECT_EQ(first.folders(), &garden);
-}
-
-TEST_F(Drop, onTodayOnlyStartsTheTaskToday)
-{
-    auto &task = application.add(aTask().titled("Call Ana").in("Home").due("2026-12-24"));
-    EXPECT_TRUE(drop({&task}, list.indexOf(SourceKind::Today)));
-    EXPECT_EQ(task.startDate(), application.clock.now());
-    EXPECT_EQ(task.dueDate(), at("2026-12-24"));
-    EXPECT_EQ(task.folders()->title(), "Home");
-}
-
-TEST_F(Drop, onTheTrashDeletesAndOnTheInboxFiles)
-{
-    auto &first = application.add(aTask().in("House"));
-    auto &second = application.add(aTask().in("House"));
     EXPECT_TRUE(drop({&first, &second}, list.indexOf(SourceKind::Trash)));
     EXPECT_TRUE(first.deleteOnSync() && second.deleteOnSync());
     EXPECT_TRUE(drop({&first}, list.indexOf(SourceKind::Inbox)));

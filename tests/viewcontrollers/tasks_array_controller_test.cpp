@@ -5,6 +5,8 @@
 #include "support/test_application.h"
 
 #include <QAbstractItemModelTester>
+#include <algorithm>
+#include <random>
 
 using support::aTask;
 using namespace viewcontrollers;
@@ -55,21 +57,32 @@ TEST_F(TaskList, leavesATaskThatWasTickedOffInItsRowUntilItIsReadAgain)
     EXPECT_EQ(titles(), "Bread");
 }
 
-TEST_F(TaskList, keepsItsRowsWhenAnotherProgramAddsOne)
+TEST_F(TaskList, keepsTheRowOfEveryTaskThatStaysWhicheverComeGoAndMove)
 {
-    application.add(aTask().titled("Milk"));
-    application.delegate().saveAction();
+    const auto seed = std::random_device()();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    std::vector<model::Tasks *> tasks;
+    for (int number = 0; number < 8; ++number)
+        tasks.push_back(&application.add(aTask()));
+    list.sort(static_cast<int>(TaskColumn::Length), Qt::AscendingOrder);
     showAll();
-    const QPersistentModelIndex milk = list.index(0, 0);
-    {
-        const auto other = application.openStore();
-        support::aTask().titled("Bread").addTo({other->managedObjectContext(), application.user});
-        ASSERT_TRUE(other->managedObjectContext().save());
+    for (int step = 0; step < 200 && !HasFailure(); ++step) {
+        std::vector<std::pair<QPersistentModelIndex, model::Tasks *>> rows;
+        for (int row = 0; row < list.rowCount(); ++row)
+            rows.emplace_back(list.index(row, 1), list.task(row));
+        for (model::Tasks *task : tasks) {
+            task->setLength(random() % 100);
+            task->setDeleteOnSync(random() % 3 == 0);
+        }
+        application.moc().processPendingChanges();
+        list.rearrangeObjects();
+        for (const auto &[index, task] : rows)
+            EXPECT_EQ(list.task(index), task->deleteOnSync() ? nullptr : task);
+        EXPECT_EQ(list.rowCount(), std::ranges::count(tasks, false, &model::Tasks::deleteOnSync));
+        for (int row = 1; row < list.rowCount(); ++row)
+            EXPECT_LE(list.task(row - 1)->length(), list.task(row)->length());
     }
-    application.delegate().mergeExternalChanges();
-    list.rearrangeObjects();
-    EXPECT_EQ(titles(), "Bread|Milk");
-    EXPECT_EQ(milk.row(), 1);
 }
 
 TEST_F(TaskList, dropsTheRowOfATaskThatIsDeleted)
