@@ -2,20 +2,8 @@
 #include "cli/csv.h"
 
 #include <gtest/gtest.h>
-#include <rapidcheck/gtest.h>
 
 namespace {
-
-RC_GTEST_PROP(Csv, whateverIsWrittenIsReadBack, (std::vector<cli::CsvRow> rows))
-{
-    std::string text;
-    std::erase_if(rows, [](const cli::CsvRow &row) { return row.empty(); });
-    for (const cli::CsvRow &row : rows)
-        cli::appendCsv(text, row);
-    const auto read = cli::readCsv(text);
-    RC_ASSERT(read.has_value());
-    RC_ASSERT(*read == rows);
-}
 
 TEST(Csv, readsWhatOtherProgramsWrite)
 {
