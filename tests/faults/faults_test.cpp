@@ -49,6 +49,13 @@ void expectSurvives(std::string_view name, const std::vector<FaultKind> &kinds, 
     EXPECT_GE(io.struck, static_cast<long>(points.size()) / 4) << "the faults must strike";
 }
 
+foundation::Result<std::unique_ptr<model::TaskStore>> open(const fs::path &folder)
+{
+    static const TestClock clock;
+    static CollectedErrors errors;
+    return model::TaskStore::open(folder, clock, errors);
+}
+
 /// Runs `work` in a process of its own, whose limits and masks may be changed.
 void inAnotherProcess(const std::function<void(Notes &)> &work)
 {
@@ -66,13 +73,20 @@ void limit(int resource, rlim_t value)
     ::setrlimit(static_cast<__rlimit_resource>(resource), &held);
 }
 
+/// Copies the store into one whole file in `folder`, as if it had been closed.
+fs::path copyInto(const fs::path &folder, const TestStore &store)
+{
+    fs::path copy = folder / model::TaskStore::fileName;
+    SQLite::Database((store.folder.path() / model::TaskStore::fileName).string())
+        .exec("VACUUM INTO '" + copy.string() + "'");
+    return copy;
+}
+
 /// Opens the store in `folder` and expects a refusal with a sentence and every file as it was.
 void expectRefused(const fs::path &folder)
 {
     const std::string before = contents(folder / model::TaskStore::fileName);
-    TestClock clock;
-    CollectedErrors errors;
-    const auto opened = model::TaskStore::open(folder, clock, errors);
+    const auto opened = open(folder);
     ASSERT_FALSE(opened);
     EXPECT_NE(opened.error().message, "");
     EXPECT_EQ(contents(folder / model::TaskStore::fileName), before);
@@ -129,9 +143,7 @@ TEST(Faults, F10_a_limit_of_file_size_is_an_error_like_any_other)
     const TestStore prepared;
     inAnotherProcess([&](Notes &notes) {
         std::signal(SIGXFSZ, SIG_IGN);
-        TestClock clock;
-        CollectedErrors errors;
-        const auto store = model::TaskStore::open(prepared.folder.path(), clock, errors).value();
+        const auto store = open(prepared.folder.path()).value();
         auto &context = store->managedObjectContext();
         model::insert<model::Tasks>(context).setNotes(std::string(200000, 'n'));
         limit(RLIMIT_FSIZE, fs::file_size(prepared.folder.path() / "Quelvin.qvl-wal") + 20000);
@@ -148,9 +160,7 @@ TEST(Faults, F11_a_store_that_cannot_be_written_is_opened_for_reading)
     const TemporaryFolder temporary;
     const fs::path folder = temporary.path() / "Quelvin";
     {
-        TestClock clock;
-        CollectedErrors errors;
-        const auto store = model::TaskStore::open(folder, clock, errors).value();
+        const auto store = open(folder).value();
         model::insert<model::Tasks>(store->managedObjectContext()).setTitle("to be read");
         ASSERT_TRUE(store->managedObjectContext().save());
     }
@@ -184,8 +194,6 @@ TEST(Faults, F11_a_store_that_cannot_be_written_is_opened_for_reading)
 TEST(Faults, F12_what_lies_in_the_way_of_the_store_is_told)
 {
     const TemporaryFolder temporary;
-    TestClock clock;
-    CollectedErrors errors;
     const auto folderOf = [&](const char *name) {
         const fs::path folder = temporary.path() / name;
         fs::create_directories(folder);
@@ -196,22 +204,15 @@ TEST(Faults, F12_what_lies_in_the_way_of_the_store_is_told)
     fs::create_directory(folderOf("folder") / model::TaskStore::fileName);
     std::ofstream(temporary.path() / "file") << "a file";
     for (const char *name : {"broken link", "full", "folder", "file"}) {
-        const auto opened = model::TaskStore::open(temporary.path() / name, clock, errors);
+        const auto opened = open(temporary.path() / name);
         ASSERT_FALSE(opened) << name;
         EXPECT_NE(opened.error().message, "") << name;
     }
-    EXPECT_TRUE(model::TaskStore::open(temporary.path() / "missing" / "folders", clock, errors));
+    EXPECT_TRUE(open(temporary.path() / "missing" / "folders"));
 }
 
 TEST(Faults, F13_a_broken_store_is_refused_and_never_written)
 {
-    TestStore prepared;
-    prepared.save();
-    const fs::path file = prepared.folder.path() / model::TaskStore::fileName;
-    {
-        const TestStore closed;
-        fs::copy_file(closed.folder.path() / model::TaskStore::fileName, file, fs::copy_options::overwrite_existing);
-    }
     const TemporaryFolder folder;
     const fs::path broken = folder.path() / model::TaskStore::fileName;
     const auto breakAs = [&](const std::string &bytes) { std::ofstream(broken, std::ios::binary) << bytes; };
@@ -233,9 +234,7 @@ TEST(Faults, F13_F14_a_check_finds_what_opening_does_not_read)
     store.save();
     EXPECT_TRUE(objectstore::quickCheck(store.store()));
     const TemporaryFolder copy;
-    const fs::path file = copy.path() / model::TaskStore::fileName;
-    SQLite::Database((store.folder.path() / model::TaskStore::fileName).string())
-        .exec("VACUUM INTO '" + file.string() + "'");
+    const fs::path file = copyInto(copy.path(), store);
     std::string bytes = contents(file);
     for (std::size_t page = bytes.size() / 4096 - 40; page < bytes.size() / 4096; ++page)
         bytes.replace(page * 4096, 8, 8, '\x55');
@@ -272,17 +271,14 @@ TEST(Faults, F14_a_log_of_another_store_is_not_read_into_this_one)
         other.save();
         fs::copy_file(other.folder.path() / "Quelvin.qvl-wal", folder.path() / "Quelvin.qvl-wal");
     }
-    SQLite::Database((one.folder.path() / "Quelvin.qvl").string())
-        .exec("VACUUM INTO '" + (folder.path() / "Quelvin.qvl").string() + "'");
-    const std::string before = contents(folder.path() / "Quelvin.qvl");
-    TestClock clock;
-    CollectedErrors errors;
-    const auto opened = model::TaskStore::open(folder.path(), clock, errors);
+    const fs::path file = copyInto(folder.path(), one);
+    const std::string before = contents(file);
+    const auto opened = open(folder.path());
     if (opened) { // the log replaced every page by its own: a whole store again, or a damage that the check tells
-        EXPECT_TRUE(faults::storeProblems(folder.path() / "Quelvin.qvl", model::objectModel()).empty()
-            || !objectstore::quickCheck((*opened)->store()));
+        EXPECT_TRUE(
+            faults::storeProblems(file, model::objectModel()).empty() || !objectstore::quickCheck((*opened)->store()));
     } else {
-        EXPECT_EQ(contents(folder.path() / "Quelvin.qvl"), before);
+        EXPECT_EQ(contents(file), before);
     }
 }
 
@@ -306,10 +302,7 @@ TEST(Faults, F16_a_store_of_a_newer_schema_is_refused_untouched)
 {
     TestStore store;
     const TemporaryFolder folder;
-    const fs::path file = folder.path() / model::TaskStore::fileName;
-    SQLite::Database((store.folder.path() / model::TaskStore::fileName).string())
-        .exec("VACUUM INTO '" + file.string() + "'");
-    SQLite::Database(file.string(), SQLite::OPEN_READWRITE).exec("PRAGMA user_version=99");
+    SQLite::Database(copyInto(folder.path(), store).string(), SQLite::OPEN_READWRITE).exec("PRAGMA user_version=99");
     expectRefused(folder.path());
 }
 
@@ -320,10 +313,7 @@ TEST(Faults, F17_a_store_with_a_schema_of_another_make_is_refused)
             "CREATE VIRTUAL TABLE t USING fts5(a)", "ALTER TABLE Tasks ADD COLUMN harm AS (title || 'x')"}) {
         const TestStore store;
         const TemporaryFolder folder;
-        const fs::path file = folder.path() / model::TaskStore::fileName;
-        SQLite::Database((store.folder.path() / model::TaskStore::fileName).string())
-            .exec("VACUUM INTO '" + file.string() + "'");
-        SQLite::Database(file.string(), SQLite::OPEN_READWRITE).exec(sql);
+        SQLite::Database(copyInto(folder.path(), store).string(), SQLite::OPEN_READWRITE).exec(sql);
         SCOPED_TRACE(sql);
         expectRefused(folder.path());
     }
@@ -400,14 +390,12 @@ TEST(Faults, F20_a_lack_of_descriptors_is_told_and_passes)
 #endif
     const TestStore prepared;
     inAnotherProcess([&](Notes &notes) {
-        TestClock clock;
-        CollectedErrors errors;
         limit(RLIMIT_NOFILE, 3);
-        const auto refused = model::TaskStore::open(prepared.folder.path(), clock, errors);
+        const auto refused = open(prepared.folder.path());
         if (refused || refused.error().message.empty())
             notes.problem("opened without a descriptor, or refused without a sentence");
         limit(RLIMIT_NOFILE, 256);
-        if (!model::TaskStore::open(prepared.folder.path(), clock, errors))
+        if (!open(prepared.folder.path()))
             notes.problem("not opened once there were descriptors");
     });
 }
@@ -423,9 +411,7 @@ TEST(Faults, F48_nobody_else_can_read_what_is_written)
         Notes ignored;
         faults::relaunch(migration, folder, ignored);
         fs::remove_all(folder); // made by the test; the program makes its own
-        TestClock clock;
-        CollectedErrors errors;
-        const auto store = model::TaskStore::open(folder, clock, errors).value();
+        const auto store = open(folder).value();
         (void)foundation::JsonSettingsFile(folder / "settings.json").write({{"password", std::string("secret")}});
         (void)foundation::JsonSettingsFile(folder / "settings.json").write({{"password", std::string("other")}});
         notes.finished = true;
