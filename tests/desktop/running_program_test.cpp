@@ -35,7 +35,7 @@ const QString application = QStringLiteral("org.freedesktop.Application");
 
 } // namespace
 
-TEST_F(RunningInstance, takesOverWhatASecondStartWasFor)
+TEST_F(RunningInstance, F18_takesOverWhatASecondStartOnItsStoreWasFor)
 {
     start();
     ASSERT_TRUE(comesUp("Today"));
@@ -50,22 +50,8 @@ TEST_F(RunningInstance, takesOverWhatASecondStartWasFor)
     ASSERT_TRUE(third.waitForFinished(patience));
     EXPECT_EQ(third.exitCode(), 0);
     EXPECT_EQ(windows(QStringLiteral("Today")), 1) << "no second window";
-}
-
-TEST_F(RunningInstance, isOneForEachStore)
-{
-    start();
-    ASSERT_TRUE(comesUp("Today"));
     start({}, "other store");
     EXPECT_TRUE(comesUp("Today", 2));
-}
-
-TEST_F(RunningInstance, aFirstStartOpensTheQuickEntryToo)
-{
-    start({QStringLiteral("--add"), QStringLiteral("Bread")});
-    ASSERT_TRUE(comesUp("Quick Entry"));
-    ASSERT_TRUE(takesKeys("Quick Entry"));
-    EXPECT_TRUE(pressUntil(QStringLiteral("Escape"), [this] { return windows(QStringLiteral("Quick Entry")) == 0; }));
 }
 
 TEST_F(RunningInstance, answersTheDesktopAndOtherProgramsOverTheBus)
