@@ -20,17 +20,14 @@ protected:
 };
 
 /// Notes on which thread the user was asked.
-class ThreadNotingUser final : public app::UserInteraction
+class ThreadNotingUser final : public support::TestUser
 {
 public:
-    void presentError(const foundation::Error &) override { }
-    void displayAlert(const QString &, const QString &) override { }
     bool ask(const QString &, const QString &, const QString &) override
     {
         thread = QThread::currentThread();
         return true;
     }
-    void displayNotification(const QString &, const QString &) override { }
 
     std::atomic<QThread *> thread = nullptr;
 };

@@ -9,13 +9,9 @@ using support::aTask;
 namespace {
 
 /// Answers reminders, and may do something while one is on the screen.
-class RemindedUser final : public app::UserInteraction
+class RemindedUser final : public support::TestUser
 {
 public:
-    void presentError(const foundation::Error &error) override { ADD_FAILURE() << error.message; }
-    void displayAlert(const QString &, const QString &) override { }
-    bool ask(const QString &, const QString &, const QString &) override { return false; }
-    void displayNotification(const QString &, const QString &) override { }
     app::ReminderAnswer remind(const QString &message) override
     {
         messages.push_back(message.toStdString());

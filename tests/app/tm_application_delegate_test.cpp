@@ -65,17 +65,6 @@ TEST_F(Delegate, bringsSmartFoldersToTheNewDay)
     EXPECT_EQ(folder.predicate(), model::withRelativeDatesAt(dueTomorrow, at("2026-11-25 00:00")));
 }
 
-TEST_F(Delegate, noticesWhatAnotherProgramSaves)
-{
-    delegate().applicationDidFinishLaunching();
-    QSignalSpy changes(&delegate(), &TMApplicationDelegate::storeDidChangeElsewhere);
-    const auto other = application.openStore();
-    aTask().titled("Milk").addTo({other->managedObjectContext(), application.user});
-    ASSERT_TRUE(other->managedObjectContext().save());
-    EXPECT_TRUE(changes.wait(5000));
-    EXPECT_EQ(application.moc().count(model::everyTask()), 1);
-}
-
 TEST_F(Delegate, asksWhetherToQuitWhenTheSaveFails)
 {
     EXPECT_TRUE(delegate().applicationShouldTerminate());
@@ -197,21 +186,6 @@ TEST_F(Delegate, synchronisesWheneverTheIntervalHasPassedAndAFailedRunFreesTheNe
     EXPECT_TRUE(isSyncingAfter(900));
     EXPECT_TRUE(ends.wait(15000));
     EXPECT_FALSE(delegate().isSyncing());
-}
-
-TEST_F(Delegate, badgeCountsTodayAndTheInbox)
-{
-    EXPECT_EQ(delegate().dockBadge(), QString());
-    for (int number = 0; number < 5; ++number)
-        application.add(aTask());
-    EXPECT_EQ(delegate().dockBadge(), QStringLiteral("5"));
-    application.add(aTask().in("House").due("2026-11-24"));
-    application.add(aTask().in("House").starting("2026-11-23"));
-    EXPECT_EQ(delegate().dockBadge(), QStringLiteral("2/5"));
-    application.settings.set("ShowTodayInBadge", false);
-    EXPECT_EQ(delegate().dockBadge(), QStringLiteral("5"));
-    application.settings.set("ShowInboxInBadge", false);
-    EXPECT_EQ(delegate().dockBadge(), QString());
 }
 
 TEST_F(Delegate, aDayOfAClockChangeBeginsOnceThoughItHas23Or25Hours)

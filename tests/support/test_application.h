@@ -15,7 +15,7 @@
 namespace support {
 
 /// Keeps what the user would have been told, and answers as the test says.
-class TestUser final : public app::UserInteraction
+class TestUser : public app::UserInteraction
 {
 public:
     void presentError(const foundation::Error &error) override { errors.push_back(error); }
