@@ -48,7 +48,7 @@ protected:
 
 } // namespace
 
-TEST_F(ContextPlace, takesACoordinateInAnyFormAsOneUndoableStep)
+TEST_F(ContextPlace, takesACoordinateAsOneUndoableStepAndRefusesNonsenseWithASentence)
 {
     enter("33° 51' 24\" S, 151° 12' 54\" E");
     EXPECT_NEAR(home.latitude(), -33.856667, 1e-6);
@@ -57,10 +57,6 @@ TEST_F(ContextPlace, takesACoordinateInAnyFormAsOneUndoableStep)
     application.moc().processPendingChanges();
     EXPECT_EQ(home.coordinate(), (Coordinate{52.5, 13.4}));
     EXPECT_EQ(field().text(), QStringLiteral("52.5, 13.4"));
-}
-
-TEST_F(ContextPlace, refusesNonsenseWithASentenceAndLeavesItToBeCorrected)
-{
     enter("52.5, 181");
     EXPECT_EQ(said(), std::pair(std::string("The longitude lies between 180° west and 180° east."), true));
     EXPECT_EQ(field().text(), QStringLiteral("52.5, 181"));

@@ -37,11 +37,12 @@ QStringList anchors(const QString &text)
 
 } // namespace
 
-TEST(Guide, listsEachCommandWithItsMenuAndKeys)
+TEST(Guide, listsEachCommandWithItsMenuAndKeysOfWhichNoneIsThereTwice)
 {
     QWidget window;
     const views::CommandSet commands(&window);
     QStringList wanted;
+    QStringList allKeys;
     for (const auto &description : views::CommandSet::descriptions()) {
         QStringList keys;
         for (const QKeySequence &sequence : commands.action(description.command)->shortcuts())
@@ -49,7 +50,9 @@ TEST(Guide, listsEachCommandWithItsMenuAndKeys)
         wanted.append(QStringLiteral("%1: %2 [%3]")
                           .arg(views::CommandSet::menuTitle(description.menu), views::CommandSet::name(description),
                               keys.join(QStringLiteral(", "))));
+        allKeys.append(keys);
     }
+    EXPECT_EQ(allKeys.removeDuplicates(), 0) << allKeys.join(QLatin1Char(' ')).toStdString();
     QStringList written;
     QString menu;
     for (const QString &line : page(QStringLiteral("shortcuts.md")).split(QLatin1Char('\n'))) {

@@ -78,19 +78,6 @@ TEST_F(Window, showsWhatAnotherProgramAddsWithoutLosingTheSelection)
     EXPECT_EQ(table().selectedTasks().front()->title(), "Milk");
 }
 
-TEST_F(Window, movesTheSelectedTasksToTheTrashAndUndoBringsThemBack)
-{
-    application.add(aTask().titled("Milk"));
-    application.add(aTask().titled("Bread"));
-    open();
-    trigger(Command::GoToInbox);
-    table().selectAll();
-    trigger(Command::RemoveTask);
-    EXPECT_EQ(titles(), "");
-    trigger(Command::Undo);
-    EXPECT_EQ(titles(), "Bread|Milk");
-}
-
 TEST_F(Window, searchesAllTasksAndEscapeReturnsToTheList)
 {
     application.add(aTask().titled("Milk").in("House"));
@@ -189,30 +176,21 @@ TEST_F(Window, opensWithTheListThatWasSelectedAndTheGroupsAsTheyWere)
     EXPECT_TRUE(outline().isExpanded(reopened.indexOf(SourceKind::FoldersGroup)));
 }
 
-TEST_F(Window, everyCommandHasATextAndNoKeyTwice)
-{
-    open();
-    QStringList keys;
-    for (const views::CommandDescription &description : views::CommandSet::descriptions()) {
-        const QAction *action = window->action(description.command);
-        EXPECT_FALSE(action->text().isEmpty());
-        for (const QKeySequence &sequence : action->shortcuts())
-            keys.append(sequence.toString());
-    }
-    EXPECT_EQ(keys.removeDuplicates(), 0) << keys.join(QLatin1Char(' ')).toStdString();
-}
-
 TEST_F(Window, itsTitleBeginsWithTheBadgeAndFollowsIt)
 {
     open();
     EXPECT_EQ(window->windowTitle(), QStringLiteral("Today"));
-    for (int number = 0; number < 2; ++number)
-        application.add(aTask().due("2026-11-24"));
-    EXPECT_TRUE(QTest::qWaitFor([&] { return window->windowTitle() == QStringLiteral("(2/2) Today"); }))
+    application.add(aTask().in("House").due("2026-11-24"));
+    application.add(aTask().in("House").starting("2026-11-23"));
+    for (int number = 0; number < 5; ++number)
+        application.add(aTask());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return window->windowTitle() == QStringLiteral("(2/5) Today"); }))
         << window->windowTitle().toStdString();
-    application.settings.set("ShowInboxInBadge", false);
-    application.delegate().updateDockBadge();
-    EXPECT_EQ(window->windowTitle(), QStringLiteral("(2) Today"));
+    for (const auto &[setting, title] : {std::pair("ShowTodayInBadge", "(5) Today"), {"ShowInboxInBadge", "Today"}}) {
+        application.settings.set(setting, false);
+        application.delegate().updateDockBadge();
+        EXPECT_EQ(window->windowTitle(), QLatin1String(title));
+    }
 }
 
 TEST(BadgedIcon, carriesItsTextWithinTheIconAtEverySize)
