@@ -373,6 +373,38 @@
         <source>The longitude lies between 180° west and 180° east.</source>
         <translation>Die Länge liegt zwischen 180° West und 180° Ost.</translation>
     </message>
+    <message>
+        <source>The settings could not be stored. Your former settings are kept.</source>
+        <translation>Die Einstellungen konnten nicht gespeichert werden. Die bisherigen bleiben erhalten.</translation>
+    </message>
+    <message>
+        <source>The settings could not be stored: another program has been writing them for seconds.</source>
+        <translation>Die Einstellungen konnten nicht gespeichert werden: Ein anderes Programm schreibt sie seit Sekunden.</translation>
+    </message>
+    <message>
+        <source>The settings could not be read.</source>
+        <translation>Die Einstellungen konnten nicht gelesen werden.</translation>
+    </message>
+    <message>
+        <source>The password could not be read from the keyring of your desktop.</source>
+        <translation>Das Passwort konnte nicht aus dem Schlüsselbund gelesen werden.</translation>
+    </message>
+    <message>
+        <source>The password could not be kept in the keyring of your desktop.</source>
+        <translation>Das Passwort konnte nicht im Schlüsselbund abgelegt werden.</translation>
+    </message>
+    <message>
+        <source>The password could not be taken out of the keyring of your desktop.</source>
+        <translation>Das Passwort konnte nicht aus dem Schlüsselbund entfernt werden.</translation>
+    </message>
+    <message>
+        <source>The password is no longer in the keyring of your desktop. Enter it once more.</source>
+        <translation>Das Passwort liegt nicht mehr im Schlüsselbund. Geben Sie es noch einmal ein.</translation>
+    </message>
+    <message>
+        <source>The keyring of your desktop is waiting for you.</source>
+        <translation>Der Schlüsselbund wartet auf Sie.</translation>
+    </message>
 </context>
 <context>
     <name>HotKeys</name>
@@ -1644,6 +1676,10 @@
     <message>
         <source>Work Without an Account</source>
         <translation>Ohne Konto arbeiten</translation>
+    </message>
+    <message>
+        <source>Kept in your keyring</source>
+        <translation type="unfinished">Liegt im Schlüsselbund</translation>
     </message>
 </context>
 <context>

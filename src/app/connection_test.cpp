@@ -34,31 +34,43 @@ void ConnectionTest::testConnection()
 {
     m_settings.set(keys::lastKeyUpdate, foundation::Instant{0}); // so that a fresh key is fetched
     run([this](const std::stop_token &stop) {
-        const auto transport = m_makeTransport();
-        const auto client = TDApi::initWithUsername(
-            m_settings.text(keys::ToodleDoUsername), password(), {m_settings, *transport, m_clock, {}, stop});
-        const bool isSuccessful = client && !client->loginWasRefused();
+        const bool isSuccessful = canLogIn(stop);
         QMetaObject::invokeMethod(
             this, [this, isSuccessful] { Q_EMIT finished(isSuccessful); }, Qt::QueuedConnection);
     });
 }
 
+bool ConnectionTest::canLogIn(const std::stop_token &stop)
+{
+    const auto secret = password(stop);
+    if (!secret)
+        return false;
+    const auto transport = m_makeTransport();
+    const auto client = TDApi::initWithUsername(
+        m_settings.text(keys::ToodleDoUsername), *secret, {m_settings, *transport, m_clock, {}, stop});
+    return client && !client->loginWasRefused();
+}
+
 void ConnectionTest::createAccount()
 {
     run([this](const std::stop_token &stop) {
+        const auto secret = password(stop);
+        if (!secret)
+            return;
         const auto transport = m_makeTransport();
         TDApi client({m_settings, *transport, m_clock, {}, stop});
-        [[maybe_unused]] const auto made = client.createAccount(m_settings.text(keys::ToodleDoUsername), password());
+        [[maybe_unused]] const auto made = client.createAccount(m_settings.text(keys::ToodleDoUsername), *secret);
     });
 }
 
-/// An empty one where the keyring does not give it, which the service refuses.
-std::string ConnectionTest::password() const
+/// Nothing where the keyring does not give it.
+std::optional<std::string> ConnectionTest::password(const std::stop_token &stop) const
 {
-    auto password = m_settings.secret(keys::ToodleDoPassword);
-    if (!password)
-        foundation::logLine(password.error().message + " " + password.error().detail);
-    return password.value_or(std::string());
+    auto password = m_settings.secret(keys::ToodleDoPassword, {.stop = stop});
+    if (password)
+        return std::move(*password);
+    foundation::logLine(password.error().message + " " + password.error().detail);
+    return std::nullopt;
 }
 
 } // namespace app

@@ -8,6 +8,7 @@
 #include <QObject>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <thread>
 
 namespace app {
@@ -35,7 +36,8 @@ Q_SIGNALS:
 
 private:
     void run(std::function<void(std::stop_token)> work);
-    [[nodiscard]] std::string password() const;
+    [[nodiscard]] bool canLogIn(const std::stop_token &stop);
+    [[nodiscard]] std::optional<std::string> password(const std::stop_token &stop) const;
 
     foundation::Settings &m_settings;
     const foundation::Clock &m_clock;

@@ -6,7 +6,9 @@ namespace app {
 using foundation::Error;
 
 SettingsCare::SettingsCare(foundation::Settings &settings)
-    : m_settings(settings), m_isFailing(settings.loadError().has_value()) // of which the user knows
+    : m_settings(settings)
+    , m_isFailing(settings.loadError()
+          && settings.loadError()->code == static_cast<int>(foundation::SettingsErrorCode::Unreadable)) // it was said
 { }
 
 void SettingsCare::tick()
@@ -24,8 +26,8 @@ void SettingsCare::tick()
 void SettingsCare::write()
 {
     m_isBusy = true;
-    m_thread = std::jthread([this] {
-        const auto written = m_settings.synchronize();
+    m_thread = std::jthread([this](const std::stop_token &stop) {
+        const auto written = m_settings.synchronizeWithSecrets({.stop = stop});
         const Error trouble = written ? Error() : written.error();
         QMetaObject::invokeMethod(
             this, [this, trouble] { endWriting(trouble); }, Qt::QueuedConnection);

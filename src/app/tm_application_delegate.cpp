@@ -26,6 +26,7 @@ constexpr auto heldUpSaveDelay = 300ms;
 constexpr int heldUpSavesUntold = 10; // some four seconds
 constexpr int heldUpSavesBeforeQuitting = 100; // some ten seconds
 constexpr auto tickInterval = 2s;
+constexpr auto patienceBeforeQuitting = 3s; // with a keyring that is locked
 
 bool isHeldUp(const Error &error)
 {
@@ -119,7 +120,7 @@ bool TMApplicationDelegate::applicationShouldTerminate()
                 tr("Could not save changes while quitting. Quit anyway?"), tr("Quit anyway"), tr("Cancel"));
         }
     }
-    if (const auto written = m_settings.synchronize(); !written)
+    if (const auto written = m_settings.synchronizeWithSecrets({.patience = patienceBeforeQuitting}); !written)
         m_user.presentError(written.error());
     return isTerminating;
 }

@@ -114,7 +114,7 @@ Done set(Workplace &workplace, const std::string &key, const SettingValue &curre
     if (!value)
         return Failure(std::move(value.error()));
     workplace.settings().set(key, std::move(*value));
-    return workplace.settings().synchronize();
+    return workplace.settings().synchronizeWithSecrets({});
 }
 
 } // namespace

@@ -294,6 +294,7 @@ std::shared_ptr<const void> JsonSettingsFile::lock()
 {
     using namespace std::chrono_literals;
     const fs::path folder = folderOf(m_path);
+    makeFolder(folder); // where it cannot be made, the write tells
     auto opened = std::make_shared<const File>(folder, O_RDONLY | O_DIRECTORY);
     for (int attempt = 0; opened->isOpen() && !opened->tryLock(); ++attempt) {
         if (attempt == 200) {
@@ -307,6 +308,14 @@ std::shared_ptr<const void> JsonSettingsFile::lock()
 
 Result<SettingsTable> JsonSettingsFile::read()
 {
+    auto table = peek();
+    if (!table && table.error().code == static_cast<int>(SettingsErrorCode::Damaged))
+        return keepAside(m_path);
+    return table;
+}
+
+Result<SettingsTable> JsonSettingsFile::peek()
+{
     m_known = currentVersion(); // before the reading: a file that comes meanwhile is read again
     const File file(m_path, O_RDONLY);
     if (!file.isOpen() && errno == ENOENT)
@@ -316,7 +325,7 @@ Result<SettingsTable> JsonSettingsFile::read()
         return failure(SettingsErrorCode::Unreadable, "The settings could not be read.", m_path, errno);
     const QJsonDocument document = QJsonDocument::fromJson(*bytes);
     if (!document.isObject())
-        return keepAside(m_path);
+        return failure(SettingsErrorCode::Damaged, "The settings are damaged.", m_path, 0);
 
     SettingsTable table;
     const QJsonObject object = document.object();

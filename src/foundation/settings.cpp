@@ -3,6 +3,7 @@
 
 #include "foundation/log.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 
@@ -92,22 +93,28 @@ std::string Settings::secretMark(std::string_view key)
     return std::string(key).append("IsInKeyring");
 }
 
-Result<std::string> Settings::secret(std::string_view key) const
+Result<std::string> Settings::secret(std::string_view key, const Waiting &waiting) const
 {
-    std::string known = text(key); // in the file, or on its way into the store
-    if (!known.empty() || !isInSecretStore(key))
-        return known;
-    const auto lost = [](int code, std::string sentence) {
-        return Failure(Error{settingsErrorDomain, code, std::move(sentence), {}});
+    {
+        const std::scoped_lock lock(m_mutex);
+        const SettingValue *known = find(m_values, key); // in the file, or on its way into the store
+        const SettingValue *mark = find(m_values, secretMark(key));
+        const std::string text = known ? as<std::string>(*known).value_or("") : std::string();
+        if (!text.empty() || !mark)
+            return text;
+    }
+    const auto failure = [](SecretStoreErrorCode code, std::string sentence) {
+        return Failure(Error{secretStoreErrorDomain, static_cast<int>(code), std::move(sentence), {}});
     };
-    constexpr int code = static_cast<int>(SettingsErrorCode::NoSecret);
     if (!m_secrets.store)
-        return lost(code, "The password lies in the keyring of your desktop, which this program does not use.");
-    auto kept = m_secrets.store->read(std::string(key));
+        return failure(SecretStoreErrorCode::NoStore,
+            "The password lies in the keyring of your desktop, which this program does not use.");
+    auto kept = m_secrets.store->read(std::string(key), waiting);
     if (!kept)
         return Failure(std::move(kept.error()));
     if (!*kept)
-        return lost(code, "The password is no longer in the keyring of your desktop. Enter it once more.");
+        return failure(SecretStoreErrorCode::Lost,
+            "The password is no longer in the keyring of your desktop. Enter it once more.");
     return std::move(**kept);
 }
 
@@ -135,12 +142,17 @@ SettingsTable Settings::all() const
     return table;
 }
 
+bool Settings::isSecret(std::string_view key) const
+{
+    return m_secrets.store && m_secrets.keys.contains(key);
+}
+
 void Settings::set(std::string_view key, SettingValue value)
 {
     const std::scoped_lock lock(m_mutex);
     const auto entry = m_values.find(key);
-    if (entry != m_values.end() && entry->second == value)
-        return;
+    if (entry != m_values.end() && entry->second == value && !isSecret(key))
+        return; // a secret that is typed again may lie in the file and belong into the store
     m_values.insert_or_assign(std::string(key), std::move(value));
     noteChange(key);
 }
@@ -148,17 +160,25 @@ void Settings::set(std::string_view key, SettingValue value)
 void Settings::remove(std::string_view key)
 {
     const std::scoped_lock lock(m_mutex);
-    const auto entry = m_values.find(key);
-    if (entry == m_values.end())
+    if (isSecret(key) && m_values.contains(secretMark(key)))
+        m_values.insert_or_assign(std::string(key), std::string()); // which takes it out of the store
+    else if (m_values.erase(std::string(key)) == 0)
         return;
-    m_values.erase(entry);
     noteChange(key);
 }
 
 void Settings::noteChange(std::string_view key)
 {
     m_changed.emplace(key);
+    m_refused.erase(std::string(key));
     ++m_changes;
+}
+
+/// Nothing waits to be written where all that is left was refused.
+void Settings::settleChanges()
+{
+    if (std::includes(m_refused.begin(), m_refused.end(), m_changed.begin(), m_changed.end()))
+        m_changes = 0;
 }
 
 std::size_t Settings::unsavedChanges() const
@@ -169,83 +189,125 @@ std::size_t Settings::unsavedChanges() const
 
 Result<void> Settings::synchronize()
 {
+    return write(false);
+}
+
+Result<void> Settings::synchronizeWithSecrets(const Waiting &waiting)
+{
+    if (auto written = write(false); !written) // a secret that has to wait keeps nothing else waiting
+        return written;
+    const std::unique_lock keeping(m_keeping, waiting.patience);
+    if (!keeping)
+        return Failure(Error{secretStoreErrorDomain, static_cast<int>(SecretStoreErrorCode::Refused),
+            "The keyring of your desktop is waiting for you.", {}});
+    if (m_secrets.store) {
+        for (const std::string &key : m_secrets.keys) {
+            if (auto kept = keepSecret(key, waiting); !kept)
+                return kept;
+        }
+    }
+    return write(true);
+}
+
+/// Brings a secret that has changed into the secret store. A mark takes its place among the settings; where nothing
+/// could keep it, it stays one of them.
+Result<void> Settings::keepSecret(const std::string &key, const Waiting &waiting)
+{
+    const std::string mark = secretMark(key);
+    std::string secret;
+    {
+        const std::scoped_lock lock(m_mutex);
+        const SettingValue *value = find(m_values, key);
+        if (!value || !m_changed.contains(key) || m_refused.contains(key))
+            return {};
+        secret = as<std::string>(*value).value_or("");
+        if (secret.empty() && !m_values.contains(mark))
+            return {};
+    }
+    auto kept = secret.empty() ? m_secrets.store->remove(key, waiting) : m_secrets.store->write(key, secret, waiting);
+    const bool isRefused = !kept && kept.error().code != static_cast<int>(SecretStoreErrorCode::NoStore);
+    if (!kept && !isRefused)
+        logLine("Settings: " + kept.error().message + " The settings' file has it. " + kept.error().detail);
+    const std::scoped_lock lock(m_mutex);
+    const SettingValue *value = find(m_values, key);
+    if (!value || as<std::string>(*value).value_or("") != secret)
+        return {}; // it has changed again
+    if (isRefused) {
+        m_refused.insert(key);
+        settleChanges();
+        return kept;
+    }
+    m_changed.insert(mark);
+    m_values.erase(mark);
+    if (kept && !secret.empty()) {
+        m_values.erase(key);
+        m_values.emplace(mark, true);
+    }
+    return {};
+}
+
+Result<void> Settings::write(bool withSecrets)
+{
     const std::scoped_lock writing(m_writing);
     SettingsTable values;
     Keys changed;
     {
         const std::scoped_lock lock(m_mutex);
-        if (m_changed.empty())
-            return {};
-        if (m_loadError && m_loadError->code == static_cast<int>(SettingsErrorCode::Unreadable))
-            return Failure(*m_loadError);
         values = m_values;
-        changed = std::exchange(m_changed, {});
-        m_changes = 0;
+        for (const std::string &key : m_changed) {
+            if (!isSecret(key) || (withSecrets && !m_refused.contains(key)))
+                changed.insert(key);
+            else
+                values.erase(key); // it has no place in the file, not even in one that is written anew as a whole
+        }
+        for (const std::string &key : changed)
+            m_changed.erase(key);
+        if (changed.empty()) {
+            settleChanges();
+            return {};
+        }
     }
-    keepSecrets(values, changed);
     Result<SettingsTable> stored = store(values, changed); // without the lock: a slow disk stops no reader
     if (!stored) {
         const std::scoped_lock lock(m_mutex);
         m_changed.merge(changed);
-        ++m_changes;
         return Failure(std::move(stored.error()));
     }
     adopt(std::move(*stored));
     return {};
 }
 
-/// Brings the secrets that changed into the secret store; in the file a mark takes the place of each.
-void Settings::keepSecrets(SettingsTable &values, Keys &changed) const
-{
-    for (const std::string &key : m_secrets.keys) {
-        if (!m_secrets.store || !changed.contains(key))
-            continue;
-        const SettingValue *value = find(values, key);
-        const auto *secret = value ? std::get_if<std::string>(value) : nullptr;
-        const std::string mark = secretMark(key);
-        changed.insert(mark);
-        if (keepSecret(key, secret ? *secret : std::string(), values.erase(mark) > 0)) {
-            values.erase(key);
-            values.emplace(mark, true);
-        }
-    }
-}
-
-/// False where the secret store has nothing of it afterwards, or should have nothing.
-bool Settings::keepSecret(const std::string &key, const std::string &secret, bool wasKept) const
-{
-    if (secret.empty() && !wasKept)
-        return false;
-    const auto done = secret.empty() ? m_secrets.store->remove(key) : m_secrets.store->write(key, secret);
-    if (!done)
-        logLine("Settings: " + done.error().message + " The settings' file has it. " + done.error().detail);
-    return done && !secret.empty();
-}
-
 /// Lays what changed over what the file holds now.
 Result<SettingsTable> Settings::store(const SettingsTable &values, const Keys &changed)
 {
     const auto lock = m_file.lock();
-    auto table = m_file.read();
-    if (!table && table.error().code == static_cast<int>(SettingsErrorCode::Unreadable))
-        return table;
-    if (!table || table->empty()) { // damaged or gone meanwhile: what is known here is the best there is
-        table = values;
-    } else {
-        for (const std::string &key : changed) {
-            if (const SettingValue *value = find(values, key))
-                table->insert_or_assign(key, *value);
-            else
-                table->erase(key);
-        }
+    if (!lock)
+        return Failure(Error{settingsErrorDomain, static_cast<int>(SettingsErrorCode::NotWritten),
+            "The settings could not be stored: another program has been writing them for seconds.", {}});
+    auto stored = m_file.read();
+    if (!stored && stored.error().code == static_cast<int>(SettingsErrorCode::Unreadable))
+        return stored;
+    if (!stored)
+        logLine(stored.error().message + " " + stored.error().detail);
+    const bool isWhole = stored && !stored->empty(); // else what is known here is the best there is
+    SettingsTable table = isWhole ? *stored : values;
+    bool losesSecret = false;
+    for (const auto &[key, value] : isWhole ? values : SettingsTable()) {
+        if (changed.contains(key))
+            table.insert_or_assign(key, value);
     }
-    if (auto written = m_file.write(*table); !written)
-        return Failure(std::move(written.error()));
-    return table;
+    for (const std::string &key : changed) {
+        if (!values.contains(key))
+            losesSecret = (table.erase(key) > 0 && isSecret(key)) || losesSecret;
+    }
+    auto written = m_file.write(table);
+    if (written && losesSecret)
+        written = m_file.write(table); // so that the backup has it no longer, either
+    return written ? Result<SettingsTable>(std::move(table)) : Failure(std::move(written.error()));
 }
 
-/// Makes what the file holds the values in force, but for what has been changed here since. Returns what is another.
-Settings::Keys Settings::adopt(SettingsTable stored)
+/// Makes what the file holds the values in force, but for what has been changed here since.
+void Settings::adopt(SettingsTable stored)
 {
     const std::scoped_lock lock(m_mutex);
     for (const std::string &key : m_changed) {
@@ -254,28 +316,32 @@ Settings::Keys Settings::adopt(SettingsTable stored)
         else
             stored.erase(key);
     }
-    Keys others;
     for (const auto &[key, value] : stored) {
         if (const SettingValue *before = find(m_values, key); !before || *before != value)
-            others.insert(key);
+            m_news.insert(key);
     }
     for (const auto &[key, value] : m_values) {
         if (!stored.contains(key))
-            others.insert(key);
+            m_news.insert(key);
     }
     m_values = std::move(stored);
-    return others;
+    settleChanges();
 }
 
 Settings::Keys Settings::refresh()
 {
     const std::unique_lock writing(m_writing, std::try_to_lock);
-    if (!writing || !m_file.isChangedElsewhere())
+    if (!writing)
         return {};
-    auto stored = m_file.read();
-    if (!stored)
-        logLine(stored.error().message + " " + stored.error().detail);
-    return stored && !stored->empty() ? adopt(std::move(*stored)) : Keys();
+    if (m_file.isChangedElsewhere()) {
+        auto stored = m_file.peek();
+        if (!stored)
+            logLine(stored.error().message + " " + stored.error().detail);
+        else if (!stored->empty())
+            adopt(std::move(*stored));
+    }
+    const std::scoped_lock lock(m_mutex);
+    return std::exchange(m_news, {});
 }
 
 } // namespace foundation

@@ -30,8 +30,7 @@ inline constexpr const char *settingsErrorDomain = "SettingsErrorDomain";
 enum class SettingsErrorCode {
     Unreadable = 1, ///< the file is there but could not be read; nothing is written over it
     Damaged = 2, ///< the file was no settings file and has been moved aside
-    NotWritten = 3, ///< the new settings could not be stored; the old ones are whole
-    NoSecret = 4 ///< the secret store has lost what it was given
+    NotWritten = 3 ///< the new settings could not be stored; the old ones are whole
 };
 
 /// Where settings are kept between two runs of the program.
@@ -47,8 +46,11 @@ public:
     /// Replaces what is stored, all of it or nothing of it.
     [[nodiscard]] virtual Result<void> write(const SettingsTable &table) = 0;
 
-    /// Keeps other programs from writing while it is held; waits for one that is writing, but not for one that hangs.
-    [[nodiscard]] virtual std::shared_ptr<const void> lock() { return nullptr; }
+    /// The same, but a damaged file stays where it is: whoever is writing it may not be done.
+    [[nodiscard]] virtual Result<SettingsTable> peek() { return read(); }
+
+    /// Keeps other programs from writing while it is held; null where one has been writing for seconds, as if it hung.
+    [[nodiscard]] virtual std::shared_ptr<const void> lock() { return std::make_shared<int>(); }
 
     /// Whether something else is stored than was last read or written here.
     [[nodiscard]] virtual bool isChangedElsewhere() { return false; }
@@ -62,6 +64,7 @@ public:
     explicit JsonSettingsFile(std::filesystem::path path);
 
     [[nodiscard]] Result<SettingsTable> read() override;
+    [[nodiscard]] Result<SettingsTable> peek() override;
     [[nodiscard]] Result<void> write(const SettingsTable &table) override;
     [[nodiscard]] std::shared_ptr<const void> lock() override;
     [[nodiscard]] bool isChangedElsewhere() override;
@@ -125,8 +128,8 @@ public:
     [[nodiscard]] std::optional<SettingValue> value(std::string_view key) const;
     [[nodiscard]] std::optional<SettingValue> registeredDefault(std::string_view key) const;
 
-    /// The text of a secret setting, from the secret store where it lies there. It may wait for the user.
-    [[nodiscard]] Result<std::string> secret(std::string_view key) const;
+    /// The text of a secret setting, from the secret store where it lies there.
+    [[nodiscard]] Result<std::string> secret(std::string_view key, const Waiting &waiting) const;
     /// Whether the setting has a value that lies in the secret store.
     [[nodiscard]] bool isInSecretStore(std::string_view key) const { return boolean(secretMark(key)); }
     /// The key of the setting that says so in the file.
@@ -140,32 +143,39 @@ public:
     /// Removes a value, so that the default holds again.
     void remove(std::string_view key);
 
-    /// Writes what has changed to the file, and takes over what other programs have changed there. A secret goes into
-    /// the secret store, and into the file only where that takes none. Settings whose file could not be read are never
-    /// written over it.
+    /// Writes what has changed to the file, and takes over what other programs have changed there. Secrets that belong
+    /// into a secret store wait for `synchronizeWithSecrets`. A file that cannot be read is never written over.
     [[nodiscard]] Result<void> synchronize();
-    /// How often something was set or removed that is not in the file yet; 0 when all is.
+    /// The same, and brings the secrets that changed into the secret store, or into the file where nothing answers that
+    /// could keep them. One that is refused stays unsaved until it is set again.
+    [[nodiscard]] Result<void> synchronizeWithSecrets(const Waiting &waiting);
+    /// Grows with each change while one waits to be written; 0 when none does.
     [[nodiscard]] std::size_t unsavedChanges() const;
-    /// Takes over what other programs have written since, and returns the keys whose values are others now. It does
-    /// not wait for a thread that writes.
+    /// Takes over what other programs have written, and returns the keys whose values became others by that since the
+    /// last call. It does not wait for a thread that writes.
     [[nodiscard]] Keys refresh();
 
 private:
     template <typename Read> [[nodiscard]] auto inForce(std::string_view key, Read read) const;
+    [[nodiscard]] bool isSecret(std::string_view key) const;
+    [[nodiscard]] Result<void> write(bool withSecrets);
     [[nodiscard]] Result<SettingsTable> store(const SettingsTable &values, const Keys &changed);
-    Keys adopt(SettingsTable stored);
+    void adopt(SettingsTable stored);
     void noteChange(std::string_view key);
-    void keepSecrets(SettingsTable &values, Keys &changed) const;
-    [[nodiscard]] bool keepSecret(const std::string &key, const std::string &secret, bool wasKept) const;
+    void settleChanges();
+    [[nodiscard]] Result<void> keepSecret(const std::string &key, const Waiting &waiting);
 
     SettingsFile &m_file;
     const SecretSettings m_secrets;
+    std::timed_mutex m_keeping; ///< held while the secret store is spoken to, and taken before the next
     std::mutex m_writing; ///< one writer at a time, so that the file ends as the last of them
     const SettingsTable m_defaults;
     mutable std::mutex m_mutex;
     SettingsTable m_values;
     Keys m_changed; ///< what is not in the file yet
+    Keys m_refused; ///< the secrets among that which the secret store did not take
     std::size_t m_changes = 0; ///< since all was in the file
+    Keys m_news; ///< what other programs have changed and `refresh` has not told yet
     std::optional<Error> m_loadError;
 };
 

@@ -172,9 +172,6 @@ int main(int argc, char **argv)
     QObject::connect(&window, &views::MainWindow::appearanceChanged, &window, applyTheme);
     views::QuickEntry quickEntry(delegate);
     app::TerminationSignals terminationSignals;
-    const auto leaveKeyring = [&keyring] { keyring.cancel(); }; // nobody may be there to unlock it
-    QObject::connect(&terminationSignals, &app::TerminationSignals::terminationRequested, &application, leaveKeyring);
-    QObject::connect(&application, &QCoreApplication::aboutToQuit, &application, leaveKeyring);
     QObject::connect(&terminationSignals, &app::TerminationSignals::terminationRequested, &window, &QWidget::close);
     platform::LauncherBadge launcherBadge(bus, application.desktopFileName());
     QObject::connect(&delegate, &app::TMApplicationDelegate::dockBadgeChanged, &window,

@@ -133,7 +133,7 @@ std::unique_ptr<TDApi> Run::logIn()
 {
     m_host.updateStatus("Logging in to Toodledo...");
     const foundation::Settings &settings = m_environment.settings;
-    const auto password = settings.secret(keys::ToodleDoPassword);
+    const auto password = settings.secret(keys::ToodleDoPassword, {.stop = m_stop});
     TDError error = password ? TDError() : password.error();
     std::unique_ptr<TDApi> client;
     if (password)
@@ -146,11 +146,12 @@ std::unique_ptr<TDApi> Run::logIn()
         client.reset();
     }
     if (error && !m_stop.stop_requested()) {
-        if (settings.text(keys::ToodledoHost).empty())
+        if (password && settings.text(keys::ToodledoHost).empty())
             error.message = "The address of the service is not set. " + error.message;
         m_host.presentError(error);
         m_host.updateStatus(loginStatus);
-        m_host.displayAlert("Login problem", loginAlert);
+        if (password)
+            m_host.displayAlert("Login problem", loginAlert);
     }
     return error ? nullptr : std::move(client);
 }

@@ -75,6 +75,8 @@ QLineEdit *FirstRunController::field(std::string_view key, const QString &name)
 {
     auto *field = new QLineEdit(toQString(m_delegate.settings().text(key)), this);
     field->setAccessibleName(name);
+    if (m_delegate.settings().isInSecretStore(key))
+        field->setPlaceholderText(tr("Kept in your keyring"));
     connect(field, &QLineEdit::textChanged, this, [this, key](const QString &typed) {
         m_delegate.settings().set(key, toUtf8(typed));
         m_status->clear(); // what was found out is not said of another account
@@ -108,7 +110,9 @@ void FirstRunController::connectButtons()
 
 void FirstRunController::showWhatCanBeDone()
 {
-    const bool isComplete = !m_server->text().isEmpty() && !m_email->text().isEmpty() && !m_password->text().isEmpty();
+    const bool hasPassword
+        = !m_password->text().isEmpty() || m_delegate.settings().isInSecretStore(keys::ToodleDoPassword);
+    const bool isComplete = !m_server->text().isEmpty() && !m_email->text().isEmpty() && hasPassword;
     m_create->setEnabled(isComplete);
     m_test->setEnabled(isComplete);
     m_done->setText(m_email->text().isEmpty() ? tr("Work Without an Account") : tr("Done"));

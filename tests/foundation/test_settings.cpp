@@ -139,14 +139,52 @@ TEST_F(SettingsFiles, ofTwoProgramsHoldWhatEachChangedLast)
     EXPECT_TRUE(window.refresh().empty());
 
     commandLine.set("size", std::int64_t{4});
+    commandLine.set("list", std::string("Inbox"));
     ASSERT_TRUE(commandLine.synchronize());
     ASSERT_TRUE(window.synchronize());
-    EXPECT_EQ(*second.read(), (SettingsTable{{"password", "new"}, {"size", std::int64_t{3}}}));
+    EXPECT_EQ(*second.read(), (SettingsTable{{"list", "Inbox"}, {"password", "new"}, {"size", std::int64_t{3}}}));
     EXPECT_EQ(window.unsavedChanges(), 0U);
+    EXPECT_EQ(window.refresh(), Settings::Keys{"list"}) << "told though it came with a write of the window's own";
+}
+
+TEST_F(SettingsFiles, ofManyProgramsThatWriteAtOnceLoseNothing)
+{
+    constexpr int programs = 4;
+    constexpr int changes = 25;
+    {
+        std::vector<std::jthread> writers;
+        for (int program = 0; program < programs; ++program)
+            writers.emplace_back([this, program] {
+                JsonSettingsFile file(path);
+                Settings settings(file, {});
+                for (int i = 0; i < changes; ++i) {
+                    settings.set(std::to_string(program) + "." + std::to_string(i), true);
+                    EXPECT_TRUE(settings.synchronize());
+                }
+            });
+    }
+    EXPECT_EQ(JsonSettingsFile(path).read()->size(), std::size_t{programs * changes});
+}
+
+TEST_F(SettingsFiles, thatSomebodyIsStillWritingStayWhereTheyAre)
+{
+    setLogSink([](std::string_view) {});
+    JsonSettingsFile file(path);
+    Settings settings(file, {});
+    settings.set("a", true);
+    ASSERT_TRUE(settings.synchronize());
+    put("{\"a\": fal");
+    EXPECT_TRUE(settings.refresh().empty());
+    EXPECT_TRUE(settings.boolean("a"));
+    put("{\"a\": false}");
+    EXPECT_EQ(settings.refresh(), Settings::Keys{"a"});
+    EXPECT_FALSE(settings.boolean("a"));
+    setLogSink({});
 }
 
 TEST_F(SettingsFiles, thatVanishOrBreakMeanwhileAreWrittenAnewAsAWhole)
 {
+    setLogSink([](std::string_view) {});
     for (const char *broken : {"", "{\"a\": 1"}) {
         fs::remove_all(path.parent_path());
         JsonSettingsFile file(path);
@@ -161,6 +199,7 @@ TEST_F(SettingsFiles, thatVanishOrBreakMeanwhileAreWrittenAnewAsAWhole)
         ASSERT_TRUE(settings.synchronize());
         EXPECT_EQ(*file.read(), (SettingsTable{{"a", true}, {"b", true}}));
     }
+    setLogSink({});
 }
 
 TEST_F(SettingsFiles, waitForAProgramThatWritesAndNotForOneThatHangs)
@@ -182,86 +221,158 @@ TEST_F(SettingsFiles, waitForAProgramThatWritesAndNotForOneThatHangs)
 
 namespace {
 
-/// A keyring in memory, which can be out of reach.
+/// A keyring in memory, which can be out of reach or refuse.
 class FakeKeyring final : public SecretStore
 {
 public:
-    Result<std::optional<std::string>> read(const std::string &name) override
+    Result<std::optional<std::string>> read(const std::string &name, const Waiting &) override
     {
-        if (!answers)
-            return noAnswer();
+        if (trouble)
+            return failure();
         const auto found = held.find(name);
         return found == held.end() ? std::nullopt : std::optional(found->second);
     }
-    Result<void> write(const std::string &name, const std::string &secret) override
+    Result<void> write(const std::string &name, const std::string &secret, const Waiting &) override
     {
-        if (!answers)
-            return noAnswer();
+        ++calls;
+        if (trouble)
+            return failure();
         held[name] = secret;
         return {};
     }
-    Result<void> remove(const std::string &name) override
+    Result<void> remove(const std::string &name, const Waiting &) override
     {
+        ++calls;
+        if (trouble)
+            return failure();
         held.erase(name);
         return {};
     }
 
     std::map<std::string, std::string> held;
-    bool answers = true;
+    std::optional<SecretStoreErrorCode> trouble;
+    int calls = 0;
 
 private:
-    static Failure noAnswer() { return Failure(Error{"test", 1, "No keyring answers.", {}}); }
+    [[nodiscard]] Failure failure() const
+    {
+        return Failure(Error{secretStoreErrorDomain, static_cast<int>(*trouble), "The keyring fails.", {}});
+    }
+};
+
+class Secrets : public SettingsFiles
+{
+protected:
+    [[nodiscard]] testing::AssertionResult liesInNoFile(const std::string &secret) const
+    {
+        for (const auto &entry : fs::directory_iterator(path.parent_path())) {
+            if (support::contents(entry.path()).find(secret) != std::string::npos)
+                return testing::AssertionFailure() << entry.path();
+        }
+        return testing::AssertionSuccess();
+    }
+
+    FakeKeyring keyring;
+    JsonSettingsFile file{path};
+    SecretSettings secrets{&keyring, {"password"}};
 };
 
 } // namespace
 
-TEST_F(SettingsFiles, aSecretLiesInTheKeyringAndNeverInTheFile)
+TEST_F(Secrets, lieInTheKeyringAndInNoFile)
 {
-    FakeKeyring keyring;
-    JsonSettingsFile file(path);
-    Settings settings(file, {}, {&keyring, {"password"}});
+    Settings settings(file, {}, secrets);
     for (const char *password : {"hunter2", "changed"}) {
         settings.set("password", std::string(password));
         settings.set("name", std::string("ana"));
-        EXPECT_EQ(settings.secret("password"), password);
-        ASSERT_TRUE(settings.synchronize());
+        ASSERT_TRUE(settings.synchronize()); // which leaves the secret for later
+        EXPECT_EQ(settings.secret("password", {}), password);
+        EXPECT_GT(settings.unsavedChanges(), 0U);
+        EXPECT_TRUE(liesInNoFile(password));
+        ASSERT_TRUE(settings.synchronizeWithSecrets({}));
+        EXPECT_EQ(settings.unsavedChanges(), 0U);
         EXPECT_EQ(keyring.held["password"], password);
-        EXPECT_EQ(settings.secret("password"), password);
-        for (const auto &entry : fs::directory_iterator(path.parent_path()))
-            EXPECT_EQ(support::contents(entry.path()).find(password), std::string::npos) << entry.path();
+        EXPECT_EQ(settings.secret("password", {}), password);
+        EXPECT_TRUE(liesInNoFile(password));
     }
-    JsonSettingsFile sameFile(path);
-    Settings another(sameFile, {}, {&keyring, {"password"}});
+    Settings another(file, {}, secrets);
     EXPECT_TRUE(another.isInSecretStore("password"));
-    EXPECT_EQ(another.secret("password"), "changed");
-    keyring.answers = false;
-    EXPECT_EQ(another.secret("password").error().message, "No keyring answers.");
-    EXPECT_FALSE(Settings(sameFile, {}).secret("password")); // a program without a keyring
-    keyring.answers = true;
+    EXPECT_EQ(another.secret("password", {}), "changed");
+    EXPECT_FALSE(Settings(file, {}).secret("password", {})); // a program without a keyring
     keyring.held.clear();
-    EXPECT_EQ(another.secret("password").error().code, static_cast<int>(SettingsErrorCode::NoSecret));
-
-    settings.set("password", std::string());
-    ASSERT_TRUE(settings.synchronize());
-    EXPECT_TRUE(keyring.held.empty());
-    EXPECT_EQ(settings.secret("password"), "");
+    EXPECT_EQ(another.secret("password", {}).error().code, static_cast<int>(SecretStoreErrorCode::Lost));
 }
 
-TEST_F(SettingsFiles, aSecretThatNoKeyringTakesLiesInTheFile)
+TEST_F(Secrets, areTakenOutOfTheKeyringWhenTheyAreCleared)
+{
+    Settings settings(file, {}, secrets);
+    for (const bool isRemoved : {true, false}) {
+        settings.set("password", std::string("hunter2"));
+        ASSERT_TRUE(settings.synchronizeWithSecrets({}));
+        if (isRemoved)
+            settings.remove("password");
+        else
+            settings.set("password", std::string());
+        ASSERT_TRUE(settings.synchronizeWithSecrets({}));
+        EXPECT_TRUE(keyring.held.empty());
+        EXPECT_EQ(settings.secret("password", {}), "");
+    }
+}
+
+TEST_F(Secrets, thatNoKeyringTakesLieInTheFileUntilTheyAreTypedAgain)
 {
     setLogSink([](std::string_view) {});
-    FakeKeyring keyring;
-    JsonSettingsFile file(path);
-    Settings settings(file, {}, {&keyring, {"password"}});
+    Settings settings(file, {}, secrets);
     settings.set("password", std::string("first"));
-    ASSERT_TRUE(settings.synchronize());
-    keyring.answers = false;
+    ASSERT_TRUE(settings.synchronizeWithSecrets({}));
+    keyring.trouble = SecretStoreErrorCode::NoStore;
     settings.set("password", std::string("second"));
-    ASSERT_TRUE(settings.synchronize());
+    ASSERT_TRUE(settings.synchronizeWithSecrets({}));
     EXPECT_FALSE(settings.isInSecretStore("password"));
-    EXPECT_EQ(settings.secret("password"), "second"); // the first, still in the keyring, is not mistaken for it
+    EXPECT_EQ(settings.secret("password", {}), "second"); // the first, still in the keyring, is not mistaken for it
     EXPECT_EQ(Settings(file, {}).text("password"), "second");
+    keyring.trouble.reset();
+    settings.set("password", std::string("second"));
+    ASSERT_TRUE(settings.synchronizeWithSecrets({}));
+    EXPECT_EQ(keyring.held["password"], "second");
+    EXPECT_TRUE(liesInNoFile("second"));
     setLogSink({});
+}
+
+TEST_F(Secrets, thatAreRefusedAreSaidSoOnceAndWrittenNowhere)
+{
+    Settings settings(file, {}, secrets);
+    keyring.trouble = SecretStoreErrorCode::Refused;
+    settings.set("password", std::string("hunter2"));
+    settings.set("name", std::string("ana"));
+    EXPECT_EQ(settings.synchronizeWithSecrets({}).error().message, "The keyring fails.");
+    EXPECT_EQ(settings.unsavedChanges(), 0U) << "nobody is asked again and again";
+    settings.set("name", std::string("bea"));
+    EXPECT_TRUE(settings.synchronizeWithSecrets({}));
+    EXPECT_EQ(keyring.calls, 1);
+    EXPECT_EQ(*file.read(), (SettingsTable{{"name", "bea"}}));
+    EXPECT_EQ(settings.secret("password", {}), "hunter2"); // as long as the program runs
+    keyring.trouble.reset();
+    settings.set("password", std::string("hunter2"));
+    EXPECT_TRUE(settings.synchronizeWithSecrets({}));
+    EXPECT_EQ(keyring.held["password"], "hunter2");
+}
+
+TEST_F(Secrets, stayInTheKeyringWhenTheFileCannotBeWritten)
+{
+    Settings settings(file, {}, secrets);
+    settings.set("password", std::string("hunter2"));
+    fs::create_directories(path); // in the file's place
+    EXPECT_FALSE(settings.synchronizeWithSecrets({}));
+    fs::remove(path);
+    EXPECT_TRUE(settings.synchronizeWithSecrets({}));
+    settings.set("password", std::string("changed"));
+    fs::remove(path);
+    fs::create_directories(path);
+    EXPECT_FALSE(settings.synchronizeWithSecrets({}));
+    fs::remove(path);
+    EXPECT_TRUE(settings.synchronizeWithSecrets({}));
+    EXPECT_EQ(Settings(file, {}, secrets).secret("password", {}), "changed");
 }
 
 TEST(Settings, readAsTheirDefaultsUntilSet)

@@ -1,7 +1,8 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""A keyring without a lock, for tests: the Secret Service of the session bus, as far as programs store and look up
-secrets there, kept in memory. It prints "ready" once it answers, and ends with the bus."""
+"""A keyring for tests: the Secret Service of the session bus, as far as programs store and look up secrets there, kept
+in memory. It prints "ready" once it answers, and ends with the bus. A line "lock" on its standard input locks it: from
+then on it asks its user at each step, and the user closes every prompt."""
 import sys
 
 from gi.repository import Gio, GLib
@@ -39,12 +40,30 @@ interfaces = Gio.DBusNodeInfo.new_for_xml("""
     </method>
     <property name="Locked" type="b" access="read"/>
   </interface>
+  <interface name="org.freedesktop.Secret.Prompt">
+    <method name="Prompt">
+      <arg type="s" direction="in"/>
+    </method>
+    <method name="Dismiss"/>
+    <signal name="Completed">
+      <arg type="b"/><arg type="v"/>
+    </signal>
+  </interface>
 </node>""")
 
 ROOT = "/org/freedesktop/secrets"
 COLLECTION = ROOT + "/aliases/default"
 SESSION = ROOT + "/session/1"
-NO_PROMPT = "/"
+ITEM_PROMPT = ROOT + "/prompt/item"
+UNLOCK_PROMPT = ROOT + "/prompt/unlock"
+NONE = "/"
+
+
+def once_idle(call, *arguments):
+    def run():
+        call(*arguments)
+        return GLib.SOURCE_REMOVE
+    GLib.idle_add(run)
 
 
 class Items:
@@ -54,6 +73,7 @@ class Items:
         self.bus = bus
         self.held = {}  # path: (attributes, secret, registration)
         self.made = 0
+        self.locked = False
 
     def find(self, wanted):
         return [path for path, (attributes, _, _) in self.held.items() if wanted.items() <= attributes.items()]
@@ -67,11 +87,14 @@ class Items:
         return path
 
     def delete(self, path):
-        GLib.idle_add(self.remove, path)  # once the answer is on its way
-        return "(o)", (NO_PROMPT,)
+        if self.locked:
+            return "(o)", (ITEM_PROMPT,)
+        self.remove(path)
+        return "(o)", (NONE,)
 
     def remove(self, path):
-        self.bus.unregister_object(self.held.pop(path)[2])
+        registration = self.held.pop(path)[2]
+        once_idle(self.bus.unregister_object, registration)  # when the answer is on its way
 
 
 def register(bus, path, interface, answer):
@@ -95,18 +118,38 @@ def serve(bus):
                 raise NotImplementedError
             return "(vo)", (GLib.Variant("s", ""), SESSION)
         if method == "SearchItems":
-            return "(aoao)", (items.find(arguments[0]), [])
+            found = items.find(arguments[0])
+            return "(aoao)", ([], found) if items.locked else (found, [])
         if method == "Unlock":
-            return "(aoo)", (arguments[0], NO_PROMPT)
+            return "(aoo)", ([], UNLOCK_PROMPT) if items.locked else (arguments[0], NONE)
         if method == "GetSecrets":
             return "(a{o(oayays)})", ({path: items.held[path][1] for path in arguments[0]},)
         return "(o)", (COLLECTION,)
 
     def create(_method, arguments):
+        if items.locked:
+            return "(oo)", (NONE, ITEM_PROMPT)
         properties, (_, _, secret, kind), _replaces = arguments
         attributes = properties["org.freedesktop.Secret.Item.Attributes"]
-        return "(oo)", (items.add(attributes, (SESSION, b"", bytes(secret), kind)), NO_PROMPT)
+        return "(oo)", (items.add(attributes, (SESSION, b"", bytes(secret), kind)), NONE)
 
+    def closing(path, nothing):
+        def prompt(_method, _arguments):
+            once_idle(bus.emit_signal, None, path, "org.freedesktop.Secret.Prompt", "Completed",
+                      GLib.Variant("(bv)", (True, nothing)))
+            return "()", ()
+        return prompt
+
+    def command(*_):
+        line = sys.stdin.readline()
+        if line.strip() == "lock":
+            items.locked = True
+            print("locked", flush=True)
+        return bool(line)
+
+    GLib.io_add_watch(sys.stdin, GLib.IO_IN | GLib.IO_HUP, command)
+    for path, nothing in ((ITEM_PROMPT, GLib.Variant("o", NONE)), (UNLOCK_PROMPT, GLib.Variant("ao", []))):
+        register(bus, path, "Prompt", closing(path, nothing))
     register(bus, ROOT, "Service", answer)
     register(bus, COLLECTION, "Collection", create)
 
