@@ -1679,7 +1679,7 @@
     </message>
     <message>
         <source>Kept in your keyring</source>
-        <translation type="unfinished">Liegt im Schlüsselbund</translation>
+        <translation>Liegt im Schlüsselbund</translation>
     </message>
 </context>
 <context>
