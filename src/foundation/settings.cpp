@@ -171,6 +171,7 @@ void Settings::noteChange(std::string_view key)
 {
     m_changed.emplace(key);
     m_refused.erase(std::string(key));
+    m_settled.erase(std::string(key));
     ++m_changes;
 }
 
@@ -189,12 +190,12 @@ std::size_t Settings::unsavedChanges() const
 
 Result<void> Settings::synchronize()
 {
-    return write(false);
+    return write();
 }
 
 Result<void> Settings::synchronizeWithSecrets(const Waiting &waiting)
 {
-    if (auto written = write(false); !written) // a secret that has to wait keeps nothing else waiting
+    if (auto written = write(); !written) // a secret that has to wait keeps nothing else waiting
         return written;
     const std::unique_lock keeping(m_keeping, waiting.patience);
     if (!keeping)
@@ -206,7 +207,7 @@ Result<void> Settings::synchronizeWithSecrets(const Waiting &waiting)
                 return kept;
         }
     }
-    return write(true);
+    return write();
 }
 
 /// Brings a secret that has changed into the secret store. A mark takes its place among the settings; where nothing
@@ -218,11 +219,14 @@ Result<void> Settings::keepSecret(const std::string &key, const Waiting &waiting
     {
         const std::scoped_lock lock(m_mutex);
         const SettingValue *value = find(m_values, key);
-        if (!value || !m_changed.contains(key) || m_refused.contains(key))
+        if (!m_changed.contains(key) || m_refused.contains(key) || m_settled.contains(key))
             return {};
-        secret = as<std::string>(*value).value_or("");
-        if (secret.empty() && !m_values.contains(mark))
+        if (value)
+            secret = as<std::string>(*value).value_or("");
+        if (secret.empty() && !m_values.contains(mark)) {
+            m_settled.insert(key);
             return {};
+        }
     }
     auto kept = secret.empty() ? m_secrets.store->remove(key, waiting) : m_secrets.store->write(key, secret, waiting);
     const bool isRefused = !kept && kept.error().code != static_cast<int>(SecretStoreErrorCode::NoStore);
@@ -237,6 +241,7 @@ Result<void> Settings::keepSecret(const std::string &key, const Waiting &waiting
         settleChanges();
         return kept;
     }
+    m_settled.insert(key);
     m_changed.insert(mark);
     m_values.erase(mark);
     if (kept && !secret.empty()) {
@@ -246,7 +251,7 @@ Result<void> Settings::keepSecret(const std::string &key, const Waiting &waiting
     return {};
 }
 
-Result<void> Settings::write(bool withSecrets)
+Result<void> Settings::write()
 {
     const std::scoped_lock writing(m_writing);
     SettingsTable values;
@@ -255,7 +260,7 @@ Result<void> Settings::write(bool withSecrets)
         const std::scoped_lock lock(m_mutex);
         values = m_values;
         for (const std::string &key : m_changed) {
-            if (!isSecret(key) || (withSecrets && !m_refused.contains(key)))
+            if (!isSecret(key) || m_settled.contains(key))
                 changed.insert(key);
             else
                 values.erase(key); // it has no place in the file, not even in one that is written anew as a whole
@@ -274,6 +279,11 @@ Result<void> Settings::write(bool withSecrets)
         return Failure(std::move(stored.error()));
     }
     adopt(std::move(*stored));
+    const std::scoped_lock lock(m_mutex);
+    for (const std::string &key : changed) {
+        if (!m_changed.contains(key))
+            m_settled.erase(key);
+    }
     return {};
 }
 

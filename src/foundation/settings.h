@@ -158,7 +158,7 @@ public:
 private:
     template <typename Read> [[nodiscard]] auto inForce(std::string_view key, Read read) const;
     [[nodiscard]] bool isSecret(std::string_view key) const;
-    [[nodiscard]] Result<void> write(bool withSecrets);
+    [[nodiscard]] Result<void> write();
     [[nodiscard]] Result<SettingsTable> store(const SettingsTable &values, const Keys &changed);
     void adopt(SettingsTable stored);
     void noteChange(std::string_view key);
@@ -174,6 +174,7 @@ private:
     SettingsTable m_values;
     Keys m_changed; ///< what is not in the file yet
     Keys m_refused; ///< the secrets among that which the secret store did not take
+    Keys m_settled; ///< the secrets among that which it took, or which nothing could keep: the file can be written
     std::size_t m_changes = 0; ///< since all was in the file
     Keys m_news; ///< what other programs have changed and `refresh` has not told yet
     std::optional<Error> m_loadError;

@@ -238,6 +238,8 @@ public:
         if (trouble)
             return failure();
         held[name] = secret;
+        if (meanwhile)
+            std::exchange(meanwhile, {})();
         return {};
     }
     Result<void> remove(const std::string &name, const Waiting &) override
@@ -252,6 +254,7 @@ public:
     std::map<std::string, std::string> held;
     std::optional<SecretStoreErrorCode> trouble;
     int calls = 0;
+    std::function<void()> meanwhile; ///< what happens while it takes the next secret
 
 private:
     [[nodiscard]] Failure failure() const
@@ -356,6 +359,21 @@ TEST_F(Secrets, thatAreRefusedAreSaidSoOnceAndWrittenNowhere)
     settings.set("password", std::string("hunter2"));
     EXPECT_TRUE(settings.synchronizeWithSecrets({}));
     EXPECT_EQ(keyring.held["password"], "hunter2");
+}
+
+TEST_F(Secrets, thatChangeWhileTheKeyringTakesThemWaitForTheNextTime)
+{
+    Settings settings(file, {}, secrets);
+    settings.set("name", std::string("ana"));
+    settings.set("password", std::string("hunt"));
+    keyring.meanwhile = [&settings] { settings.set("password", std::string("hunter2")); };
+    ASSERT_TRUE(settings.synchronizeWithSecrets({}));
+    EXPECT_TRUE(liesInNoFile("hunt"));
+    EXPECT_GT(settings.unsavedChanges(), 0U);
+    ASSERT_TRUE(settings.synchronizeWithSecrets({}));
+    EXPECT_EQ(keyring.held["password"], "hunter2");
+    EXPECT_TRUE(liesInNoFile("hunter2"));
+    EXPECT_EQ(settings.unsavedChanges(), 0U);
 }
 
 TEST_F(Secrets, stayInTheKeyringWhenTheFileCannotBeWritten)
