@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <thread>
 
 namespace foundation {
 
@@ -197,10 +198,14 @@ Result<void> Settings::synchronizeWithSecrets(const Waiting &waiting)
 {
     if (auto written = write(); !written) // a secret that has to wait keeps nothing else waiting
         return written;
-    const std::unique_lock keeping(m_keeping, waiting.patience);
-    if (!keeping)
-        return Failure(Error{secretStoreErrorDomain, static_cast<int>(SecretStoreErrorCode::Refused),
-            "The keyring of your desktop is waiting for you.", {}});
+    std::unique_lock keeping(m_keeping, std::defer_lock);
+    const auto end = std::chrono::steady_clock::now() + waiting.patience;
+    while (!keeping.try_lock()) {
+        if (std::chrono::steady_clock::now() > end || waiting.stop.stop_requested())
+            return Failure(Error{secretStoreErrorDomain, static_cast<int>(SecretStoreErrorCode::Refused),
+                "The keyring of your desktop is waiting for you.", {}});
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
     if (m_secrets.store) {
         for (const std::string &key : m_secrets.keys) {
             if (auto kept = keepSecret(key, waiting); !kept)

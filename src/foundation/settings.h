@@ -167,7 +167,7 @@ private:
 
     SettingsFile &m_file;
     const SecretSettings m_secrets;
-    std::timed_mutex m_keeping; ///< held while the secret store is spoken to, and taken before the next
+    std::mutex m_keeping; ///< held while the secret store is spoken to, and taken before the next
     std::mutex m_writing; ///< one writer at a time, so that the file ends as the last of them
     const SettingsTable m_defaults;
     mutable std::mutex m_mutex;
