@@ -61,16 +61,16 @@ TEST_F(CareForSettings, tellsATroubleOnceAndTriesUntilItIsOver)
     int told = 0;
     QObject::connect(&care, &app::SettingsCare::troubleFound, [&] { ++told; });
     settings.set("a", true);
-    for (int tick = 0; tick < 6; ++tick) {
+    const auto tickUntil
+        = [&](const auto &isReached) { return QTest::qWaitFor([&] { return care.tick(), isReached(); }, 10'000); };
+    EXPECT_TRUE(tickUntil([&] { return told == 1; }));
+    for (int tick = 0; tick < 4; ++tick) {
         care.tick();
         settle();
     }
     EXPECT_EQ(told, 1);
     std::filesystem::remove_all(path);
-    for (int tick = 0; tick < 3; ++tick) {
-        care.tick();
-        settle();
-    }
+    EXPECT_TRUE(tickUntil([&] { return settings.unsavedChanges() == 0; }));
     EXPECT_EQ(told, 1);
     EXPECT_EQ(stored(), (foundation::SettingsTable{{"a", true}}));
     foundation::setLogSink({});
