@@ -43,11 +43,11 @@ public:
     /// and reported; the caller then goes on with an empty table.
     [[nodiscard]] virtual Result<SettingsTable> read() = 0;
 
-    /// Replaces what is stored, all of it or nothing of it.
-    [[nodiscard]] virtual Result<void> write(const SettingsTable &table) = 0;
-
     /// The same, but a damaged file stays where it is: whoever is writing it may not be done.
     [[nodiscard]] virtual Result<SettingsTable> peek() { return read(); }
+
+    /// Replaces what is stored, all of it or nothing of it.
+    [[nodiscard]] virtual Result<void> write(const SettingsTable &table) = 0;
 
     /// Keeps other programs from writing while it is held; null where one has been writing for seconds, as if it hung.
     [[nodiscard]] virtual std::shared_ptr<const void> lock() { return std::make_shared<int>(); }
