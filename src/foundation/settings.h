@@ -29,7 +29,7 @@ inline constexpr const char *settingsErrorDomain = "SettingsErrorDomain";
 /// The codes of errors in `settingsErrorDomain`.
 enum class SettingsErrorCode {
     Unreadable = 1, ///< the file is there but could not be read; nothing is written over it
-    Damaged = 2, ///< the file was no settings file and has been moved aside
+    Damaged = 2, ///< the file is no settings file; reading it has moved it aside
     NotWritten = 3 ///< the new settings could not be stored; the old ones are whole
 };
 

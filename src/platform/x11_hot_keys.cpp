@@ -194,11 +194,18 @@ void X11HotKeys::keyEvent(const xcb_key_press_event_t &event, bool isPress)
         m_handlers.event(found->id, isPress ? HotKeyEvent::Pressed : HotKeyEvent::Released);
 }
 
+/// A second keyboard that is typed on, or another layout, seldom moves the modifiers. The grabs are renewed only then:
+/// keys that are pressed while they are given up would not be heard.
 void X11HotKeys::keyboardChanged()
 {
+    const Masks before = m_masks;
+    readMasks();
+    if (m_masks == before)
+        return;
+    const Masks now = std::exchange(m_masks, before);
     for (const Grab &held : m_grabs)
         ungrab(held);
-    readMasks();
+    m_masks = now;
     for (const Grab &held : m_grabs) {
         if (!grab(held) && m_handlers.failure)
             m_handlers.failure(error(HotKeyErrorCode::Taken));

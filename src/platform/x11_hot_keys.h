@@ -41,6 +41,7 @@ private:
         std::uint16_t alt;
         std::uint16_t super;
         std::uint16_t numLock;
+        friend bool operator==(const Masks &, const Masks &) = default;
     };
 
     X11HotKeys(xcb_connection_t *connection, std::uint32_t root);

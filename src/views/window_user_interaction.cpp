@@ -8,12 +8,31 @@
 #include "views/icons.h"
 #include "views/theme.h"
 
+#include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QWindow>
 
 namespace views {
 
 namespace {
+
+/// Stays above the dialog of the main window that was in front, which would cover it. That one is not made its parent,
+/// as it may be closed and deleted first.
+class Alert final : public QMessageBox
+{
+public:
+    using QMessageBox::QMessageBox;
+
+protected:
+    void showEvent(QShowEvent *event) override
+    {
+        const QWidget *front = QApplication::activeWindow();
+        if (front && parentWidget() && front->parentWidget() == parentWidget())
+            windowHandle()->setTransientParent(front->windowHandle());
+        QMessageBox::showEvent(event);
+    }
+};
 
 int show(QMessageBox &box)
 {
@@ -27,7 +46,7 @@ int show(QMessageBox &box)
 void WindowUserInteraction::presentError(const foundation::Error &error)
 {
     foundation::logLine(error.message + (error.detail.empty() ? "" : " " + error.detail));
-    QMessageBox box(m_window);
+    Alert box(m_window);
     box.setIcon(QMessageBox::Warning);
     box.setText(error.message.empty() ? QCoreApplication::translate("Alerts", "Something went wrong (%1 %2).")
                                             .arg(app::toQString(error.domain))
@@ -38,7 +57,7 @@ void WindowUserInteraction::presentError(const foundation::Error &error)
 
 void WindowUserInteraction::displayAlert(const QString &title, const QString &message)
 {
-    QMessageBox box(m_window);
+    Alert box(m_window);
     box.setText(title);
     box.setInformativeText(message);
     box.setStyleSheet(
@@ -48,7 +67,7 @@ void WindowUserInteraction::displayAlert(const QString &title, const QString &me
 
 bool WindowUserInteraction::ask(const QString &message, const QString &confirm, const QString &cancel)
 {
-    QMessageBox box(m_window);
+    Alert box(m_window);
     box.setIcon(QMessageBox::Question);
     box.setText(message);
     const QPushButton *yes = box.addButton(confirm, QMessageBox::AcceptRole);
@@ -60,7 +79,7 @@ bool WindowUserInteraction::ask(const QString &message, const QString &confirm, 
 
 app::ReminderAnswer WindowUserInteraction::remind(const QString &message)
 {
-    QMessageBox box(m_window);
+    Alert box(m_window);
     box.setWindowModality(Qt::WindowModal); // a task can still be taken down meanwhile
     box.setIconPixmap(iconPixmap(QStringLiteral("bell"), Theme::current().accent, 36, box.devicePixelRatioF()));
     box.setText(message);

@@ -7,7 +7,11 @@
 #include "support/x_server.h"
 
 #include <QTest>
+#include <atomic>
+#include <cstdlib>
 #include <gtest/gtest.h>
+#include <thread>
+#include <xcb/xcb.h>
 
 using hotkeys::QVLHotKey;
 using hotkeys::QVLHotKeyCenter;
@@ -42,6 +46,40 @@ protected:
 
     support::XServer screen;
     Program program{screen.display()};
+};
+
+/// Another program's connection to the X server, without anything of ours.
+class Stranger
+{
+public:
+    explicit Stranger(const QString &display) : m_connection(xcb_connect(display.toLatin1().constData(), nullptr)) { }
+    Stranger(const Stranger &) = delete;
+    Stranger &operator=(const Stranger &) = delete;
+    ~Stranger() { xcb_disconnect(m_connection); }
+
+    /// Takes Ctrl+Super+T where nobody has it.
+    [[nodiscard]] bool takesKeys() const
+    {
+        xcb_generic_error_t *refusal = xcb_request_check(m_connection,
+            xcb_grab_key_checked(m_connection, 1, root(), XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_4, keyOfT,
+                XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
+        std::free(refusal);
+        return refusal == nullptr;
+    }
+    /// Puts another letter on a key that nobody uses, of which every program is told.
+    void changeKeyboard(std::uint32_t letter) const
+    {
+        xcb_change_keyboard_mapping(m_connection, 1, unusedKey, 1, &letter);
+        xcb_flush(m_connection);
+    }
+
+private:
+    static constexpr xcb_keycode_t keyOfT = 28;
+    static constexpr xcb_keycode_t unusedKey = 248;
+
+    [[nodiscard]] xcb_window_t root() const { return xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root; }
+
+    xcb_connection_t *m_connection;
 };
 
 class Portal : public testing::Test
@@ -106,6 +144,26 @@ TEST_F(X11, saysThatAnotherProgramHasTheKeysUntilThatOneGivesThemUp)
     other.center.unregisterHotKey(other.hotKey); // one call gives up
     ASSERT_TRUE(program.center.registerHotKey(program.hotKey));
     EXPECT_FALSE(program.center.lastError());
+    EXPECT_EQ(heard("key ctrl+super+t"), 1);
+}
+
+TEST_F(X11, keepsTheKeysWhenTheKeyboardChanges)
+{
+    ASSERT_TRUE(program.center.registerHotKey(program.hotKey));
+    const Stranger changing(screen.display());
+    std::atomic_bool areLost = false;
+    std::jthread waiting([&](const std::stop_token &stop) {
+        const Stranger greedy(screen.display());
+        while (!stop.stop_requested() && !areLost)
+            areLost = greedy.takesKeys();
+        while (!stop.stop_requested()) // a key that went is lost for as long as its new owner lives
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    });
+    for (std::uint32_t change = 0; change < 50 && !areLost; ++change) {
+        changing.changeKeyboard('a' + change % 26);
+        QTest::qWait(5);
+    }
+    EXPECT_FALSE(areLost) << "somebody may be pressing them at that moment";
     EXPECT_EQ(heard("key ctrl+super+t"), 1);
 }
 

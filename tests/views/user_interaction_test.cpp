@@ -4,9 +4,11 @@
 #include "views/window_user_interaction.h"
 
 #include <QApplication>
+#include <QDialog>
 #include <QMessageBox>
 #include <QTest>
 #include <QTimer>
+#include <QWindow>
 #include <gtest/gtest.h>
 
 namespace {
@@ -67,4 +69,22 @@ TEST_F(Reminder, isAnsweredByTheNotificationToo)
         });
     }),
         app::ReminderAnswer::Seen);
+}
+
+TEST_F(Reminder, staysAboveTheDialogThatWasInFrontAndOutlivesIt)
+{
+    QWidget window;
+    auto *preferences = new QDialog(&window);
+    window.show();
+    preferences->show();
+    preferences->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(preferences));
+    user.setWindow(&window);
+    const auto answer = remind([&](QMessageBox &box) {
+        EXPECT_EQ(box.windowHandle()->transientParent(), preferences->windowHandle());
+        delete preferences;
+        EXPECT_TRUE(box.isVisible());
+        box.accept();
+    });
+    EXPECT_EQ(answer, app::ReminderAnswer::Seen);
 }
